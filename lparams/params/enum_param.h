@@ -1,0 +1,32 @@
+// One of the named values of a variant table.
+#pragma once
+
+#include "lparams/params/simple_param.h"
+#include "lparams/params/variant.h"
+
+namespace LPARAMS::Server {
+
+/// An integer that the settings file spells by its name; on the bridge it travels as a number.
+///
+/// Kept oddities: a value from the bridge is not checked, and saving a value without a name sets it
+/// to the default in memory as well, for every text that is built, so that file and memory agree.
+class EnumParam : public SimpleParam<int, TYPE_INT> {
+ public:
+  /// REQUIRES: the table outlives the parameter.
+  EnumParam(ParamGroup& group, const char* name, int defaultValue, const Variant* variants,
+            Lists lists = FileAndWire)
+      : SimpleParam(group, name, defaultValue, lists),
+        defaultValue(defaultValue),
+        variants(variants) {}
+
+  bool save(std::ostream& os, int indent) override;
+
+  /// Takes the first piece of the line, split at "|", that names a variant. A line without one is
+  /// reported and leaves the default. Pieces are not trimmed; numbers are not names.
+  bool load(std::istream& is) override;
+
+  const int32_t defaultValue;
+  const Variant* const variants;  ///< closed by a null name; not owned
+};
+
+}  // namespace LPARAMS::Server

@@ -1,0 +1,19 @@
+#include "lparams/params/line_string_param.h"
+
+#include "lparams/params/text_form.h"
+
+namespace LPARAMS::Server {
+
+bool StStParam::load(std::istream& is) {
+  Lock lock(*this);
+  value = restOfLine(is);
+  return true;
+}
+
+bool QcdSParam::load(std::istream& is) {
+  Lock lock(*this);
+  value = restOfLine(is);
+  return true;
+}
+
+}  // namespace LPARAMS::Server

@@ -1,0 +1,32 @@
+#include "lparams/params/param.h"
+
+#include <istream>
+#include <string>
+
+#include "lparams/params/load_log.h"
+#include "lparams/params/module_objects.h"
+#include "lparams/params/text_form.h"
+
+namespace LPARAMS::Server {
+
+bool Param::save(std::ostream& os, int indent) {
+  putIndent(os, indent);
+  putText(os, name);
+  putText(os, "=");
+  return true;
+}
+
+bool Param::load(std::istream& is) {
+  const bool failed = is.fail();
+  if (failed) is.clear();
+  const std::string rest = restOfLine(is);
+  if (g_loadlog == nullptr) return true;
+  if (failed) {
+    g_loadlog->badValue(name, rest);
+  } else if (!rest.empty()) {
+    g_loadlog->extraText(name, rest);
+  }
+  return true;
+}
+
+}  // namespace LPARAMS::Server

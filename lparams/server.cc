@@ -1,0 +1,94 @@
+#include "lparams/server.h"
+
+#include <exception>
+#include <fstream>
+#include <locale>
+
+#include "lparams/params/module_objects.h"
+#include "lparams/storage/change_detection.h"
+#include "lparams/storage/legacy_import.h"
+#include "lparams/storage/settings_reader.h"
+#include "lparams/storage/settings_writer.h"
+#include "platform/paths_service.h"
+
+namespace LPARAMS::Server {
+namespace {
+
+constexpr const char* SETTINGS_FILE_NAME = "localsettings.ini";
+constexpr const char* WRITTEN = "file: ";
+
+}  // namespace
+
+const char* default_file_name_() {
+  if (settingsFile.empty()) settingsFile = std::string(systemVarDir()) + SETTINGS_FILE_NAME;
+  return settingsFile.c_str();
+}
+
+Server_t::Server_t() : ParamGroup("ROOT") {
+  for (ParamGroup* group : {static_cast<ParamGroup*>(IKE), static_cast<ParamGroup*>(LOG),
+                            static_cast<ParamGroup*>(UPDATE), static_cast<ParamGroup*>(POLICY),
+                            static_cast<ParamGroup*>(ADMIN)}) {
+    add(*group, FileOnly);
+  }
+  add(*USERS, FileAndWire);
+}
+
+bool Server_t::save(std::string* error) {
+  Lock ioLock(g_ioLock);
+  Lock rootLock(*this);
+  std::string current;
+  if (is_not_changed_(*this, rawSettings, current)) return true;
+
+  const std::string path = default_file_name_();
+  switch (writeSettingsFile(*this, path, error)) {
+    case WriteOutcome::WriteFailed:
+      return false;
+    case WriteOutcome::RenameFailed:
+      rawSettings.clear();  // so that the next save tries again
+      return false;
+    case WriteOutcome::Written:
+      break;
+  }
+  if (error != nullptr) error->append(WRITTEN).append(path);
+  if (current.empty()) {
+    raw_settings_(*this, rawSettings);
+  } else {
+    rawSettings.swap(current);
+  }
+  return true;
+}
+
+bool Server_t::load(LoadLog* log) {
+  Lock ioLock(g_ioLock);
+  g_loadlog = log;  // stays set if anything but a std::exception gets out of here
+  bool loaded = false;
+  try {
+    std::ifstream file;
+    file.imbue(std::locale::classic());
+    file.open(default_file_name_());
+    if (file.is_open()) {
+      loaded = readSettings(*this, file, *log);
+    } else {
+      importLegacySettings(*POLICY, *IKE);
+      loaded = true;
+    }
+  } catch (const std::exception&) {
+    loaded = false;
+  }
+  if (!loaded) log->fileFailed(settingsFile);
+  {
+    Lock rootLock(*this);
+    raw_settings_(*this, rawSettings);
+  }
+  g_loadlog = nullptr;
+  return loaded;
+}
+
+bool Server_t::isChanged() {
+  Lock rootLock(*this);
+  if (rawSettings.empty()) return true;
+  std::string current;
+  return !is_not_changed_(*this, rawSettings, current);
+}
+
+}  // namespace LPARAMS::Server

@@ -1,0 +1,18 @@
+// Change detection: the text that a save would write now, compared with a snapshot of it.
+#pragma once
+
+#include <string>
+
+#include "lparams/params/param_group.h"
+
+namespace LPARAMS::Server {
+
+/// Sets `out` to the text of the group at nesting level 0. Resets enumerations without a name to
+/// their defaults, as every save does. Takes the locks of the group and its members.
+void raw_settings_(ParamGroup& group, std::string& out);
+
+/// True when the group's current text equals the snapshot `raw`; always leaves the current text in
+/// `current`. An empty snapshot counts as changed.
+bool is_not_changed_(ParamGroup& group, const std::string& raw, std::string& current);
+
+}  // namespace LPARAMS::Server
