@@ -4,6 +4,9 @@
 
 #include <string>
 
+// The agent exports what is declared here to the modules that it loads.
+#pragma GCC visibility push(default)
+
 /// Identifies a module on the bridge.
 enum ModuleIdType : int {
   LPARAMS_MODULE_ID = 13,
@@ -51,3 +54,5 @@ void DelCommandListener(CommandListener* listener);
 
 /// True when the session may use the module at the access level. Thread-safe.
 bool _BridgeServerSide_AuthSession(BridgeSession& session, ModuleIdType module, long level);
+
+#pragma GCC visibility pop

@@ -5,6 +5,9 @@
 #include <string>
 #include <utility>
 
+// The agent exports what is declared here to the modules that it loads.
+#pragma GCC visibility push(default)
+
 /// A run of characters inside the parser's buffer, not terminated. Valid until the document is
 /// released. Both pointers are null where there is no text.
 struct ChPair {
@@ -91,3 +94,5 @@ bool streq(const char* left, unsigned leftLength, const char* right, unsigned ri
 /// Reads [begin, end) as a decimal integer into `out`. Returns false, with `out` unchanged, if the
 /// text is not one as a whole or does not fit.
 bool strtoint(const char* begin, const char* end, int& out);
+
+#pragma GCC visibility pop
