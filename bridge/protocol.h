@@ -19,6 +19,9 @@ inline constexpr size_t FRAME_HEAD_SIZE = 4;
 /// Upper limit of a frame's size, in bytes, without its head.
 inline constexpr uint32_t MAX_FRAME_SIZE = 16 * 1024 * 1024;
 
+/// Upper limit of a reply's output, in bytes: what a frame can hold besides the other fields.
+inline constexpr size_t MAX_REPLY_OUTPUT = MAX_FRAME_SIZE - 64 * 1024;
+
 /// Client to agent: a command for a module.
 struct Command {
   int32_t module = 0;
@@ -34,6 +37,8 @@ enum class Reason : uint32_t {
   MalformedInput = 3,  ///< the module could not read the input to its end
   NoSuchModule = 4,    ///< no module with that identifier is loaded
   MalformedFrame = 5,  ///< the frame holds no command; the session is closed after this reply
+  ModuleFailed = 6,    ///< the module ran into an error of its own
+  ReplyTooLarge = 7,   ///< the command succeeded, but its output does not fit a frame
 };
 
 /// Agent to client: the answer to a command. `text` says why it failed, in words.

@@ -1,0 +1,120 @@
+#include "agent/listener_registry.h"
+
+#include <algorithm>
+#include <exception>
+#include <utility>
+#include <vector>
+
+namespace agent {
+
+/// Keeps an entry in the list while one of its listener's operations runs. Built under the lock.
+class ListenerRegistry::Call {
+ public:
+  Call(ListenerRegistry& registry, Entry& entry) : registry_(registry), entry_(&entry) {
+    ++entry_->running;
+  }
+  ~Call() {
+    if (entry_ == nullptr) return;
+    const std::lock_guard lock(registry_.mutex_);
+    if (--entry_->running == 0) registry_.idle_.notify_all();
+  }
+  Call(Call&& other) noexcept
+      : registry_(other.registry_), entry_(std::exchange(other.entry_, nullptr)) {}
+  Call(const Call&) = delete;
+  Call& operator=(const Call&) = delete;
+  Call& operator=(Call&&) = delete;
+
+  CommandListener& listener() const { return *entry_->listener; }
+
+ private:
+  ListenerRegistry& registry_;
+  Entry* entry_;
+};
+
+void ListenerRegistry::add(CommandListener* listener) {
+  const std::lock_guard lock(mutex_);
+  entries_.push_back({.listener = listener});
+}
+
+void ListenerRegistry::remove(CommandListener* listener) {
+  std::unique_lock lock(mutex_);
+  const auto entry = std::ranges::find_if(
+      entries_, [&](const Entry& e) { return e.listener == listener && !e.removed; });
+  if (entry == entries_.end()) return;
+  entry->removed = true;
+  idle_.wait(lock, [&] { return entry->running == 0; });
+  entries_.erase(entry);
+}
+
+ListenerRegistry::Result ListenerRegistry::execute(BridgeSession& session, ModuleIdType module,
+                                                   long cmd, const std::string& in,
+                                                   std::string& out) {
+  std::unique_lock lock(mutex_);
+  const auto entry = std::ranges::find_if(
+      entries_, [&](const Entry& e) { return e.listener->moduleId == module && !e.removed; });
+  if (entry == entries_.end()) return {};
+  const Call call(*this, *entry);
+  lock.unlock();
+
+  try {
+    const int value = call.listener().ExecCommand(session, cmd, in, out);
+    return {value != 0 ? Outcome::Succeeded : Outcome::Refused, value, {}};
+  } catch (const char* malformed) {
+    return {Outcome::MalformedInput, 0, malformed};
+  } catch (const std::exception& failure) {
+    return {Outcome::Failed, 0, failure.what()};
+  }
+}
+
+template <typename Visit>
+void ListenerRegistry::forEachListener(Visit visit) {
+  std::vector<Call> calls;
+  {
+    const std::lock_guard lock(mutex_);
+    calls.reserve(entries_.size());
+    for (Entry& entry : entries_) {
+      if (!entry.removed) calls.emplace_back(*this, entry);
+    }
+  }
+  for (const Call& call : calls) visit(call.listener());
+}
+
+void ListenerRegistry::sessionOpened(BridgeSession& session) {
+  bool first = false;
+  {
+    const std::lock_guard lock(mutex_);
+    first = sessions_++ == 0;
+    ++sessionsOfUser_[session.uid];
+  }
+  forEachListener([&](CommandListener& listener) {
+    if (first) listener.OnOpenFirstSession();
+    listener.OnOpenSession(&session);
+  });
+}
+
+void ListenerRegistry::sessionClosed(BridgeSession& session) {
+  bool last = false;
+  bool lastOfUser = false;
+  {
+    const std::lock_guard lock(mutex_);
+    last = --sessions_ == 0;
+    lastOfUser = --sessionsOfUser_[session.uid] == 0;
+    if (lastOfUser) sessionsOfUser_.erase(session.uid);
+  }
+  forEachListener([&](CommandListener& listener) {
+    listener.OnCloseSession(&session);
+    if (lastOfUser) listener.OnCloseLastSessionWithUser(&session);
+    if (last) listener.OnCloseLastSession();
+  });
+}
+
+ListenerRegistry& listenerRegistry() {
+  static auto& registry = *new ListenerRegistry;
+  return registry;
+}
+
+}  // namespace agent
+
+void AddCommandListener(CommandListener* listener) { agent::listenerRegistry().add(listener); }
+
+void DelCommandListener(CommandListener* listener) { agent::listenerRegistry().remove(listener); }

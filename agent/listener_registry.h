@@ -1,0 +1,71 @@
+// The listeners that the loaded modules have registered, and the calls that the bridge makes to
+// them.
+#pragma once
+
+#include <condition_variable>
+#include <list>
+#include <map>
+#include <mutex>
+#include <string>
+
+#include "agent/bridge_session.h"
+#include "platform/command_bridge.h"
+
+namespace agent {
+
+/// Thread-safe. No lock is held while a listener runs, so commands of one listener run side by
+/// side.
+class ListenerRegistry {
+ public:
+  void add(CommandListener* listener);
+
+  /// Returns when no call of the listener runs any more, and none starts. REQUIRES: not called from
+  /// inside a call of that listener.
+  void remove(CommandListener* listener);
+
+  enum class Outcome {
+    Succeeded,
+    Refused,         ///< the listener answered 0
+    MalformedInput,  ///< the listener threw a `const char*`, which is in `error`
+    Failed,          ///< the listener threw a std::exception, whose text is in `error`
+    NoSuchModule,
+  };
+
+  struct Result {
+    Outcome outcome = Outcome::NoSuchModule;
+    int value = 0;  ///< the listener's truth value
+    std::string error;
+  };
+
+  /// Executes a command with the first listener of the module and appends to `out`.
+  Result execute(BridgeSession& session, ModuleIdType module, long cmd, const std::string& in,
+                 std::string& out);
+
+  /// Tell every listener. The first session is announced before it is opened; the last one of a
+  /// user and the last of all after they are closed.
+  void sessionOpened(BridgeSession& session);
+  void sessionClosed(BridgeSession& session);
+
+ private:
+  struct Entry {
+    CommandListener* listener;
+    int running = 0;       // calls in progress
+    bool removed = false;  // no new calls
+  };
+  class Call;
+
+  template <typename Visit>
+  void forEachListener(Visit visit);
+
+  std::mutex mutex_;  // protects everything below
+  std::condition_variable idle_;
+  std::list<Entry> entries_;  // a list: entries stay in place while calls run
+  std::map<uid_t, int> sessionsOfUser_;
+  int sessions_ = 0;
+};
+
+/// The one registry of the process. Constructed at the first call and never destroyed: modules may
+/// take their listeners back as late as they like.
+ListenerRegistry& listenerRegistry();
+
+}  // namespace agent

@@ -1,0 +1,65 @@
+#include "agent/log.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+
+namespace agent {
+namespace {
+
+constexpr size_t MAX_QUOTED = 200;  // bytes of a foreign text that a line shows
+
+const char* nameOf(Level level) {
+  switch (level) {
+    case Level::Error:
+      return "error";
+    case Level::Warning:
+      return "warning";
+    case Level::Notice:
+      return "notice";
+    case Level::Info:
+      return "info";
+  }
+  return "?";
+}
+
+bool isPlain(char c) { return c > ' ' && c < '\x7f' && c != '"' && c != '\\' && c != '='; }
+
+void appendEscaped(std::string& out, char c) {
+  constexpr char DIGITS[] = "0123456789abcdef";
+  const auto byte = static_cast<unsigned char>(c);
+  if (c == '"' || c == '\\') {
+    out += {'\\', c};
+  } else if (c == '\n') {
+    out += "\\n";
+  } else if (c == '\t') {
+    out += "\\t";
+  } else if (byte < ' ' || byte > '~') {
+    out += {'\\', 'x', DIGITS[byte >> 4], DIGITS[byte & 15]};
+  } else {
+    out += c;
+  }
+}
+
+}  // namespace
+
+std::string quoted(std::string_view text) {
+  std::string out = "\"";
+  for (const char c : text.substr(0, MAX_QUOTED)) appendEscaped(out, c);
+  if (text.size() > MAX_QUOTED) out += "...";
+  return out + '"';
+}
+
+void log(Level level, std::string_view message, std::initializer_list<Field> fields) {
+  std::string line = "lparams_agent: ";
+  line.append(nameOf(level)).append(": ").append(message);
+  for (const Field& field : fields) {
+    const bool plain = !field.value.empty() && std::ranges::all_of(field.value, isPlain);
+    line.append(" ").append(field.key).append("=");
+    line.append(plain ? field.value : quoted(field.value));
+  }
+  line += '\n';
+  (void)!::write(STDERR_FILENO, line.data(), line.size());
+}
+
+}  // namespace agent

@@ -1,0 +1,29 @@
+// The agent's log: one plain line per event on the standard error stream.
+#pragma once
+
+#include <initializer_list>
+#include <string>
+#include <string_view>
+
+namespace agent {
+
+/// The numbers are the priorities of syslog(3).
+enum class Level { Error = 3, Warning = 4, Notice = 5, Info = 6 };
+
+/// A key and its value, written as key=value behind the message.
+struct Field {
+  Field(std::string_view key, std::string_view value) : key(key), value(value) {}
+  Field(std::string_view key, long long value) : key(key), value(std::to_string(value)) {}
+
+  std::string_view key;
+  std::string value;
+};
+
+/// Writes one line, in one write. Thread-safe.
+void log(Level level, std::string_view message, std::initializer_list<Field> fields = {});
+
+/// The text with everything but printable ASCII as \n, \t, \xNN, in double quotes: for texts that
+/// come from a file or a client.
+std::string quoted(std::string_view text);
+
+}  // namespace agent

@@ -1,0 +1,42 @@
+#include "agent/options.h"
+
+#include <CLI/CLI.hpp>
+#include <filesystem>
+
+#include "agent/exit_codes.h"
+
+namespace agent {
+namespace {
+
+std::string moduleBesideExecutable() {
+  std::error_code error;
+  const auto executable = std::filesystem::read_symlink("/proc/self/exe", error);
+  return (executable.parent_path() / "lparams_server.so").string();
+}
+
+}  // namespace
+
+std::optional<Options> readOptions(int argc, char** argv, int& exitCode) {
+  Options options;
+  options.module = moduleBesideExecutable();
+
+  CLI::App app(
+      "Loads the settings module and offers its commands on a Unix stream socket, until "
+      "SIGTERM or SIGINT.",
+      "lparams_agent");
+  app.set_version_flag("--version", "lparams_agent " LPARAMS_VERSION);
+  app.add_option("--state-dir", options.stateDir, "Directory of localsettings.ini")
+      ->capture_default_str();
+  app.add_option("--socket", options.socket, "Path of the socket, at most 107 bytes")
+      ->capture_default_str();
+  app.add_option("--module", options.module, "The settings module")->capture_default_str();
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& outcome) {
+    exitCode = app.exit(outcome) == 0 ? EXIT_OK : EXIT_BAD_USAGE;
+    return std::nullopt;
+  }
+  return options;
+}
+
+}  // namespace agent
