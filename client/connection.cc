@@ -1,0 +1,98 @@
+// The only source that includes Asio, which is slow to compile.
+#include "client/connection.h"
+
+#include <asio/buffer.hpp>
+#include <asio/io_context.hpp>
+#include <asio/local/stream_protocol.hpp>
+#include <asio/read.hpp>
+#include <asio/write.hpp>
+
+#include "client/failure.h"
+#include "client/quote.h"
+
+namespace client {
+
+/// Bytes to and from the agent, each way within the time limit.
+class Connection::Stream {
+ public:
+  Stream(const std::string& path, std::chrono::seconds timeout)
+      : agent_("the agent at " + escaped(path)), timeout_(timeout) {
+    try {
+      socket_.connect(path);
+    } catch (const std::system_error& error) {
+      throw Failure(ExitCode::NoAgent, "cannot reach " + agent_ + ": " + error.code().message());
+    }
+  }
+
+  [[noreturn]] void fail(const std::string& what) const {
+    throw Failure(ExitCode::NoAgent, agent_ + " " + what);
+  }
+
+  void write(const std::string& bytes) {
+    run([&](auto done) { asio::async_write(socket_, asio::buffer(bytes), done); });
+  }
+
+  std::string read(size_t size) {
+    std::string bytes(size, '\0');
+    run([&](auto done) { asio::async_read(socket_, asio::buffer(bytes), done); });
+    return bytes;
+  }
+
+ private:
+  /// Starts an operation and waits for its end.
+  template <typename Start>
+  void run(Start start) {
+    std::error_code result;
+    start([&](const std::error_code& error, size_t) { result = error; });
+    context_.restart();
+    context_.run_for(timeout_);
+    if (!context_.stopped()) {
+      socket_.close();
+      context_.run();  // the operation refers to the caller's bytes until it has been called off
+      fail("did not answer within " + std::to_string(timeout_.count()) + " s");
+    }
+    if (result == asio::error::eof) fail("closed the connection");
+    if (result) fail("cannot be spoken to: " + result.message());
+  }
+
+  const std::string agent_;  // what messages call it
+  const std::chrono::seconds timeout_;
+  asio::io_context context_;
+  asio::local::stream_protocol::socket socket_{context_};
+};
+
+Connection::Connection(const std::string& socketPath, std::chrono::seconds timeout)
+    : stream_(std::make_unique<Stream>(socketPath, timeout)) {
+  stream_->write(bridge::encodeHello());
+  uint32_t version = 0;
+  if (!bridge::decodeHello(stream_->read(bridge::HELLO_SIZE), version)) {
+    stream_->fail("does not speak the bridge protocol");
+  }
+  if (version != bridge::PROTOCOL_VERSION) {
+    stream_->fail("speaks version " + std::to_string(version) +
+                  " of the bridge protocol, this program version " +
+                  std::to_string(bridge::PROTOCOL_VERSION));
+  }
+}
+
+Connection::~Connection() = default;
+
+bridge::Reply Connection::exchange(const bridge::Command& command) {
+  const std::string frame = bridge::encode(command);
+  if (frame.size() - bridge::FRAME_HEAD_SIZE > bridge::MAX_FRAME_SIZE) {
+    throw Failure(ExitCode::Usage, "the command is longer than the " +
+                                       std::to_string(bridge::MAX_FRAME_SIZE) +
+                                       " bytes that the bridge takes");
+  }
+  stream_->write(frame);
+
+  const uint32_t size = bridge::decodeFrameHead(stream_->read(bridge::FRAME_HEAD_SIZE));
+  if (size > bridge::MAX_FRAME_SIZE) {
+    stream_->fail("announced a reply of " + std::to_string(size) + " bytes, which is too long");
+  }
+  bridge::Reply reply;
+  if (!bridge::decode(stream_->read(size), reply)) stream_->fail("sent a reply that is too short");
+  return reply;
+}
+
+}  // namespace client

@@ -1,0 +1,76 @@
+// The help texts of the command line, which are the client's manual.
+#pragma once
+
+namespace client {
+
+inline constexpr const char* DESCRIPTION =
+    "Shows and changes the settings of the VPN gateway agent, over the socket of its bridge.";
+
+inline constexpr const char* NOTES =
+    R"~(Parameters are called GROUP.NAME, for example IKE.IKE_PORT, or USERS[INDEX].NAME for an
+entry of the user list, counted from 0. The groups are IKE, LOG, UPDATE, POLICY, ADMIN
+and USERS. "lparamsctl COMMAND --help" tells more about a command.
+
+Changes take effect in the agent's memory at once; "lparamsctl save" writes them to its
+settings file.
+
+Exit status: 0 done, 1 refused by the agent, 2 wrong usage, name or value, with nothing
+written, 3 no agent reached or its answer not understood.
+
+Examples:
+  lparamsctl show LOG
+  lparamsctl get IKE.IKE_PORT
+  lparamsctl set LOG.LOG_LEVEL=_LL_DETAILS IKE.NATT_PORT=4500 && lparamsctl save)~";
+
+inline constexpr const char* SHOW_NOTES =
+    R"~(Prints GROUP.NAME=value lines in the order of the bridge. Settings that stay in the
+settings file only are not shown. A line that begins with "#" is a comment; it also stands
+for a value with control characters, which "set" would not take.
+
+Examples:
+  lparamsctl show
+  lparamsctl show USERS
+  lparamsctl show --secrets IKE)~";
+
+inline constexpr const char* GET_NOTES = R"~(The value is printed as it is, a secret too.
+
+Examples:
+  lparamsctl get LOG.LOG_LEVEL
+  lparamsctl get 'USERS[0].NAME')~";
+
+inline constexpr const char* SET_NOTES =
+    R"~(Everything is checked before anything is written; then every group that is named is
+written once, as a whole, in the order given.
+
+  numbers       decimal, within their limits
+  flags         0, 1, false or true
+  enumerations  one of their names; a wrong one makes the error list them all
+  strings       one line without control characters
+
+"-" reads assignments from the standard input, one a line, with comments and empty lines
+left out: this keeps a secret out of the list of processes, and takes back what "show"
+printed. A secret given as "(hidden)" stays as it is.
+
+Examples:
+  lparamsctl set IKE.IKE_PORT=500 IKE.PERSISTENT_SA=true
+  lparamsctl set 'USERS[0].PMP_TIMEOUT=20'
+  lparamsctl set - < settings.txt)~";
+
+inline constexpr const char* USER_ADD_NOTES =
+    R"~(Fields that are not given have their defaults. The name must not be taken.
+
+Examples:
+  lparamsctl user add anna
+  lparamsctl user add anna PMP_AUTH=PMPAUTH_PSK PMP_PSK_NAME=office)~";
+
+inline constexpr const char* USER_DEL_NOTES =
+    R"~(A number is the index of an entry, counted from 0, unless a user has it as the name.
+
+Examples:
+  lparamsctl user del anna
+  lparamsctl user del 0)~";
+
+inline constexpr const char* SAVE_NOTES =
+    R"~(Prints "saved" when the file agrees with the settings, or why it could not be written.)~";
+
+}  // namespace client

@@ -1,0 +1,73 @@
+#include <algorithm>
+#include <charconv>
+#include <memory>
+
+#include "client/commands.h"
+#include "client/failure.h"
+#include "client/quote.h"
+#include "client/settings.h"
+#include "client/values.h"
+
+namespace client {
+namespace {
+
+using namespace LPARAMS::Server;
+
+[[noreturn]] void refuse(const std::string& message) { throw Failure(ExitCode::Usage, message); }
+
+auto hasName(const std::string& name) {
+  return [&name](const USER_t* user) { return user->NAME.value == name; };
+}
+
+/// The index that the text stands for, or `count`.
+size_t parseIndex(const std::string& text, size_t count) {
+  size_t index = 0;
+  const char* const end = text.data() + text.size();
+  const auto [parsed, error] = std::from_chars(text.data(), end, index);
+  return error == std::errc() && parsed == end ? std::min(index, count) : count;
+}
+
+USER_t* findUser(const ParamVector<USER_t>& users, const std::string& nameOrIndex) {
+  switch (std::ranges::count_if(users.items, hasName(nameOrIndex))) {
+    case 0: {
+      const size_t index = parseIndex(nameOrIndex, users.items.size());
+      if (index == users.items.size()) refuse("there is no user " + quoted(nameOrIndex));
+      return users.items[index];
+    }
+    case 1:
+      return *std::ranges::find_if(users.items, hasName(nameOrIndex));
+    default:
+      refuse("several users have the name " + quoted(nameOrIndex) + "; give the index");
+  }
+}
+
+}  // namespace
+
+void addUser(Store& store, const std::string& name, const std::vector<std::string>& fields) {
+  auto user = std::make_unique<USER_t>();
+  setValue(user->NAME, name, "NAME");
+  for (const std::string& field : fields) {
+    const Assignment assignment = parseAssignment(field);
+    setValue(wireMember(*user, assignment.name, user->name), assignment.value, assignment.name);
+  }
+  if (user->NAME.value.empty()) refuse("a user needs a name");
+
+  Settings settings;
+  store.read(settings.users);
+  std::vector<USER_t*>& users = settings.users.items;
+  if (std::ranges::any_of(users, hasName(user->NAME.value))) {
+    refuse("there is a user " + quoted(user->NAME.value) + " already");
+  }
+  users.push_back(user.get());
+  (void)user.release();  // the list owns it now
+  store.write(settings.users);
+}
+
+void deleteUser(Store& store, const std::string& nameOrIndex) {
+  Settings settings;
+  store.read(settings.users);
+  listDel(settings.users, findUser(settings.users, nameOrIndex));
+  store.write(settings.users);
+}
+
+}  // namespace client
