@@ -3,13 +3,15 @@
 #include <bit>
 #include <concepts>
 #include <cstring>
+#include <type_traits>
 
 namespace bridge {
 namespace {
 
 static_assert(std::endian::native == std::endian::little, "values are copied in host byte order");
 
-template <std::integral T>
+template <typename T>
+requires std::is_integral_v<T> || std::is_enum_v<T>
 void put(std::string& out, T value) {
   char bytes[sizeof value];
   std::memcpy(bytes, &value, sizeof value);
@@ -25,19 +27,103 @@ bool take(std::string_view& bytes, T& value) {
   return true;
 }
 
-bool take(std::string_view& bytes, std::string& value) {
-  uint32_t length = 0;
-  if (!take(bytes, length) || bytes.size() < length) return false;
+/// Takes `length` bytes off the front; false if there are fewer.
+bool take(std::string_view& bytes, std::string& value, size_t length) {
+  if (bytes.size() < length) return false;
   value = bytes.substr(0, length);
   bytes.remove_prefix(length);
   return true;
 }
 
-std::string frame(const std::string& message) {
+/// The first byte of a frame.
+enum Kind : uint8_t { COMMAND = 1, STATUS = 2, SUBSCRIBE = 3, REPLY = 129, EVENT = 130 };
+
+enum CommandFlags : uint8_t { HAS_REVISION = 1, FORCE = 2 };
+
+void putBody(std::string& out, const Command& command) {
+  const int flags = (command.revision ? HAS_REVISION : 0) | (command.force ? FORCE : 0);
+  put(out, COMMAND);
+  put(out, static_cast<uint8_t>(flags));
+  put(out, command.module);
+  put(out, command.command);
+  put(out, command.revision.value_or(0));
+  out += command.input;
+}
+
+void putBody(std::string& out, const StatusRequest& /*request*/) { put(out, STATUS); }
+
+void putBody(std::string& out, const Subscription& /*request*/) { put(out, SUBSCRIBE); }
+
+void putBody(std::string& out, const Reply& reply) {
+  put(out, REPLY);
+  put(out, reply.result);
+  put(out, static_cast<uint32_t>(reply.reason));
+  put(out, reply.revision);
+  put(out, static_cast<uint32_t>(reply.text.size()));
+  out += reply.text;
+  out += reply.output;
+}
+
+void putBody(std::string& out, const Event& event) {
+  put(out, EVENT);
+  put(out, event.revision);
+  put(out, event.uid);
+  put(out, event.pid);
+  out += event.group;
+}
+
+template <typename Variant>
+std::string frame(const Variant& content) {
+  std::string body;
+  std::visit([&](const auto& alternative) { putBody(body, alternative); }, content);
   std::string out;
-  out.reserve(FRAME_HEAD_SIZE + message.size());
-  put(out, static_cast<uint32_t>(message.size()));
-  return out + message;
+  out.reserve(FRAME_HEAD_SIZE + body.size());
+  put(out, static_cast<uint32_t>(body.size()));
+  return out += body;
+}
+
+bool takeBody(std::string_view bytes, Command& command) {
+  uint8_t flags = 0;
+  uint64_t revision = 0;
+  if (!take(bytes, flags) || !take(bytes, command.module) || !take(bytes, command.command) ||
+      !take(bytes, revision)) {
+    return false;
+  }
+  if ((flags & HAS_REVISION) != 0) command.revision = revision;
+  command.force = (flags & FORCE) != 0;
+  command.input = bytes;
+  return (flags & ~(HAS_REVISION | FORCE)) == 0;
+}
+
+bool takeBody(std::string_view bytes, StatusRequest& /*request*/) { return bytes.empty(); }
+
+bool takeBody(std::string_view bytes, Subscription& /*request*/) { return bytes.empty(); }
+
+bool takeBody(std::string_view bytes, Reply& reply) {
+  uint32_t reason = 0;
+  uint32_t textLength = 0;
+  if (!take(bytes, reply.result) || !take(bytes, reason) || !take(bytes, reply.revision) ||
+      !take(bytes, textLength) || !take(bytes, reply.text, textLength)) {
+    return false;
+  }
+  reply.reason = static_cast<Reason>(reason);
+  reply.output = bytes;
+  return true;
+}
+
+bool takeBody(std::string_view bytes, Event& event) {
+  if (!take(bytes, event.revision) || !take(bytes, event.uid) || !take(bytes, event.pid)) {
+    return false;
+  }
+  event.group = bytes;
+  return true;
+}
+
+template <typename Variant, typename Alternative>
+std::optional<Variant> decodeAs(std::string_view body) {
+  Alternative content;
+  if (!takeBody(body, content)) return std::nullopt;
+  return content;
 }
 
 }  // namespace
@@ -54,23 +140,9 @@ bool decodeHello(std::string_view bytes, uint32_t& version) {
   return take(bytes, version);
 }
 
-std::string encode(const Command& command) {
-  std::string message;
-  put(message, command.module);
-  put(message, command.command);
-  message += command.input;
-  return frame(message);
-}
+std::string encode(const Request& request) { return frame(request); }
 
-std::string encode(const Reply& reply) {
-  std::string message;
-  put(message, reply.result);
-  put(message, static_cast<uint32_t>(reply.reason));
-  put(message, static_cast<uint32_t>(reply.text.size()));
-  message += reply.text;
-  message += reply.output;
-  return frame(message);
-}
+std::string encode(const Message& message) { return frame(message); }
 
 uint32_t decodeFrameHead(std::string_view head) {
   uint32_t size = 0;
@@ -78,18 +150,32 @@ uint32_t decodeFrameHead(std::string_view head) {
   return size;
 }
 
-bool decode(std::string_view frame, Command& command) {
-  if (!take(frame, command.module) || !take(frame, command.command)) return false;
-  command.input = frame;
-  return true;
+std::optional<Request> decodeRequest(std::string_view frame) {
+  uint8_t kind = 0;
+  if (!take(frame, kind)) return std::nullopt;
+  switch (kind) {
+    case COMMAND:
+      return decodeAs<Request, Command>(frame);
+    case STATUS:
+      return decodeAs<Request, StatusRequest>(frame);
+    case SUBSCRIBE:
+      return decodeAs<Request, Subscription>(frame);
+    default:
+      return std::nullopt;
+  }
 }
 
-bool decode(std::string_view frame, Reply& reply) {
-  uint32_t reason = 0;
-  if (!take(frame, reply.result) || !take(frame, reason) || !take(frame, reply.text)) return false;
-  reply.reason = static_cast<Reason>(reason);
-  reply.output = frame;
-  return true;
+std::optional<Message> decodeMessage(std::string_view frame) {
+  uint8_t kind = 0;
+  if (!take(frame, kind)) return std::nullopt;
+  switch (kind) {
+    case REPLY:
+      return decodeAs<Message, Reply>(frame);
+    case EVENT:
+      return decodeAs<Message, Event>(frame);
+    default:
+      return std::nullopt;
+  }
 }
 
 }  // namespace bridge

@@ -2,9 +2,12 @@
 // docs/bridge-protocol.md describes it for other implementations.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <variant>
 
 namespace bridge {
 
@@ -22,48 +25,87 @@ inline constexpr uint32_t MAX_FRAME_SIZE = 16 * 1024 * 1024;
 /// Upper limit of a reply's output, in bytes: what a frame can hold besides the other fields.
 inline constexpr size_t MAX_REPLY_OUTPUT = MAX_FRAME_SIZE - 64 * 1024;
 
-/// Client to agent: a command for a module.
+/// Client to agent: a command for a module. Answered by a Reply.
 struct Command {
   int32_t module = 0;
   int32_t command = 0;
-  std::string input;
+  std::string input = {};
+  /// What the group's revision was when the values to be written were read: the command is refused
+  /// as a conflict if it is another one by now. Without it the values are written all the same.
+  std::optional<uint64_t> revision = {};
+  /// Confirms a save that the agent would refuse otherwise.
+  bool force = false;
+
+  bool operator==(const Command&) const = default;
 };
 
-/// Why a command failed. The numbers travel: do not change one.
+/// Client to agent: asks for the state of the agent. Answered by a Reply whose output is a JSON
+/// object.
+struct StatusRequest {
+  bool operator==(const StatusRequest&) const = default;
+};
+
+/// Client to agent: asks for an Event at each change of a group from now on. Answered by a Reply.
+struct Subscription {
+  bool operator==(const Subscription&) const = default;
+};
+
+using Request = std::variant<Command, StatusRequest, Subscription>;
+
+/// Why a request failed. The numbers travel: do not change one.
 enum class Reason : uint32_t {
   None = 0,            ///< it did not fail
   ModuleRefused = 1,   ///< the module answered 0
   NotAuthorised = 2,   ///< the session may not do that
   MalformedInput = 3,  ///< the module could not read the input to its end
   NoSuchModule = 4,    ///< no module with that identifier is loaded
-  MalformedFrame = 5,  ///< the frame holds no command; the session is closed after this reply
+  MalformedFrame = 5,  ///< the frame holds no request; the session is closed after this reply
   ModuleFailed = 6,    ///< the module ran into an error of its own
   ReplyTooLarge = 7,   ///< the command succeeded, but its output does not fit a frame
+  IllegalValue = 8,    ///< the record to be written holds what the settings do not allow
+  Conflict = 9,        ///< the group has changed since the stated revision
+  SaveRefused = 10,    ///< the settings were not saved, or not durably
 };
 
-/// Agent to client: the answer to a command. `text` says why it failed, in words.
+/// Agent to client: the answer to a request; one each, in the order of the requests.
 struct Reply {
   int32_t result = 0;  ///< the module's truth value
   Reason reason = Reason::None;
-  std::string text;
-  std::string output;
+  std::string text = {};    ///< why the request failed, in words
+  std::string output = {};  ///< of the command
+  /// Of the group that was read or written: grows with each write. 0 where there is none.
+  uint64_t revision = 0;
+
+  bool operator==(const Reply&) const = default;
 };
+
+/// Agent to client: somebody has written a group.
+struct Event {
+  std::string group = {};
+  uint64_t revision = 0;
+  uint32_t uid = 0;  ///< of the process that wrote
+  int32_t pid = 0;
+
+  bool operator==(const Event&) const = default;
+};
+
+using Message = std::variant<Reply, Event>;
 
 std::string encodeHello(uint32_t version = PROTOCOL_VERSION);
 
 /// The version in a hello; false if the bytes are none. REQUIRES: HELLO_SIZE bytes.
 bool decodeHello(std::string_view bytes, uint32_t& version);
 
-/// Each encode returns a whole frame, with its head. REQUIRES: it fits MAX_FRAME_SIZE.
-std::string encode(const Command& command);
-std::string encode(const Reply& reply);
+/// Each returns a whole frame, with its head. REQUIRES: it fits MAX_FRAME_SIZE.
+std::string encode(const Request& request);
+std::string encode(const Message& message);
 
 /// The size in a frame's head. REQUIRES: FRAME_HEAD_SIZE bytes.
 uint32_t decodeFrameHead(std::string_view head);
 
-/// Each decode takes the bytes behind a frame's head and returns false, with the target in an
-/// unspecified state, if they are not one whole message.
-bool decode(std::string_view frame, Command& command);
-bool decode(std::string_view frame, Reply& reply);
+/// Each takes the bytes behind a frame's head and returns nothing if they are not one whole request
+/// or message.
+std::optional<Request> decodeRequest(std::string_view frame);
+std::optional<Message> decodeMessage(std::string_view frame);
 
 }  // namespace bridge
