@@ -56,6 +56,7 @@ void LoadReport::paramFailed(const std::string& key, const std::string& group) {
 }
 
 void LoadReport::paramsMissing(int missing, int total, const std::string& group) {
+  if (group == server_.name) groupsMissing_ = true;
   warn("the group has fewer members in the file than it should; those missing keep their values",
        {{"group", group}, {"missing", missing}, {"of", total}});
 }

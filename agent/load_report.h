@@ -23,11 +23,15 @@ class LoadReport : public LPARAMS::Server::LoadLog {
 
   int reports() const { return reports_; }
 
+  /// The file lacks whole groups.
+  bool groupsMissing() const { return groupsMissing_; }
+
  private:
   void warn(std::string_view message, std::initializer_list<Field> fields);
 
   const LPARAMS::Server::Server_t& server_;
   int reports_ = 0;
+  bool groupsMissing_ = false;
 };
 
 }  // namespace agent

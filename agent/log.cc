@@ -23,6 +23,8 @@ const char* nameOf(Level level) {
   return "?";
 }
 
+bool g_journal = false;
+
 bool isPlain(char c) { return c > ' ' && c < '\x7f' && c != '"' && c != '\\' && c != '='; }
 
 void appendEscaped(std::string& out, char c) {
@@ -50,9 +52,12 @@ std::string quoted(std::string_view text) {
   return out + '"';
 }
 
+void logForJournal() { g_journal = true; }
+
 void log(Level level, std::string_view message, std::initializer_list<Field> fields) {
-  std::string line = "lparams_agent: ";
-  line.append(nameOf(level)).append(": ").append(message);
+  std::string line;
+  if (g_journal) line.append("<").append(std::to_string(static_cast<int>(level))).append(">");
+  line.append("lparams_agent: ").append(nameOf(level)).append(": ").append(message);
   for (const Field& field : fields) {
     const bool plain = !field.value.empty() && std::ranges::all_of(field.value, isPlain);
     line.append(" ").append(field.key).append("=");

@@ -19,6 +19,10 @@ struct Field {
   std::string value;
 };
 
+/// Makes every line begin with its priority as the journal reads it, "<4>" (sd-daemon(3)). Call
+/// before the first thread starts.
+void logForJournal();
+
 /// Writes one line, in one write. Thread-safe.
 void log(Level level, std::string_view message, std::initializer_list<Field> fields = {});
 

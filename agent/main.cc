@@ -1,89 +1,97 @@
-// The reference agent: loads the settings module and serves its commands on a Unix stream socket.
+// The reference agent: loads the settings module, keeps its settings safe and serves its commands
+// on a Unix stream socket.
 #include <sys/stat.h>
 
-#include <algorithm>
-#include <asio/io_context.hpp>
-#include <asio/signal_set.hpp>
 #include <csignal>
 #include <exception>
-#include <filesystem>
-#include <stdexcept>
+#include <optional>
 #include <string>
-#include <thread>
-#include <vector>
 
-#include "agent/bridge_server.h"
 #include "agent/exit_codes.h"
 #include "agent/load_report.h"
 #include "agent/log.h"
 #include "agent/module.h"
 #include "agent/options.h"
-#include "agent/paths_service.h"
-#include "agent/settings_file_check.h"
+#include "agent/serve.h"
+#include "agent/services/paths_service.h"
+#include "agent/state/recovery.h"
+#include "agent/state/save_hook.h"
+#include "agent/state/settings_keeper.h"
+#include "agent/state/state_directory.h"
 
 namespace agent {
 namespace {
 
-constexpr int BRIDGE_THREADS = 4;
-
-void checkState(const Options& options) {
-  if (!std::filesystem::is_directory(options.stateDir)) {
-    throw std::runtime_error("state directory " + options.stateDir + " is not a directory");
-  }
-  setSystemVarDir(options.stateDir);
-  checkSettingsFile(options.stateDir + "/localsettings.ini");
-}
-
-void loadSettings(Module& module, const Options& options) {
+/// Returns why the settings are not whole; empty if they are.
+std::string loadSettings(Module& module, const StateDirectory& directory) {
   LoadReport report(module.server());
   const bool loaded = module.server().load(&report);
-  log(loaded ? Level::Info : Level::Warning, loaded ? "settings loaded" : "settings loaded in part",
-      {{"state-dir", options.stateDir}, {"reports", report.reports()}});
+  log(Level::Info, "settings loaded",
+      {{"state-dir", directory.path()}, {"reports", report.reports()}});
+  if (!loaded) return "the settings file was not read to its end";
+  if (report.groupsMissing()) return "the settings file lacks groups";
+  return {};
 }
 
-/// Returns after SIGTERM or SIGINT, when every running command has been answered.
-void serve(const Options& options) {
-  asio::io_context io(BRIDGE_THREADS);
-  BridgeServer server(io, options.socket);
-  asio::signal_set signals(io, SIGTERM, SIGINT);
-  signals.async_wait([&](const asio::error_code& error, int signal) {
-    if (error) return;
-    log(Level::Info, "stopping", {{"signal", signal}});
-    server.stop();
-  });
-  log(Level::Info, "listening", {{"socket", options.socket}});
-
-  std::vector<std::jthread> threads;
-  for (int i = 1; i < BRIDGE_THREADS; ++i) threads.emplace_back([&] { io.run(); });
-  io.run();
+void endWithUnsaved(const Options& options, Module& module, SettingsKeeper& keeper) {
+  if (!module.server().isChanged()) return;
+  if (!options.saveOnExit) {
+    return log(Level::Warning, "stopped with changes that were not saved and are lost");
+  }
+  const std::string failure = keeper.save(false);
+  if (!failure.empty()) {
+    log(Level::Error, "the changes could not be saved at the end", {{"reason", failure}});
+  }
 }
 
-int run(const Options& options) {
-  try {
-    checkState(options);
-  } catch (const std::exception& error) {
-    log(Level::Error, error.what());
-    return EXIT_BAD_CONFIG;
-  }
-  try {
-    Module module(options.module);
-    loadSettings(module, options);
-    serve(options);
-  } catch (const std::exception& error) {
-    log(Level::Error, error.what());
-    return EXIT_UNAVAILABLE;
-  }
+/// `phase` is what the exit status says if it throws.
+int run(const Options& options, int& phase) {
+  phase = EXIT_BAD_CONFIG;
+  const StateDirectory directory(options.stateDir);
+  StartingPoint start = prepareStart(directory, options.allowDefaults);
+  if (start.source == StartingPoint::FirstStart) keepLegacySettings(directory);
+  setSystemVarDir(directory.path());
+
+  phase = EXIT_UNAVAILABLE;
+  Module module(options.module);
+  std::string doubt = loadSettings(module, directory);
+
+  phase = EXIT_NOT_SAVED;
+  SettingsKeeper keeper(module.server(), directory);
+  keeper.adopt(std::move(start), std::move(doubt));
+  const SaveHook hook(module.server(), keeper);
+
+  phase = EXIT_UNAVAILABLE;
+  serve(options, module.server(), keeper);
+  endWithUnsaved(options, module, keeper);
   log(Level::Info, "stopped");
   return EXIT_OK;
+}
+
+int runOrExplain(const Options& options) {
+  int phase = EXIT_UNAVAILABLE;
+  try {
+    return run(options, phase);
+  } catch (const DirectoryInUse& error) {
+    log(Level::Error, error.what());
+    return EXIT_IN_USE;
+  } catch (const std::exception& error) {
+    log(Level::Error, error.what());
+    return phase;
+  }
 }
 
 }  // namespace
 }  // namespace agent
 
 int main(int argc, char** argv) {
+  // A client that goes away and a file that grows too large are errors of one call, not ends.
   (void)std::signal(SIGPIPE, SIG_IGN);
+  (void)std::signal(SIGXFSZ, SIG_IGN);
   (void)::umask(077);
   int exitCode = 0;
   const auto options = agent::readOptions(argc, argv, exitCode);
-  return options ? agent::run(*options) : exitCode;
+  if (!options) return exitCode;
+  if (options->journal) agent::logForJournal();
+  return agent::runOrExplain(*options);
 }

@@ -30,6 +30,16 @@ std::optional<Options> readOptions(int argc, char** argv, int& exitCode) {
   app.add_option("--socket", options.socket, "Path of the socket, at most 107 bytes")
       ->capture_default_str();
   app.add_option("--module", options.module, "The settings module")->capture_default_str();
+  app.add_option("--admin-group", options.adminGroup,
+                 "Group whose members may write and save [the settings' ADMIN_GROUP]");
+  app.add_option("--max-users", options.maxUsers, "Longest user list that is accepted")
+      ->capture_default_str();
+  app.add_flag("--accept-any", options.acceptAny,
+               "Take every value from the bridge as it stands, like the module itself");
+  app.add_flag("--allow-defaults", options.allowDefaults,
+               "Start with the defaults although only damaged settings were found; those are kept");
+  app.add_flag("--save-on-exit", options.saveOnExit, "Save unsaved changes at the end");
+  app.add_flag("--journal", options.journal, "Begin log lines with the journal's priorities");
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& outcome) {

@@ -1,6 +1,7 @@
 // The agent's command line.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 
@@ -9,7 +10,13 @@ namespace agent {
 struct Options {
   std::string stateDir = "/var/lib/lparams";
   std::string socket = "/run/lparams/agent.sock";
-  std::string module;  ///< lparams_server.so beside the agent's executable, unless given
+  std::string module;      ///< lparams_server.so beside the agent's executable, unless given
+  std::string adminGroup;  ///< the one that the settings name, unless given
+  size_t maxUsers = 4096;
+  bool acceptAny = false;      ///< writes reach the module unchecked
+  bool allowDefaults = false;  ///< start on defaults although damaged settings were found
+  bool saveOnExit = false;
+  bool journal = false;
 };
 
 /// Reads the command line. Without a value the process is done (help, version, or an error that has

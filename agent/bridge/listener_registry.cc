@@ -1,4 +1,4 @@
-#include "agent/listener_registry.h"
+#include "agent/bridge/listener_registry.h"
 
 #include <algorithm>
 #include <exception>

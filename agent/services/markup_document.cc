@@ -9,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-#include "agent/markup_scan.h"
+#include "agent/services/markup_scan.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "agent/paths_service.h"
+#include "agent/services/paths_service.h"
 
 #include <utility>
 

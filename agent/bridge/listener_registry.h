@@ -8,7 +8,7 @@
 #include <mutex>
 #include <string>
 
-#include "agent/bridge_session.h"
+#include "agent/bridge/bridge_session.h"
 #include "platform/command_bridge.h"
 
 namespace agent {

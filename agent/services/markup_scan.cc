@@ -1,4 +1,4 @@
-#include "agent/markup_scan.h"
+#include "agent/services/markup_scan.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "agent/session.h"
+#include "agent/bridge/session.h"
 
 #include <asio/bind_executor.hpp>
 #include <asio/buffer.hpp>
@@ -6,7 +6,7 @@
 #include <asio/write.hpp>
 #include <utility>
 
-#include "agent/listener_registry.h"
+#include "agent/bridge/listener_registry.h"
 #include "agent/log.h"
 #include "bridge/protocol.h"
 
@@ -17,45 +17,21 @@ namespace {
 constexpr std::chrono::seconds PATIENCE{20};
 constexpr std::chrono::seconds CLOCK_TICK{5};
 
+/// A subscriber that leaves more events than this untaken is closed.
+constexpr size_t MAX_PENDING = 1000;
+
 bridge::Reply failure(bridge::Reason reason, std::string text) {
-  return {0, reason, std::move(text), {}};
-}
-
-bridge::Reply runCommand(BridgeSession& session, const bridge::Command& command) {
-  using Outcome = ListenerRegistry::Outcome;
-  using bridge::Reason;
-
-  session.refusal.clear();
-  bridge::Reply reply;
-  auto result = listenerRegistry().execute(session, static_cast<ModuleIdType>(command.module),
-                                           command.command, command.input, reply.output);
-  switch (result.outcome) {
-    case Outcome::Succeeded:
-      reply.result = result.value;
-      return reply;
-    case Outcome::Refused:
-      if (!session.refusal.empty()) return failure(Reason::NotAuthorised, session.refusal);
-      return failure(Reason::ModuleRefused,
-                     "the module does not know this command or its subject, "
-                     "or could not carry it out");
-    case Outcome::MalformedInput:
-      return failure(Reason::MalformedInput,
-                     "the module could not read the command to its end: " + result.error);
-    case Outcome::Failed:
-      return failure(Reason::ModuleFailed, "the module failed: " + result.error);
-    case Outcome::NoSuchModule:
-      break;
-  }
-  return failure(Reason::NoSuchModule,
-                 "no module " + std::to_string(command.module) + " is loaded");
+  return {0, reason, std::move(text)};
 }
 
 }  // namespace
 
-Session::Session(Socket socket, BridgeSession peer, std::function<void()> onEnd)
+Session::Session(Socket socket, BridgeSession peer, CommandService& service,
+                 std::function<void()> onEnd)
     : socket_(std::move(socket)),
       timer_(socket_.get_executor()),
       peer_(std::move(peer)),
+      service_(service),
       onEnd_(std::move(onEnd)),
       lastProgress_(Clock::now()) {}
 
@@ -83,8 +59,8 @@ void Session::readMore() {
 
 /// Handles what has arrived; returns to reading, unless a reply has to be written first.
 void Session::handleInput() {
-  const bool complete = greeted_ ? handleFrame() : handleHello();
-  if (!complete) readMore();
+  const bool handled = greeted_ ? handleFrame() : handleHello();
+  if (!handled) readMore();
 }
 
 /// Each handler returns false if the bytes are not all there yet.
@@ -121,40 +97,75 @@ bool Session::handleFrame() {
     return true;
   }
   if (input_.size() - bridge::FRAME_HEAD_SIZE < size) return false;
-  std::string reply = execute(std::string_view(input_).substr(bridge::FRAME_HEAD_SIZE, size));
+  std::string reply = answer(std::string_view(input_).substr(bridge::FRAME_HEAD_SIZE, size));
   input_.erase(0, bridge::FRAME_HEAD_SIZE + size);
   write(std::move(reply));
   return true;
 }
 
 /// Returns the frame of the reply.
-std::string Session::execute(std::string_view frame) {
-  bridge::Command command;
+std::string Session::answer(std::string_view frame) {
+  const auto request = bridge::decodeRequest(frame);
   bridge::Reply reply;
-  if (bridge::decode(frame, command)) {
-    reply = runCommand(peer_, command);
-    if (reply.output.size() > bridge::MAX_REPLY_OUTPUT) {
-      reply = failure(
-          bridge::Reason::ReplyTooLarge,
-          "the reply of " + std::to_string(reply.output.size()) + " bytes does not fit a frame");
-    }
-  } else {
+  if (!request) {
     stopping_ = true;
-    reply = failure(bridge::Reason::MalformedFrame, "the frame holds no command");
+    reply = failure(bridge::Reason::MalformedFrame, "the frame holds no request");
+  } else if (const auto* command = std::get_if<bridge::Command>(&*request)) {
+    reply = service_.execute(peer_, *command);
+  } else if (std::holds_alternative<bridge::Subscription>(*request)) {
+    reply = subscribe();
+  } else {
+    reply = service_.status();
   }
-  return bridge::encode(reply);
+  if (reply.output.size() > bridge::MAX_REPLY_OUTPUT) {
+    reply = failure(
+        bridge::Reason::ReplyTooLarge,
+        "the output of " + std::to_string(reply.output.size()) + " bytes does not fit a frame");
+  }
+  return bridge::encode(std::move(reply));
 }
 
-void Session::write(std::string bytes) {
+bridge::Reply Session::subscribe() {
+  if (!subscription_) {
+    // Called on other sessions' threads; the event is handled in this one's strand.
+    subscription_ = service_.changes().subscribe([weak = weak_from_this()](const auto& event) {
+      const auto self = weak.lock();
+      if (!self) return;
+      asio::post(self->socket_.get_executor(), [self, event] { self->deliver(event); });
+    });
+  }
+  return {.result = 1};
+}
+
+void Session::deliver(const bridge::Event& event) {
+  if (output_.size() >= MAX_PENDING) {
+    log(Level::Warning, "session closed: the client does not take its events",
+        {{"uid", peer_.uid}, {"pid", peer_.pid}});
+    return end();
+  }
   if (ended_) return;
-  output_ = std::move(bytes);
+  output_.push_back(bridge::encode(event));
+  if (output_.size() == 1) writeNext();
+}
+
+/// Writes a reply; what the client sends is looked at again when it has been taken.
+void Session::write(std::string bytes) {
+  answering_ = true;
+  output_.push_back(std::move(bytes));
+  if (output_.size() == 1) writeNext();
+}
+
+void Session::writeNext() {
+  if (ended_) return;
   lastProgress_ = Clock::now();
-  asio::async_write(socket_, asio::buffer(output_),
+  asio::async_write(socket_, asio::buffer(output_.front()),
                     [self = shared_from_this()](const asio::error_code& error, size_t /*size*/) {
-                      self->output_.clear();
+                      if (error) return self->end();
                       self->lastProgress_ = Clock::now();
-                      if (error || self->stopping_) return self->end();
-                      self->handleInput();
+                      self->output_.pop_front();
+                      if (!self->output_.empty()) return self->writeNext();
+                      if (self->stopping_) return self->end();
+                      if (std::exchange(self->answering_, false)) self->handleInput();
                     });
 }
 
@@ -182,6 +193,7 @@ void Session::end() {
   asio::error_code ignored;
   socket_.close(ignored);
   timer_.cancel();
+  if (subscription_) service_.changes().unsubscribe(*subscription_);
   if (greeted_) listenerRegistry().sessionClosed(peer_);
   onEnd_();
 }

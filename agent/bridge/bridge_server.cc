@@ -1,4 +1,4 @@
-#include "agent/bridge_server.h"
+#include "agent/bridge/bridge_server.h"
 
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -6,9 +6,12 @@
 #include <unistd.h>
 
 #include <asio/post.hpp>
-#include <optional>
+#include <cerrno>
+#include <filesystem>
 #include <stdexcept>
+#include <system_error>
 #include <utility>
+#include <vector>
 
 #include "agent/log.h"
 
@@ -17,6 +20,7 @@ namespace {
 
 using asio::local::stream_protocol;
 
+constexpr mode_t DIRECTORY_MODE = 0750;
 constexpr mode_t SOCKET_MODE = 0660;
 constexpr size_t MAX_SESSIONS = 256;
 constexpr std::chrono::milliseconds RETRY_PAUSE{100};
@@ -44,26 +48,65 @@ void removeStale(asio::io_context& io, const stream_protocol::endpoint& endpoint
   (void)::unlink(endpoint.path().c_str());
 }
 
+/// The socket alone does not keep strangers out: they could put another one in its place.
+void prepareDirectory(const std::string& path, std::optional<gid_t> group) {
+  const std::string directory =
+      std::filesystem::absolute(path).lexically_normal().parent_path().string();
+  struct stat status {};
+  if (::mkdir(directory.c_str(), DIRECTORY_MODE) == 0) {
+    if (group) (void)::chown(directory.c_str(), static_cast<uid_t>(-1), *group);
+  } else if (errno != EEXIST) {
+    fail(path, "cannot be made: " + directory + ": " + std::generic_category().message(errno));
+  }
+  if (::stat(directory.c_str(), &status) != 0) {
+    fail(path, "cannot be made: " + directory + ": " + std::generic_category().message(errno));
+  }
+  if ((status.st_mode & S_IRWXO) != 0 || (status.st_mode & S_IWGRP) != 0) {
+    fail(path, "is not safe: others can enter or change its directory " + directory +
+                   "; mode 0750 would be right");
+  }
+}
+
+std::vector<gid_t> groupsOf(int socket) {
+  std::vector<gid_t> groups(32);
+  for (;;) {
+    auto size = static_cast<socklen_t>(groups.size() * sizeof(gid_t));
+    const int result = ::getsockopt(socket, SOL_SOCKET, SO_PEERGROUPS, groups.data(), &size);
+    groups.resize(size / sizeof(gid_t));
+    if (result == 0) return groups;
+    if (errno != ERANGE) return {};
+  }
+}
+
 std::optional<BridgeSession> peerOf(Session::Socket& socket) {
   ucred peer{};
   socklen_t size = sizeof peer;
-  if (::getsockopt(socket.native_handle(), SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0) return {};
-  return BridgeSession(peer.uid, peer.gid, peer.pid);
+  const int handle = socket.native_handle();
+  if (::getsockopt(handle, SOL_SOCKET, SO_PEERCRED, &peer, &size) != 0) return {};
+  return BridgeSession(peer.uid, peer.gid, peer.pid, groupsOf(handle));
 }
 
 }  // namespace
 
-BridgeServer::BridgeServer(asio::io_context& io, std::string path)
+BridgeServer::BridgeServer(asio::io_context& io, std::string path, std::optional<gid_t> group,
+                           CommandService& service)
     : io_(io),
+      service_(service),
       path_(std::move(path)),
       strand_(asio::make_strand(io)),
       acceptor_(strand_),
       retry_(strand_) {
   const stream_protocol::endpoint endpoint = endpointAt(path_);
+  prepareDirectory(path_, group);
   removeStale(io, endpoint);
   asio::error_code error;
   (void)acceptor_.open(endpoint.protocol(), error);
   if (!error) (void)acceptor_.bind(endpoint, error);
+  if (!error && group && ::chown(path_.c_str(), static_cast<uid_t>(-1), *group) != 0) {
+    log(Level::Warning,
+        "the administrators' group cannot use the socket: it is not the agent's own",
+        {{"socket", path_}, {"gid", *group}});
+  }
   if (!error && ::chmod(path_.c_str(), SOCKET_MODE) != 0) {
     error.assign(errno, asio::error::get_system_category());
   }
@@ -102,12 +145,17 @@ void BridgeServer::open(Session::Socket socket) {
     return;
   }
   const auto place = sessions_.emplace(sessions_.end());
-  auto session = std::make_shared<Session>(std::move(socket), *peer, [this, place] {
+  auto session = std::make_shared<Session>(std::move(socket), *peer, service_, [this, place] {
     const std::lock_guard endLock(mutex_);
     sessions_.erase(place);
   });
   *place = session;
   session->start();
+}
+
+size_t BridgeServer::sessions() const {
+  const std::lock_guard lock(mutex_);
+  return sessions_.size();
 }
 
 void BridgeServer::stop() {

@@ -7,9 +7,11 @@
 #include <list>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 
-#include "agent/session.h"
+#include "agent/bridge/command_service.h"
+#include "agent/bridge/session.h"
 
 namespace agent {
 
@@ -17,9 +19,12 @@ namespace agent {
 /// the context.
 class BridgeServer {
  public:
-  /// Starts to listen. A socket that nobody listens on any more is replaced. Throws
-  /// std::runtime_error, in words, if the path cannot be listened on.
-  BridgeServer(asio::io_context& io, std::string path);
+  /// Starts to listen. A directory that is not there is made, and a socket that nobody listens on
+  /// any more is replaced. The socket can be used by the agent's user and, if given, by the members
+  /// of the group. Throws std::runtime_error, in words, if the path cannot be listened on or others
+  /// can enter its directory. REQUIRES: the context and the service outlive the server.
+  BridgeServer(asio::io_context& io, std::string path, std::optional<gid_t> group,
+               CommandService& service);
 
   /// Removes the socket. REQUIRES: no thread runs the context any more.
   ~BridgeServer();
@@ -31,17 +36,20 @@ class BridgeServer {
   /// context then runs out of work. Thread-safe.
   void stop();
 
+  size_t sessions() const;
+
  private:
   void acceptNext();
   void open(Session::Socket socket);
 
   asio::io_context& io_;
+  CommandService& service_;
   const std::string path_;
   asio::strand<asio::io_context::executor_type> strand_;  // of the acceptor
   asio::local::stream_protocol::acceptor acceptor_;
   asio::steady_timer retry_;  // while no client can be taken, e.g. for want of descriptors
 
-  std::mutex mutex_;  // protects everything below
+  mutable std::mutex mutex_;  // protects everything below
   std::list<std::weak_ptr<Session>> sessions_;
   bool stopped_ = false;
 };

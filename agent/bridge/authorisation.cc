@@ -1,0 +1,65 @@
+#include "agent/bridge/authorisation.h"
+
+#include <grp.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <utility>
+#include <vector>
+
+#include "agent/bridge/bridge_session.h"
+#include "platform/command_bridge.h"
+
+namespace agent {
+namespace {
+
+const AccessRules* g_rules =
+    nullptr;  // what the platform function asks; constant while sessions run
+
+bool isMember(const BridgeSession& session, gid_t group) {
+  return session.gid == group || std::ranges::find(session.groups, group) != session.groups.end();
+}
+
+}  // namespace
+
+AccessRules::AccessRules(LPARAMS::Server::ADMIN_t& settings, std::string adminGroup)
+    : settings_(settings), adminGroup_(std::move(adminGroup)) {
+  g_rules = this;
+}
+
+AccessRules::~AccessRules() { g_rules = nullptr; }
+
+std::string AccessRules::adminGroup() const {
+  if (!adminGroup_.empty()) return adminGroup_;
+  const basekit::ObjectLevelLockable::Lock lock(settings_.ADMIN_GROUP);
+  return settings_.ADMIN_GROUP.value;
+}
+
+std::optional<gid_t> AccessRules::numberOf(const std::string& group) {
+  std::vector<char> buffer(1024);
+  ::group entry{};
+  ::group* found = nullptr;
+  while (::getgrnam_r(group.c_str(), &entry, buffer.data(), buffer.size(), &found) == ERANGE) {
+    buffer.resize(buffer.size() * 2);
+  }
+  if (found == nullptr) return std::nullopt;
+  return found->gr_gid;
+}
+
+}  // namespace agent
+
+bool _BridgeServerSide_AuthSession(BridgeSession& session, ModuleIdType module, long level) {
+  using agent::AccessRules;
+
+  if (session.uid == 0 || session.uid == ::geteuid()) return true;
+  const std::string group = agent::g_rules == nullptr ? "" : agent::g_rules->adminGroup();
+  if (level == 0 || level == 2) {
+    const auto number = group.empty() ? std::nullopt : AccessRules::numberOf(group);
+    if (number && agent::isMember(session, *number)) return true;
+  }
+  session.refusal = "user " + std::to_string(session.uid) + " may not use module " +
+                    std::to_string(module) + " at level " + std::to_string(level) +
+                    "; the agent's user, root and the members of the group \"" + group + "\" may";
+  return false;
+}

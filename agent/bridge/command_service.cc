@@ -1,0 +1,126 @@
+#include "agent/bridge/command_service.h"
+
+#include <cstring>
+#include <string_view>
+#include <utility>
+
+#include "agent/bridge/listener_registry.h"
+#include "platform/command_bridge.h"
+
+namespace agent {
+namespace {
+
+using bridge::Reason;
+using bridge::Reply;
+
+// The commands of the settings module.
+constexpr int32_t WRITE_GROUP = 0;
+constexpr int32_t READ_GROUP = 1;
+
+constexpr long WRITE_ACCESS = 0;  // the level at which the module authorises a write
+
+Reply failure(Reason reason, std::string text) { return {0, reason, std::move(text)}; }
+
+/// Says for the callbacks of a command whose it is.
+class CurrentSession {
+ public:
+  CurrentSession(BridgeSession& session, bool force) : session_(session) {
+    session.force = force;
+    session.refusal.clear();
+    session.saveFailure.clear();
+    BridgeSession::current() = &session_;
+  }
+  ~CurrentSession() { BridgeSession::current() = nullptr; }
+  CurrentSession(const CurrentSession&) = delete;
+  CurrentSession& operator=(const CurrentSession&) = delete;
+
+ private:
+  BridgeSession& session_;
+};
+
+/// Has the module execute the command.
+Reply call(BridgeSession& session, const bridge::Command& command) {
+  using Outcome = ListenerRegistry::Outcome;
+
+  const CurrentSession current(session, command.force);
+  Reply reply;
+  auto result = listenerRegistry().execute(session, static_cast<ModuleIdType>(command.module),
+                                           command.command, command.input, reply.output);
+  switch (result.outcome) {
+    case Outcome::Succeeded:
+      reply.result = result.value;
+      return reply;
+    case Outcome::Refused:
+      if (!session.refusal.empty()) return failure(Reason::NotAuthorised, session.refusal);
+      if (!session.saveFailure.empty()) return failure(Reason::SaveRefused, session.saveFailure);
+      return failure(Reason::ModuleRefused, "the module does not know this command or its subject");
+    case Outcome::MalformedInput:
+      return failure(Reason::MalformedInput,
+                     "the module could not read the command to its end: " + result.error);
+    case Outcome::Failed:
+      return failure(Reason::ModuleFailed, "the module failed: " + result.error);
+    case Outcome::NoSuchModule:
+      break;
+  }
+  return failure(Reason::NoSuchModule,
+                 "no module " + std::to_string(command.module) + " is loaded");
+}
+
+/// The name in front of a command's input; empty if it is cut off.
+std::string_view groupName(std::string_view input) {
+  uint32_t length = 0;
+  if (input.size() < sizeof length) return {};
+  std::memcpy(&length, input.data(), sizeof length);
+  input.remove_prefix(sizeof length);
+  return length > input.size() ? std::string_view() : input.substr(0, length);
+}
+
+}  // namespace
+
+Reply CommandService::execute(BridgeSession& session, const bridge::Command& command) {
+  if (command.module == LPARAMS_MODULE_ID) {
+    if (command.command == READ_GROUP) return readGroup(session, command);
+    if (command.command == WRITE_GROUP) return writeGroup(session, command);
+  }
+  return call(session, command);
+}
+
+Reply CommandService::readGroup(BridgeSession& session, const bridge::Command& command) {
+  // Asked for before the values: a write in between makes the revision too old, never too new.
+  const uint64_t revision = changes_.revision(groupName(command.input));
+  Reply reply = call(session, command);
+  reply.revision = revision;
+  return reply;
+}
+
+Reply CommandService::writeGroup(BridgeSession& session, const bridge::Command& command) {
+  // The module authorises the write too; here it comes first, so that a stranger learns nothing.
+  session.refusal.clear();
+  if (!_BridgeServerSide_AuthSession(session, LPARAMS_MODULE_ID, WRITE_ACCESS)) {
+    return failure(Reason::NotAuthorised, session.refusal);
+  }
+  if (check_ != nullptr) {
+    if (std::string refusal = check_->refusal(command.input); !refusal.empty()) {
+      return failure(Reason::IllegalValue, std::move(refusal));
+    }
+  }
+  const std::string_view group = groupName(command.input);
+  const std::lock_guard lock(writing_);
+  const uint64_t revision = changes_.revision(group);
+  if (command.revision && *command.revision != revision) {
+    Reply conflict =
+        failure(Reason::Conflict, std::string(group) + " has changed: it was read at revision " +
+                                      std::to_string(*command.revision) + " and is at revision " +
+                                      std::to_string(revision) + "; read it again");
+    conflict.revision = revision;
+    return conflict;
+  }
+  Reply reply = call(session, command);
+  if (reply.result == 0) changes_.writeBrokeOff(group);
+  reply.revision = changes_.revision(group);
+  return reply;
+}
+
+Reply CommandService::status() const { return {1, Reason::None, {}, status_()}; }
+
+}  // namespace agent

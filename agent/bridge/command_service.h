@@ -1,0 +1,40 @@
+// What the bridge does with a request.
+#pragma once
+
+#include <functional>
+#include <mutex>
+#include <string>
+
+#include "agent/bridge/bridge_session.h"
+#include "agent/bridge/change_tracker.h"
+#include "agent/bridge/record_check.h"
+#include "bridge/protocol.h"
+
+namespace agent {
+
+/// Stands in front of the modules: checks writes of settings and their revisions, and puts what
+/// went wrong into words. Thread-safe; commands run side by side, writes of settings take turns.
+class CommandService {
+ public:
+  /// `check` may be null: then every value is taken as it stands. `status` returns the agent's
+  /// state as a JSON object. REQUIRES: all of them outlive the service.
+  CommandService(ChangeTracker& changes, const RecordCheck* check,
+                 std::function<std::string()> status)
+      : changes_(changes), check_(check), status_(std::move(status)) {}
+
+  bridge::Reply execute(BridgeSession& session, const bridge::Command& command);
+  bridge::Reply status() const;
+  ChangeTracker& changes() { return changes_; }
+
+ private:
+  bridge::Reply readGroup(BridgeSession& session, const bridge::Command& command);
+  bridge::Reply writeGroup(BridgeSession& session, const bridge::Command& command);
+
+  ChangeTracker& changes_;
+  const RecordCheck* const check_;
+  const std::function<std::string()> status_;
+  std::mutex
+      writing_;  // from the look at the revision to the end of the write; before the module's
+};
+
+}  // namespace agent

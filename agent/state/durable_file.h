@@ -1,0 +1,37 @@
+// Files that survive a power cut: what these functions have returned from is on the disk.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace agent {
+
+// All of them throw std::system_error, naming the path, when the system refuses. None follows a
+// symbolic link in the last part of a path.
+
+/// The first `limit` bytes of a regular file; nothing if there is no such file. Refuses anything
+/// that is not a regular file.
+std::optional<std::string> readFile(const std::string& path, size_t limit);
+
+/// Puts a file with the text in the place of whatever file is there, in one step: at any moment
+/// either the old or the new one is there, whole. Its mode is 0600.
+void placeFile(const std::string& path, std::string_view text);
+
+// Both return the name that they have used: `name`, or `name` and a number where that is taken.
+// They overwrite nothing.
+
+/// Gives a file another name in its directory.
+std::string moveAside(const std::string& path, const std::string& name);
+
+/// Makes a new file with the text.
+std::string keepCopy(const std::string& name, std::string_view text);
+
+/// Makes an existing file, data and name, survive.
+void syncFile(const std::string& path);
+
+/// `path` with what became of the file, and when: "PATH.WHAT-20261120T114501Z".
+std::string nameAside(const std::string& path, std::string_view what);
+
+}  // namespace agent

@@ -1,0 +1,108 @@
+#include "agent/state/recovery.h"
+
+#include <optional>
+#include <stdexcept>
+#include <vector>
+
+#include "agent/log.h"
+#include "agent/state/durable_file.h"
+#include "agent/state/settings_text.h"
+
+namespace agent {
+namespace {
+
+constexpr const char* LEGACY_SYSTEM_FILE = "/etc/kestrel/localsettings.xml";
+
+/// One of the files that can hold the settings.
+struct Copy {
+  std::string path;
+  std::optional<std::string> text;  // nothing if there is no such file
+  std::string damage;               // why it is not complete; empty if it is
+
+  bool complete() const { return text && damage.empty(); }
+  bool damaged() const { return text && !damage.empty(); }
+};
+
+Copy examine(const std::string& path) {
+  // One byte more than allowed tells a larger file.
+  Copy copy{path, readFile(path, MAX_SETTINGS_SIZE + 1), {}};
+  if (copy.text) copy.damage = incompleteBecause(*copy.text);
+  return copy;
+}
+
+void moveDamagedAside(const Copy& copy) {
+  const std::string kept = moveAside(copy.path, nameAside(copy.path, "damaged"));
+  log(Level::Warning, "a damaged file was moved aside",
+      {{"file", copy.path}, {"damage", copy.damage}, {"kept", kept}});
+}
+
+std::optional<std::string> readLegacy(const std::string& path) {
+  auto text = readFile(path, MAX_SETTINGS_SIZE + 1);
+  if (text && text->size() > MAX_SETTINGS_SIZE) {
+    throw std::runtime_error(path + " is larger than 16 MiB: no settings of an earlier version");
+  }
+  return text;
+}
+
+void keepImported(const StateDirectory& directory, const std::string& text) {
+  (void)keepCopy(nameAside(directory.legacy(), "imported"), text);
+}
+
+}  // namespace
+
+StartingPoint prepareStart(const StateDirectory& directory, bool allowDefaults) {
+  Copy settings = examine(directory.settings());
+  if (settings.complete()) return {StartingPoint::Settings, std::move(*settings.text)};
+
+  Copy others[] = {examine(directory.twin()), examine(directory.backup())};
+  Copy* chosen = nullptr;
+  std::vector<const Copy*> damaged;
+  if (settings.damaged()) damaged.push_back(&settings);
+  for (Copy& other : others) {
+    if (chosen == nullptr && other.complete()) chosen = &other;
+    if (other.damaged()) damaged.push_back(&other);
+  }
+  if (chosen == nullptr && !damaged.empty() && !allowDefaults) {
+    std::string message = "no complete settings in " + directory.path() + ":";
+    for (const Copy* copy : damaged) message += " " + copy->path + " (" + copy->damage + ")";
+    throw std::runtime_error(message + "; repair one, or start with --allow-defaults");
+  }
+  for (const Copy* copy : damaged) moveDamagedAside(*copy);
+  if (chosen == nullptr) {
+    log(Level::Notice, "no settings file: starting with the defaults",
+        {{"file", directory.settings()}});
+    return {StartingPoint::FirstStart, {}};
+  }
+  placeFile(directory.settings(), *chosen->text);
+  log(Level::Warning, "the settings file was recovered",
+      {{"file", directory.settings()}, {"from", chosen->path}});
+  return {StartingPoint::Recovered, std::move(*chosen->text)};
+}
+
+void keepLegacySettings(const StateDirectory& directory) {
+  const auto interrupted = readLegacy(directory.importing());
+  const auto own = readLegacy(directory.legacy());
+  const auto system = readLegacy(LEGACY_SYSTEM_FILE);
+
+  // The module reads its own candidate first, and deletes both.
+  if (own) {
+    if (interrupted && interrupted != own) keepImported(directory, *interrupted);
+    placeFile(directory.importing(), *own);
+  } else if (interrupted) {
+    log(Level::Warning, "an import of the settings of earlier versions was cut short: once more",
+        {{"file", directory.legacy()}});
+    placeFile(directory.legacy(), *interrupted);
+  } else if (system) {
+    placeFile(directory.importing(), *system);
+  }
+  if (system && (own || interrupted)) keepImported(directory, *system);
+}
+
+void finishImport(const StateDirectory& directory) {
+  if (!readLegacy(directory.importing())) return;
+  const std::string kept =
+      moveAside(directory.importing(), nameAside(directory.legacy(), "imported"));
+  log(Level::Notice, "the settings of earlier versions were imported", {{"kept", kept}});
+}
+
+}  // namespace agent

@@ -1,0 +1,37 @@
+// What the agent does to the state directory before the module sees it, and after its load.
+#pragma once
+
+#include <string>
+
+#include "agent/state/state_directory.h"
+
+namespace agent {
+
+/// What the module is going to load.
+struct StartingPoint {
+  enum Source {
+    Settings,    ///< the settings file, as it lies there
+    Recovered,   ///< a complete copy, which has been put in the settings file's place
+    FirstStart,  ///< nothing: defaults, or the settings of earlier versions
+  };
+  Source source;
+  std::string text;  ///< of the settings file; empty on a first start
+};
+
+/// Chooses the settings file if it is complete, else the twin, else the module's temporary file;
+/// moves aside what is damaged, puts the choice in place durably, and tells it in one line. Nothing
+/// is ever overwritten but the settings file, by a complete copy.
+///
+/// Throws std::exception, in words and with nothing touched, if something cannot be read, or if
+/// something is damaged, nothing is complete and `allowDefaults` is not given.
+StartingPoint prepareStart(const StateDirectory& directory, bool allowDefaults);
+
+/// Keeps the settings of earlier versions while the module imports and deletes them. Brings back
+/// those of an import that was cut short. REQUIRES: it is a first start.
+void keepLegacySettings(const StateDirectory& directory);
+
+/// Gives the kept settings, if there are any, their final name. REQUIRES: what was imported from
+/// them is durable.
+void finishImport(const StateDirectory& directory);
+
+}  // namespace agent

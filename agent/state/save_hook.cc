@@ -1,0 +1,38 @@
+#include "agent/state/save_hook.h"
+
+#include <string>
+
+#include "agent/bridge/bridge_session.h"
+#include "agent/log.h"
+
+namespace agent {
+namespace {
+
+SettingsKeeper* g_keeper = nullptr;  // the hook is a plain function; constant while commands run
+
+int saveThroughKeeper(const char* /*section*/) {
+  BridgeSession* session = BridgeSession::current();
+  const bool force = session != nullptr && session->force;
+  const std::string failure = g_keeper->save(force);
+  if (failure.empty()) {
+    log(Level::Info, force ? "settings saved, forced" : "settings saved");
+    return 1;
+  }
+  log(Level::Error, "settings not saved", {{"reason", failure}});
+  if (session != nullptr) session->saveFailure = failure;
+  return 0;
+}
+
+}  // namespace
+
+SaveHook::SaveHook(LPARAMS::Server::Server_t& server, SettingsKeeper& keeper) : server_(server) {
+  g_keeper = &keeper;
+  server_.saveHook = saveThroughKeeper;
+}
+
+SaveHook::~SaveHook() {
+  server_.saveHook = nullptr;
+  g_keeper = nullptr;
+}
+
+}  // namespace agent

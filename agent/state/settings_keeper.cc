@@ -1,0 +1,143 @@
+#include "agent/state/settings_keeper.h"
+
+#include <exception>
+#include <sstream>
+#include <stdexcept>
+#include <utility>
+
+#include "agent/log.h"
+#include "agent/state/durable_file.h"
+#include "agent/state/settings_text.h"
+
+namespace agent {
+namespace {
+
+constexpr const char* HOW_TO_FORCE = "a forced save (lparamsctl save --force) replaces it";
+
+}  // namespace
+
+void SettingsKeeper::adopt(StartingPoint start, std::string doubt) {
+  const std::lock_guard lock(saving_);
+  if (!doubt.empty()) {
+    log(Level::Warning, "degraded: settings are served, but not saved", {{"reason", doubt}});
+    if (start.source != StartingPoint::FirstStart) {
+      (void)keepCopy(nameAside(directory_.settings(), "damaged"), start.text);
+      onDisk_ = std::move(start.text);
+    }
+    const std::lock_guard stateLock(stateMutex_);
+    state_.doubt = std::move(doubt);
+    return;
+  }
+  if (start.source == StartingPoint::FirstStart) {
+    start.text = currentText();
+    placeTwin(start.text);
+    placeFile(directory_.settings(), start.text);
+  } else if (readFile(directory_.twin(), MAX_SETTINGS_SIZE + 1) != start.text) {
+    placeTwin(start.text);
+  }
+  twin_ = start.text;
+  onDisk_ = std::move(start.text);
+  finishImport(directory_);
+}
+
+std::string SettingsKeeper::save(bool force) {
+  const std::lock_guard lock(saving_);
+  std::string failure;
+  try {
+    failure = refusal(force);
+    if (failure.empty()) saveDurably();
+  } catch (const std::exception& error) {
+    failure = error.what();
+  }
+  const std::lock_guard stateLock(stateMutex_);
+  if (failure.empty()) {
+    state_.doubt.clear();
+    state_.lastSave = std::time(nullptr);
+  }
+  state_.lastFailure = failure;
+  return failure;
+}
+
+SettingsKeeper::State SettingsKeeper::state() const {
+  const std::lock_guard lock(stateMutex_);
+  return state_;
+}
+
+/// Why nothing may be written; empty if it may.
+std::string SettingsKeeper::refusal(bool force) {
+  const std::string doubt = state().doubt;
+  if (!doubt.empty() && !force) {
+    return "the settings were not loaded whole (" + doubt + "); look at them, then " + HOW_TO_FORCE;
+  }
+  const auto found = readFile(directory_.settings(), MAX_SETTINGS_SIZE + 1);
+  if (found != onDisk_) return refuseForeignChange(found, force);
+  if (!doubt.empty()) forgetSnapshot();
+  return {};
+}
+
+std::string SettingsKeeper::refuseForeignChange(const std::optional<std::string>& found,
+                                                bool force) {
+  std::string what = directory_.settings() + (found ? " was edited" : " was removed") +
+                     " while the agent was running; ";
+  if (found) {
+    if (found->size() > MAX_SETTINGS_SIZE) return what + "it is too large now to be kept: move it";
+    if (found != foreign_) {
+      foreignKept_ = keepCopy(nameAside(directory_.settings(), "edited"), *found);
+      foreign_ = found;
+      log(Level::Warning, "the settings file was edited while the agent was running",
+          {{"file", directory_.settings()}, {"kept", foreignKept_}});
+    }
+    what += "a copy was kept as " + foreignKept_ + "; ";
+  }
+  if (!force) return what + HOW_TO_FORCE;
+  forgetSnapshot();  // else the module may find nothing to write
+  return {};
+}
+
+void SettingsKeeper::saveDurably() {
+  if (!server_.isChanged()) return;  // the file, just looked at, holds the settings
+
+  // The twin first: from here on the new settings are safe, whatever becomes of the file.
+  placeTwin(currentText());
+  std::string report;
+  if (!server_.save(&report)) {
+    onDisk_ = readFile(directory_.settings(), MAX_SETTINGS_SIZE + 1);  // as the module left it
+    throw std::runtime_error(report);
+  }
+  try {
+    const std::string written = snapshot();
+    onDisk_ = readFile(directory_.settings(), MAX_SETTINGS_SIZE + 1);
+    if (onDisk_ != written) {
+      throw std::runtime_error(directory_.settings() + " does not hold what was written to it");
+    }
+    syncFile(directory_.settings());
+    placeTwin(written);  // a command may have come between the two texts
+  } catch (...) {
+    forgetSnapshot();  // the next save must write again
+    throw;
+  }
+}
+
+void SettingsKeeper::placeTwin(const std::string& text) {
+  if (twin_ == text) return;
+  placeFile(directory_.twin(), text);
+  twin_ = text;
+}
+
+std::string SettingsKeeper::currentText() {
+  std::ostringstream text;
+  (void)server_.save(text, 0);
+  return std::move(text).str();
+}
+
+std::string SettingsKeeper::snapshot() {
+  const basekit::ObjectLevelLockable::Lock lock(server_);
+  return server_.rawSettings;
+}
+
+void SettingsKeeper::forgetSnapshot() {
+  const basekit::ObjectLevelLockable::Lock lock(server_);
+  server_.rawSettings.clear();
+}
+
+}  // namespace agent

@@ -1,0 +1,67 @@
+// Makes what the module saves durable.
+#pragma once
+
+#include <ctime>
+#include <mutex>
+#include <optional>
+#include <string>
+
+#include "agent/state/recovery.h"
+#include "agent/state/state_directory.h"
+#include "lparams/server.h"
+
+namespace agent {
+
+/// Stands between the bridge's save command and the module's own save. Thread-safe: saves take
+/// turns; no lock that a reader of settings needs is held while a file is synced.
+///
+/// Guarantee: after save() has succeeded, the saved settings survive a power cut. After one that
+/// was refused, failed or was cut short, either the settings of the last success or the new ones
+/// do.
+class SettingsKeeper {
+ public:
+  /// REQUIRES: both outlive the keeper.
+  SettingsKeeper(LPARAMS::Server::Server_t& server, const StateDirectory& directory)
+      : server_(server), directory_(directory) {}
+
+  /// Makes durable what the module has loaded. `doubt` says why the load was not whole, or is
+  /// empty; with a doubt nothing but a copy is written, and saves are refused until one is forced.
+  /// Throws std::system_error.
+  void adopt(StartingPoint start, std::string doubt);
+
+  /// Saves the settings. Returns why it was refused or failed, in words; empty after a success.
+  /// `force` confirms settings in doubt and replaces a file that somebody else has changed, of
+  /// which a copy is kept.
+  std::string save(bool force);
+
+  struct State {
+    std::string doubt;                    ///< why saves are refused; empty if they are not
+    std::optional<std::time_t> lastSave;  ///< the last success in this process
+    std::string lastFailure;              ///< of the last save, in words; empty after a success
+  };
+  /// Does not wait for a running save.
+  State state() const;
+
+ private:
+  std::string refusal(bool force);
+  std::string refuseForeignChange(const std::optional<std::string>& found, bool force);
+  void saveDurably();
+  void placeTwin(const std::string& text);
+  std::string currentText();
+  std::string snapshot();
+  void forgetSnapshot();
+
+  LPARAMS::Server::Server_t& server_;
+  const StateDirectory& directory_;
+
+  std::mutex saving_;                   // taken first; protects the next four
+  std::optional<std::string> onDisk_;   // the settings file, as the agent left it
+  std::string twin_;                    // the twin, likewise
+  std::optional<std::string> foreign_;  // the last change by somebody else,
+  std::string foreignKept_;             // and the name of its copy
+
+  mutable std::mutex stateMutex_;  // protects the next one
+  State state_;
+};
+
+}  // namespace agent

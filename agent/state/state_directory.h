@@ -1,0 +1,45 @@
+// The directory that holds the settings, and the names of what may lie in it.
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+namespace agent {
+
+/// Another agent uses the directory.
+class DirectoryInUse : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+/// Holds the directory for one agent, as long as it lives.
+class StateDirectory {
+ public:
+  /// Throws std::runtime_error, in words, unless the path is a directory that belongs to the
+  /// agent's user and that nobody else can write to; DirectoryInUse if another agent holds it.
+  explicit StateDirectory(std::string path);
+  ~StateDirectory();
+
+  StateDirectory(const StateDirectory&) = delete;
+  StateDirectory& operator=(const StateDirectory&) = delete;
+
+  const std::string& path() const { return path_; }
+
+  std::string settings() const { return at("localsettings.ini"); }
+  /// What the module writes before it renames it over the settings.
+  std::string backup() const { return at("localsettings.ini.bak"); }
+  /// The agent's own durable copy of the settings.
+  std::string twin() const { return at("localsettings.ini.good"); }
+  /// The settings of earlier versions, which the module imports and deletes.
+  std::string legacy() const { return at("localsettings.xml"); }
+  /// Those settings, kept from before an import until its values are durable.
+  std::string importing() const { return at("localsettings.xml.importing"); }
+
+ private:
+  std::string at(const char* name) const { return path_ + "/" + name; }
+
+  std::string path_;
+  int lock_ = -1;
+};
+
+}  // namespace agent

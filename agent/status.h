@@ -1,0 +1,18 @@
+// The agent's state, for operators and programs.
+#pragma once
+
+#include <string>
+
+#include "agent/bridge/bridge_server.h"
+#include "agent/options.h"
+#include "agent/state/settings_keeper.h"
+#include "lparams/server.h"
+
+namespace agent {
+
+/// A JSON object: version, stateDir, pid, strict, degraded (null or why), changed, lastSave (null
+/// or UTC), lastFailure (null or why), sessions. Thread-safe.
+std::string statusOf(const Options& options, LPARAMS::Server::Server_t& server,
+                     const SettingsKeeper& keeper, const BridgeServer& bridge);
+
+}  // namespace agent
