@@ -31,4 +31,10 @@ void addUser(Store& store, const std::string& name, const std::vector<std::strin
 /// Removes the entry with the name or, if no entry has it, with that index.
 void deleteUser(Store& store, const std::string& nameOrIndex);
 
+/// Prints the agent's state, one "name: value" line each.
+void status(Store& store, std::ostream& out);
+
+/// Prints a line at each change of a group, until the agent goes or the process is ended.
+void watch(Store& store, std::ostream& out);
+
 }  // namespace client

@@ -7,6 +7,9 @@
 #include <asio/read.hpp>
 #include <asio/write.hpp>
 
+#include <utility>
+#include <variant>
+
 #include "client/failure.h"
 #include "client/quote.h"
 
@@ -30,6 +33,12 @@ class Connection::Stream {
 
   void write(const std::string& bytes) {
     run([&](auto done) { asio::async_write(socket_, asio::buffer(bytes), done); });
+  }
+
+  void waitForInput() {
+    std::error_code error;
+    socket_.wait(asio::socket_base::wait_read, error);
+    if (error) fail("cannot be waited for: " + error.message());
   }
 
   std::string read(size_t size) {
@@ -77,22 +86,36 @@ Connection::Connection(const std::string& socketPath, std::chrono::seconds timeo
 
 Connection::~Connection() = default;
 
-bridge::Reply Connection::exchange(const bridge::Command& command) {
-  const std::string frame = bridge::encode(command);
+bridge::Reply Connection::exchange(const bridge::Request& request) {
+  const std::string frame = bridge::encode(request);
   if (frame.size() - bridge::FRAME_HEAD_SIZE > bridge::MAX_FRAME_SIZE) {
     throw Failure(ExitCode::Usage, "the command is longer than the " +
                                        std::to_string(bridge::MAX_FRAME_SIZE) +
                                        " bytes that the bridge takes");
   }
   stream_->write(frame);
+  bridge::Message message = receive();
+  auto* const reply = std::get_if<bridge::Reply>(&message);
+  if (reply == nullptr) stream_->fail("sent an event that nobody has asked for");
+  return std::move(*reply);
+}
 
+bridge::Event Connection::nextEvent() {
+  stream_->waitForInput();
+  bridge::Message message = receive();
+  auto* const event = std::get_if<bridge::Event>(&message);
+  if (event == nullptr) stream_->fail("sent a reply that nobody has asked for");
+  return std::move(*event);
+}
+
+bridge::Message Connection::receive() {
   const uint32_t size = bridge::decodeFrameHead(stream_->read(bridge::FRAME_HEAD_SIZE));
   if (size > bridge::MAX_FRAME_SIZE) {
-    stream_->fail("announced a reply of " + std::to_string(size) + " bytes, which is too long");
+    stream_->fail("announced a message of " + std::to_string(size) + " bytes, which is too long");
   }
-  bridge::Reply reply;
-  if (!bridge::decode(stream_->read(size), reply)) stream_->fail("sent a reply that is too short");
-  return reply;
+  auto message = bridge::decodeMessage(stream_->read(size));
+  if (!message) stream_->fail("sent a message that cannot be read");
+  return std::move(*message);
 }
 
 }  // namespace client

@@ -18,11 +18,18 @@ class Connection {
   Connection(const std::string& socketPath, std::chrono::seconds timeout);
   ~Connection();
 
-  /// Sends a command and waits for its reply. A command that is too long for a frame is not sent.
-  bridge::Reply exchange(const bridge::Command& command);
+  /// Sends a request and waits for its reply. A request that is too long for a frame is not sent.
+  /// REQUIRES: not subscribed.
+  bridge::Reply exchange(const bridge::Request& request);
+
+  /// Waits for the next event, as long as it takes. REQUIRES: subscribed.
+  bridge::Event nextEvent();
 
  private:
   class Stream;
+
+  bridge::Message receive();
+
   const std::unique_ptr<Stream> stream_;
 };
 

@@ -40,7 +40,8 @@ Examples:
 
 inline constexpr const char* SET_NOTES =
     R"~(Everything is checked before anything is written; then every group that is named is
-written once, as a whole, in the order given.
+written once, as a whole, in the order given. A group that somebody else has written since
+it was read is not written; run the command again then.
 
   numbers       decimal, within their limits
   flags         0, 1, false or true
@@ -71,6 +72,17 @@ Examples:
   lparamsctl user del 0)~";
 
 inline constexpr const char* SAVE_NOTES =
-    R"~(Prints "saved" when the file agrees with the settings, or why it could not be written.)~";
+    R"~(Prints "saved" when the file agrees with the settings and would survive a power cut, or
+why it was not written. The agent refuses to save settings that it could not load whole, and
+to write over a file that somebody has edited meanwhile; --force saves all the same. The
+agent keeps a copy of what it replaces then.)~";
+
+inline constexpr const char* STATUS_NOTES =
+    R"~(Whether saves are refused (degraded) and why, whether there are unsaved changes (changed),
+the last save and how it failed, the sessions on the bridge.)~";
+
+inline constexpr const char* WATCH_NOTES =
+    R"~(One line for each write of a group, with its revision and the process that wrote it, until
+interrupted.)~";
 
 }  // namespace client

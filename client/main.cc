@@ -18,6 +18,7 @@ struct Arguments {
   std::string socketPath = "/run/lparams/agent.sock";
   unsigned timeout = 30;  // seconds
   bool secrets = false;
+  bool force = false;
   std::string name;
   std::vector<std::string> assignments;
 
@@ -82,9 +83,26 @@ void addUserCommands(CLI::App& app, Arguments& arguments) {
 
 void addSave(CLI::App& app, Arguments& arguments) {
   CLI::App* const command = addCommand(app, "save", "Write the settings file", SAVE_NOTES);
+  command->add_flag("--force", arguments.force, "Save what the agent would not save otherwise");
   command->callback([&arguments] {
-    arguments.store().save();
+    arguments.store().save(arguments.force);
     std::cout << "saved\n";
+  });
+}
+
+void addStatus(CLI::App& app, Arguments& arguments) {
+  CLI::App* const command = addCommand(app, "status", "Print the agent's state", STATUS_NOTES);
+  command->callback([&arguments] {
+    Store store = arguments.store();
+    status(store, std::cout);
+  });
+}
+
+void addWatch(CLI::App& app, Arguments& arguments) {
+  CLI::App* const command = addCommand(app, "watch", "Print changes as they happen", WATCH_NOTES);
+  command->callback([&arguments] {
+    Store store = arguments.store();
+    watch(store, std::cout);
   });
 }
 
@@ -113,6 +131,8 @@ ExitCode run(int argc, char** argv) {
   addSet(app, arguments);
   addUserCommands(app, arguments);
   addSave(app, arguments);
+  addStatus(app, arguments);
+  addWatch(app, arguments);
   app.footer(NOTES);  // last, because sub-commands take over what is set before them
 
   try {

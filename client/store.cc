@@ -23,20 +23,36 @@ std::string reasonOf(const bridge::Reply& reply) {
 }  // namespace
 
 void Store::read(LPARAMS::Server::ParamGroup& group) {
-  decodeRecord(group, call(READ_GROUP, encodeName(group), std::string("reading ") + group.name));
+  const bridge::Reply reply =
+      call(bridge::Command{LPARAMS_MODULE_ID, READ_GROUP, encodeName(group)},
+           std::string("reading ") + group.name);
+  decodeRecord(group, reply.output);
+  revisions_[&group] = reply.revision;
 }
 
 void Store::write(LPARAMS::Server::ParamGroup& group) {
-  (void)call(WRITE_GROUP, encodeRecord(group), std::string("writing ") + group.name);
+  bridge::Command command{LPARAMS_MODULE_ID, WRITE_GROUP, encodeRecord(group)};
+  if (const auto read = revisions_.find(&group); read != revisions_.end()) {
+    command.revision = read->second;
+  }
+  revisions_[&group] = call(command, std::string("writing ") + group.name).revision;
 }
 
-void Store::save() { (void)call(SAVE, {}, "saving"); }
+void Store::save(bool force) {
+  bridge::Command command{LPARAMS_MODULE_ID, SAVE};
+  command.force = force;
+  (void)call(command, "saving");
+}
 
-std::string Store::call(int32_t command, std::string input, const std::string& what) {
+std::string Store::status() { return call(bridge::StatusRequest{}, "asking for the state").output; }
+
+void Store::subscribe() { (void)call(bridge::Subscription{}, "subscribing"); }
+
+bridge::Reply Store::call(const bridge::Request& request, const std::string& what) {
   if (!connection_) connection_.emplace(socketPath_, timeout_);
-  bridge::Reply reply = connection_->exchange({LPARAMS_MODULE_ID, command, std::move(input)});
+  bridge::Reply reply = connection_->exchange(request);
   if (reply.result == 0) throw Failure(ExitCode::Refused, what + " failed: " + reasonOf(reply));
-  return std::move(reply.output);
+  return reply;
 }
 
 }  // namespace client
