@@ -69,8 +69,7 @@ StartingPoint prepareStart(const StateDirectory& directory, bool allowDefaults) 
   }
   for (const Copy* copy : damaged) moveDamagedAside(*copy);
   if (chosen == nullptr) {
-    log(Level::Notice, "no settings file: starting with the defaults",
-        {{"file", directory.settings()}});
+    log(Level::Notice, "first start: there is no settings file", {{"file", directory.settings()}});
     return {StartingPoint::FirstStart, {}};
   }
   placeFile(directory.settings(), *chosen->text);
