@@ -11,7 +11,6 @@
 #include <optional>
 #include <stop_token>
 #include <thread>
-#include <vector>
 
 #include "agent/bridge/authorisation.h"
 #include "agent/bridge/bridge_server.h"
@@ -26,7 +25,6 @@
 namespace agent {
 namespace {
 
-constexpr int BRIDGE_THREADS = 4;
 constexpr std::chrono::seconds DRAIN_LIMIT{15};  // for commands that run when the agent is stopped
 
 /// Tells the service manager, again and again, that the bridge's threads do their work.
@@ -69,7 +67,7 @@ void serve(const Options& options, LPARAMS::Server::Server_t& server, SettingsKe
   if (!options.acceptAny) check.emplace(server, options.maxUsers);
   ChangeTracker changes(server);
 
-  asio::io_context io(BRIDGE_THREADS);
+  asio::io_context io(1);  // runs on this thread alone
   std::optional<BridgeServer> bridge;
   CommandService service(changes, check ? &*check : nullptr,
                          [&] { return statusOf(options, server, keeper, *bridge); });
@@ -89,8 +87,6 @@ void serve(const Options& options, LPARAMS::Server::Server_t& server, SettingsKe
   log(Level::Info, "listening", {{"socket", options.socket}});
   notifyServiceManager("READY=1");
 
-  std::vector<std::jthread> threads;
-  for (int i = 1; i < BRIDGE_THREADS; ++i) threads.emplace_back([&] { io.run(); });
   io.run();
 }
 

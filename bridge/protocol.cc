@@ -74,12 +74,11 @@ void putBody(std::string& out, const Event& event) {
 
 template <typename Variant>
 std::string frame(const Variant& content) {
-  std::string body;
-  std::visit([&](const auto& alternative) { putBody(body, alternative); }, content);
-  std::string out;
-  out.reserve(FRAME_HEAD_SIZE + body.size());
-  put(out, static_cast<uint32_t>(body.size()));
-  return out += body;
+  std::string out(FRAME_HEAD_SIZE, '\0');
+  std::visit([&](const auto& alternative) { putBody(out, alternative); }, content);
+  const auto size = static_cast<uint32_t>(out.size() - FRAME_HEAD_SIZE);
+  std::memcpy(out.data(), &size, sizeof size);
+  return out;
 }
 
 bool takeBody(std::string_view bytes, Command& command) {

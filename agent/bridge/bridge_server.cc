@@ -5,7 +5,6 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-#include <asio/post.hpp>
 #include <cerrno>
 #include <filesystem>
 #include <stdexcept>
@@ -90,12 +89,7 @@ std::optional<BridgeSession> peerOf(Session::Socket& socket) {
 
 BridgeServer::BridgeServer(asio::io_context& io, std::string path, std::optional<gid_t> group,
                            CommandService& service)
-    : io_(io),
-      service_(service),
-      path_(std::move(path)),
-      strand_(asio::make_strand(io)),
-      acceptor_(strand_),
-      retry_(strand_) {
+    : io_(io), service_(service), path_(std::move(path)), acceptor_(io), retry_(io) {
   const stream_protocol::endpoint endpoint = endpointAt(path_);
   prepareDirectory(path_, group);
   removeStale(io, endpoint);
@@ -112,61 +106,46 @@ BridgeServer::BridgeServer(asio::io_context& io, std::string path, std::optional
   }
   if (!error) (void)acceptor_.listen(asio::socket_base::max_listen_connections, error);
   if (error) fail(path_, "cannot be listened on: " + error.message());
-  asio::post(strand_, [this] { acceptNext(); });
+  acceptNext();
 }
 
 BridgeServer::~BridgeServer() { (void)::unlink(path_.c_str()); }
 
 void BridgeServer::acceptNext() {
-  if (!acceptor_.is_open()) return;
-  acceptor_.async_accept(
-      asio::make_strand(io_), [this](const asio::error_code& error, Session::Socket socket) {
-        if (error == asio::error::operation_aborted) return;
-        if (!error) {
-          open(std::move(socket));
-          return acceptNext();
-        }
-        log(Level::Error, "a client could not be taken", {{"reason", error.message()}});
-        retry_.expires_after(RETRY_PAUSE);
-        retry_.async_wait([this](const asio::error_code& cancelled) {
-          if (!cancelled) acceptNext();
-        });
-      });
+  acceptor_.async_accept([this](const asio::error_code& error, Session::Socket socket) {
+    if (!acceptor_.is_open()) return;
+    if (!error) {
+      open(std::move(socket));
+      return acceptNext();
+    }
+    log(Level::Error, "a client could not be taken", {{"reason", error.message()}});
+    retry_.expires_after(RETRY_PAUSE);
+    retry_.async_wait([this](const asio::error_code& cancelled) {
+      if (!cancelled) acceptNext();
+    });
+  });
 }
 
 void BridgeServer::open(Session::Socket socket) {
   const auto peer = peerOf(socket);
   if (!peer) return;
-  const std::lock_guard lock(mutex_);
-  if (stopped_) return;
   if (sessions_.size() >= MAX_SESSIONS) {
     log(Level::Warning, "a client was turned away: too many sessions",
         {{"sessions", static_cast<long long>(sessions_.size())}, {"uid", peer->uid}});
     return;
   }
   const auto place = sessions_.emplace(sessions_.end());
-  auto session = std::make_shared<Session>(std::move(socket), *peer, service_, [this, place] {
-    const std::lock_guard endLock(mutex_);
-    sessions_.erase(place);
-  });
+  auto session = std::make_shared<Session>(std::move(socket), *peer, service_,
+                                           [this, place] { sessions_.erase(place); });
   *place = session;
   session->start();
 }
 
-size_t BridgeServer::sessions() const {
-  const std::lock_guard lock(mutex_);
-  return sessions_.size();
-}
-
 void BridgeServer::stop() {
-  asio::post(strand_, [this] {
-    asio::error_code ignored;
-    (void)acceptor_.close(ignored);
-    retry_.cancel();
-  });
-  const std::lock_guard lock(mutex_);
-  stopped_ = true;
-  for (const auto& weak : sessions_) {
+  asio::error_code ignored;
+  (void)acceptor_.close(ignored);
+  retry_.cancel();
+  for (const auto& weak : std::list(sessions_)) {  // a copy: a session that ends leaves the list
     if (const auto session = weak.lock()) session->stop();
   }
 }

@@ -3,10 +3,9 @@
 
 #include <asio/io_context.hpp>
 #include <asio/local/stream_protocol.hpp>
-#include <asio/strand.hpp>
+#include <asio/steady_timer.hpp>
 #include <list>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 
@@ -15,8 +14,8 @@
 
 namespace agent {
 
-/// Listens on a Unix stream socket and serves each client that connects, on whichever threads run
-/// the context.
+/// Listens on a Unix stream socket and serves each client that connects. Runs on the one thread
+/// that runs the context, and is used on no other.
 class BridgeServer {
  public:
   /// Starts to listen. A directory that is not there is made, and a socket that nobody listens on
@@ -26,17 +25,17 @@ class BridgeServer {
   BridgeServer(asio::io_context& io, std::string path, std::optional<gid_t> group,
                CommandService& service);
 
-  /// Removes the socket. REQUIRES: no thread runs the context any more.
+  /// Removes the socket. REQUIRES: the context has run out of work.
   ~BridgeServer();
 
   BridgeServer(const BridgeServer&) = delete;
   BridgeServer& operator=(const BridgeServer&) = delete;
 
   /// Takes no more clients and ends every session when its running command has been answered; the
-  /// context then runs out of work. Thread-safe.
+  /// context then runs out of work.
   void stop();
 
-  size_t sessions() const;
+  size_t sessions() const { return sessions_.size(); }
 
  private:
   void acceptNext();
@@ -45,13 +44,9 @@ class BridgeServer {
   asio::io_context& io_;
   CommandService& service_;
   const std::string path_;
-  asio::strand<asio::io_context::executor_type> strand_;  // of the acceptor
   asio::local::stream_protocol::acceptor acceptor_;
   asio::steady_timer retry_;  // while no client can be taken, e.g. for want of descriptors
-
-  mutable std::mutex mutex_;  // protects everything below
   std::list<std::weak_ptr<Session>> sessions_;
-  bool stopped_ = false;
 };
 
 }  // namespace agent

@@ -1,10 +1,10 @@
 #include "agent/bridge/session.h"
 
-#include <asio/bind_executor.hpp>
 #include <asio/buffer.hpp>
+#include <asio/executor_work_guard.hpp>
 #include <asio/post.hpp>
-#include <asio/write.hpp>
 #include <utility>
+#include <variant>
 
 #include "agent/bridge/listener_registry.h"
 #include "agent/log.h"
@@ -33,23 +33,25 @@ Session::Session(Socket socket, BridgeSession peer, CommandService& service,
       peer_(std::move(peer)),
       service_(service),
       onEnd_(std::move(onEnd)),
-      lastProgress_(Clock::now()) {}
+      lastProgress_(Clock::now()) {
+  socket_.non_blocking(true);
+}
 
 void Session::start() {
-  asio::post(socket_.get_executor(), [self = shared_from_this()] {
-    self->watchClock();
-    self->readMore();
-  });
+  watchClock();
+  readMore();
 }
 
 void Session::stop() {
-  asio::post(socket_.get_executor(), [self = shared_from_this()] { self->endAfterWriting(); });
+  stopping_ = true;
+  endIfStopped();
 }
 
 void Session::readMore() {
-  if (ended_) return;
+  if (ended_ || std::exchange(reading_, true)) return;
   socket_.async_read_some(asio::buffer(chunk_),
                           [self = shared_from_this()](const asio::error_code& error, size_t size) {
+                            self->reading_ = false;
                             if (error) return self->end();
                             if (self->input_.empty()) self->lastProgress_ = Clock::now();
                             self->input_.append(self->chunk_.data(), size);
@@ -57,13 +59,20 @@ void Session::readMore() {
                           });
 }
 
-/// Handles what has arrived; returns to reading, unless a reply has to be written first.
+/// Handles what has arrived, as far as it is complete. A client that does not take its replies, or
+/// whose command runs, is not read from.
 void Session::handleInput() {
-  const bool handled = greeted_ ? handleFrame() : handleHello();
-  if (!handled) readMore();
+  while (!ended_ && !stopping_ && !busy()) {
+    if (greeted_ ? handleFrame() : handleHello()) {
+      begun_ = false;
+      continue;
+    }
+    if (!input_.empty() && !std::exchange(begun_, true)) lastProgress_ = Clock::now();
+    return readMore();
+  }
 }
 
-/// Each handler returns false if the bytes are not all there yet.
+// Each handler returns false if the bytes are not all there yet.
 
 bool Session::handleHello() {
   if (input_.size() < bridge::HELLO_SIZE) return false;
@@ -81,7 +90,7 @@ bool Session::handleHello() {
   } else {
     stopping_ = true;  // the answer tells the client which version would be right
   }
-  write(bridge::encodeHello());
+  send(bridge::encodeHello());
   return true;
 }
 
@@ -90,96 +99,118 @@ bool Session::handleFrame() {
   const uint32_t size = bridge::decodeFrameHead(input_);
   if (size > bridge::MAX_FRAME_SIZE) {
     stopping_ = true;
-    write(bridge::encode(
-        failure(bridge::Reason::MalformedFrame, "a frame of " + std::to_string(size) +
-                                                    " bytes is over the limit of " +
-                                                    std::to_string(bridge::MAX_FRAME_SIZE))));
+    send(failure(bridge::Reason::MalformedFrame, "a frame of " + std::to_string(size) +
+                                                     " bytes is over the limit of " +
+                                                     std::to_string(bridge::MAX_FRAME_SIZE)));
     return true;
   }
   if (input_.size() - bridge::FRAME_HEAD_SIZE < size) return false;
-  std::string reply = answer(std::string_view(input_).substr(bridge::FRAME_HEAD_SIZE, size));
+  auto request =
+      bridge::decodeRequest(std::string_view(input_).substr(bridge::FRAME_HEAD_SIZE, size));
   input_.erase(0, bridge::FRAME_HEAD_SIZE + size);
-  write(std::move(reply));
+  if (request) {
+    handleRequest(std::move(*request));
+  } else {
+    stopping_ = true;
+    send(failure(bridge::Reason::MalformedFrame, "the frame holds no request"));
+  }
   return true;
 }
 
-/// Returns the frame of the reply.
-std::string Session::answer(std::string_view frame) {
-  const auto request = bridge::decodeRequest(frame);
-  bridge::Reply reply;
-  if (!request) {
-    stopping_ = true;
-    reply = failure(bridge::Reason::MalformedFrame, "the frame holds no request");
-  } else if (const auto* command = std::get_if<bridge::Command>(&*request)) {
-    reply = service_.execute(peer_, *command);
-  } else if (std::holds_alternative<bridge::Subscription>(*request)) {
-    reply = subscribe();
+void Session::handleRequest(bridge::Request request) {
+  if (auto* command = std::get_if<bridge::Command>(&request)) {
+    if (!CommandService::isQuick(*command)) return runOnWorker(std::move(*command));
+    send(service_.execute(peer_, *command));
+  } else if (std::holds_alternative<bridge::Subscription>(request)) {
+    send(subscribe());
   } else {
-    reply = service_.status();
+    send(service_.status());
   }
+}
+
+void Session::runOnWorker(bridge::Command command) {
+  running_ = true;
+  asio::post(service_.workers(), [self = shared_from_this(), command = std::move(command),
+                                  work = asio::make_work_guard(socket_.get_executor())] {
+    asio::post(work.get_executor(),
+               [self, reply = self->service_.execute(self->peer_, command)]() mutable {
+                 self->running_ = false;
+                 if (self->ended_) return self->leave();
+                 self->send(std::move(reply));
+                 self->handleInput();
+               });
+  });
+}
+
+bridge::Reply Session::subscribe() {
+  if (!subscription_) {
+    // Called on the thread of whoever has written.
+    subscription_ = service_.changes().subscribe([weak = weak_from_this()](const auto& event) {
+      const auto self = weak.lock();
+      if (!self) return;
+      asio::post(self->socket_.get_executor(),
+                 [self, event] { self->send(bridge::encode(event)); });
+    });
+  }
+  return {1};
+}
+
+void Session::send(bridge::Reply reply) {
   if (reply.output.size() > bridge::MAX_REPLY_OUTPUT) {
     reply = failure(
         bridge::Reason::ReplyTooLarge,
         "the output of " + std::to_string(reply.output.size()) + " bytes does not fit a frame");
   }
-  return bridge::encode(std::move(reply));
+  send(bridge::encode(std::move(reply)));
 }
 
-bridge::Reply Session::subscribe() {
-  if (!subscription_) {
-    // Called on other sessions' threads; the event is handled in this one's strand.
-    subscription_ = service_.changes().subscribe([weak = weak_from_this()](const auto& event) {
-      const auto self = weak.lock();
-      if (!self) return;
-      asio::post(self->socket_.get_executor(), [self, event] { self->deliver(event); });
-    });
-  }
-  return {.result = 1};
-}
-
-void Session::deliver(const bridge::Event& event) {
+void Session::send(std::string frame) {
+  if (ended_) return;
   if (output_.size() >= MAX_PENDING) {
     log(Level::Warning, "session closed: the client does not take its events",
         {{"uid", peer_.uid}, {"pid", peer_.pid}});
     return end();
   }
-  if (ended_) return;
-  output_.push_back(bridge::encode(event));
-  if (output_.size() == 1) writeNext();
+  output_.push_back(std::move(frame));
+  flush();
 }
 
-/// Writes a reply; what the client sends is looked at again when it has been taken.
-void Session::write(std::string bytes) {
-  answering_ = true;
-  output_.push_back(std::move(bytes));
-  if (output_.size() == 1) writeNext();
+/// Writes what the socket takes at once, and comes back when it takes more.
+void Session::flush() {
+  if (ended_ || waitingToWrite_) return;
+  while (!output_.empty()) {
+    asio::error_code error;
+    written_ += socket_.write_some(asio::buffer(output_.front()) + written_, error);
+    if (error == asio::error::would_block) {
+      waitingToWrite_ = true;
+      lastProgress_ = Clock::now();
+      return socket_.async_wait(Socket::wait_write,
+                                [self = shared_from_this()](const asio::error_code& failed) {
+                                  self->waitingToWrite_ = false;
+                                  if (failed) return self->end();
+                                  self->flush();
+                                  self->handleInput();
+                                });
+    }
+    if (error) return end();
+    if (written_ == output_.front().size()) {
+      output_.pop_front();
+      written_ = 0;
+    }
+  }
+  endIfStopped();
 }
 
-void Session::writeNext() {
-  if (ended_) return;
-  lastProgress_ = Clock::now();
-  asio::async_write(socket_, asio::buffer(output_.front()),
-                    [self = shared_from_this()](const asio::error_code& error, size_t /*size*/) {
-                      if (error) return self->end();
-                      self->lastProgress_ = Clock::now();
-                      self->output_.pop_front();
-                      if (!self->output_.empty()) return self->writeNext();
-                      if (self->stopping_) return self->end();
-                      if (std::exchange(self->answering_, false)) self->handleInput();
-                    });
-}
-
-void Session::endAfterWriting() {
-  stopping_ = true;
-  if (output_.empty()) end();
+void Session::endIfStopped() {
+  if (stopping_ && !busy()) end();
 }
 
 void Session::watchClock() {
   timer_.expires_after(CLOCK_TICK);
   timer_.async_wait([self = shared_from_this()](const asio::error_code& error) {
     if (error || self->ended_) return;
-    const bool owesSomething = !self->greeted_ || !self->input_.empty() || !self->output_.empty();
-    if (owesSomething && Clock::now() - self->lastProgress_ > PATIENCE) {
+    const bool clientsTurn = !self->greeted_ || !self->input_.empty() || !self->output_.empty();
+    if (clientsTurn && !self->running_ && Clock::now() - self->lastProgress_ > PATIENCE) {
       log(Level::Warning, "session closed: the client does not go on with what it has begun",
           {{"uid", self->peer_.uid}, {"pid", self->peer_.pid}});
       return self->end();
@@ -193,6 +224,10 @@ void Session::end() {
   asio::error_code ignored;
   socket_.close(ignored);
   timer_.cancel();
+  if (!running_) leave();  // else when the command is done
+}
+
+void Session::leave() {
   if (subscription_) service_.changes().unsubscribe(*subscription_);
   if (greeted_) listenerRegistry().sessionClosed(peer_);
   onEnd_();
