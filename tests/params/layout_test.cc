@@ -7,7 +7,7 @@
 #include "lparams/params/numeric_param.h"
 #include "tests/support/object_layout.h"
 #include "tests/support/param_forms.h"
-#include "tests/support/recording_load_log.h"
+#include "tests/support/readable_bytes.h"
 
 namespace LPARAMS::Server {
 namespace {
