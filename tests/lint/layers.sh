@@ -4,7 +4,8 @@
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 
-# Each layer, and the layers that it may include besides itself. The tests may include all.
+# Each layer, and the layers that it may include besides itself. The tests and the benchmark may
+# include all.
 declare -A may_include=(
   [platform]=''
   [lparams/params]='platform'
@@ -42,6 +43,6 @@ while IFS=: read -r file line include; do
     [[ $included != */* && $included != *.hpp ]] ||
       fault "$file:$line: the module must not depend on $included"
   fi
-done < <(git grep --untracked -nE '^ *# *include' -- '*.h' '*.cc' ':!tests/')
+done < <(git grep --untracked -nE '^ *# *include' -- '*.h' '*.cc' ':!tests/' ':!bench/')
 
 ((faults == 0))
