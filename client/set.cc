@@ -26,7 +26,7 @@ void apply(const Change& change, Param& param) {
 /// Checks everything but that an entry exists.
 Change parseChange(Settings& settings, const std::string& text) {
   const Assignment assignment = parseAssignment(text);
-  const Change change{settings.place(assignment.name), assignment};
+  Change change{settings.place(assignment.name), assignment};
   apply(change, settings.example(change.place));
   return change;
 }

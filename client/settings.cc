@@ -20,8 +20,9 @@ namespace client {
 using namespace LPARAMS::Server;
 
 ParamGroup& Settings::group(const std::string& name) {
-  const auto found = std::ranges::find_if(groups, [&](auto* group) { return name == group->name; });
-  if (found != groups.end()) return **found;
+  for (ParamGroup* group : groups) {
+    if (name == group->name) return *group;
+  }
   throw Failure(ExitCode::Usage,
                 "there is no group " + inQuotes(name) + "; the groups are " + namesOf(groups));
 }
@@ -74,8 +75,9 @@ std::string entryName(size_t index) { return "USERS[" + std::to_string(index) + 
 
 Param& wireMember(ParamGroup& group, const std::string& member, const std::string& groupName) {
   const auto isMember = [&](const Param* param) { return member == param->name; };
-  const auto found = std::ranges::find_if(group.wireParams, isMember);
-  if (found != group.wireParams.end()) return **found;
+  for (Param* param : group.wireParams) {
+    if (isMember(param)) return *param;
+  }
   if (std::ranges::any_of(group.fileParams, isMember)) {
     throw Failure(ExitCode::Usage, groupName + "." + member +
                                        " stays in the settings file: the bridge does not carry it");

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include "tests/support/readable_bytes.h"
 
 using testing_support::hex;
@@ -12,6 +14,14 @@ namespace {
 
 /// What stands behind the head of an encoded message.
 std::string body(const std::string& frame) { return frame.substr(FRAME_HEAD_SIZE); }
+
+auto fields(const Command& command) {
+  return std::tie(command.module, command.command, command.input);
+}
+
+auto fields(const Reply& reply) {
+  return std::tie(reply.result, reply.reason, reply.text, reply.output);
+}
 
 const Command READ_LOG{13, 1, std::string("\x03\0\0\0LOG", 7)};
 const Command EMPTY_COMMAND{};
@@ -56,12 +66,8 @@ TEST(BridgeFrame, HeadIsTheSizeOfWhatFollows) {
   EXPECT_EQ(decodeFrameHead(unhex("00 00 00 00")), 0U);
   EXPECT_EQ(decodeFrameHead(unhex("00 00 00 01")), MAX_FRAME_SIZE);
   EXPECT_EQ(decodeFrameHead(unhex("FF FF FF FF")), 0xFFFFFFFFU);
-  for (const Command& command : {READ_LOG, EMPTY_COMMAND, EXTREME_COMMAND}) {
-    const std::string frame = encode(command);
-    EXPECT_EQ(decodeFrameHead(frame), frame.size() - FRAME_HEAD_SIZE);
-  }
-  for (const Reply& reply : {DONE, REFUSED, EXTREME_REPLY}) {
-    const std::string frame = encode(reply);
+  for (const std::string& frame : {encode(READ_LOG), encode(EMPTY_COMMAND), encode(EXTREME_COMMAND),
+                                   encode(DONE), encode(REFUSED), encode(EXTREME_REPLY)}) {
     EXPECT_EQ(decodeFrameHead(frame), frame.size() - FRAME_HEAD_SIZE);
   }
 }
@@ -80,9 +86,7 @@ TEST(BridgeCommand, ComesBackAsItWas) {
   for (const Command& command : {READ_LOG, EMPTY_COMMAND, EXTREME_COMMAND}) {
     Command decoded{99, 99, "old"};
     ASSERT_TRUE(decode(body(encode(command)), decoded));
-    EXPECT_EQ(decoded.module, command.module);
-    EXPECT_EQ(decoded.command, command.command);
-    EXPECT_EQ(decoded.input, command.input);
+    EXPECT_EQ(fields(decoded), fields(command));
   }
 }
 
@@ -126,10 +130,7 @@ TEST(BridgeReply, ComesBackAsItWas) {
   for (const Reply& reply : {DONE, REFUSED, EXTREME_REPLY}) {
     Reply decoded{99, Reason::MalformedFrame, "old", "old"};
     ASSERT_TRUE(decode(body(encode(reply)), decoded));
-    EXPECT_EQ(decoded.result, reply.result);
-    EXPECT_EQ(decoded.reason, reply.reason);
-    EXPECT_EQ(decoded.text, reply.text);
-    EXPECT_EQ(decoded.output, reply.output);
+    EXPECT_EQ(fields(decoded), fields(reply));
   }
 }
 

@@ -24,7 +24,7 @@ TEST(ClientCommandLine, EveryCommandHasHelp) {
   const std::vector<std::string> commands[] = {
       {}, {"show"}, {"get"}, {"set"}, {"user"}, {"save"}, {"user", "add"}, {"user", "del"}};
   for (std::vector<std::string> arguments : commands) {
-    arguments.push_back("--help");
+    arguments.emplace_back("--help");
     const Outcome outcome = runClient(arguments);
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_THAT(outcome.out, HasSubstr("Usage: lparamsctl"));

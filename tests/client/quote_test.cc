@@ -16,12 +16,12 @@ struct Row {
 };
 
 const Row ROWS[] = {
-    {"", "", "\"\""},
-    {"one two", "one two", "\"one two\""},
-    {"a\nb", "a\\x0ab", "\"a\\x0ab\""},
-    {"\x1b[31m", "\\x1b[31m", "\"\\x1b[31m\""},
-    {"\0\t\x1f\x7f"s, "\\x00\\x09\\x1f\\x7f", "\"\\x00\\x09\\x1f\\x7f\""},
-    {"say \"\\x0a\"", "say \"\\x0a\"", "\"say \\\"\\\\x0a\\\"\""},
+    {"", "", R"("")"},
+    {"one two", "one two", R"("one two")"},
+    {"a\nb", R"(a\x0ab)", R"("a\x0ab")"},
+    {"\x1b[31m", R"(\x1b[31m)", R"("\x1b[31m")"},
+    {"\0\t\x1f\x7f"s, R"(\x00\x09\x1f\x7f)", R"("\x00\x09\x1f\x7f")"},
+    {R"(say "\x0a")", R"(say "\x0a")", R"("say \"\\x0a\"")"},
     {"\xd0\xb9\x80", "\xd0\xb9\x80", "\"\xd0\xb9\x80\""},
 };
 

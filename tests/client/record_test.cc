@@ -44,22 +44,24 @@ TEST(ClientRecord, FillsTheGroup) {
   EXPECT_EQ(settings.admin.ADMIN_GROUP.value, "ops");
 }
 
+/// Of what begins like the record, the group takes nothing but the record itself.
+void expectOnly(const std::string& record, LPARAMS::Server::ParamGroup& group) {
+  const std::string refusal = std::string("3: the agent's record of ") + group.name + " is ";
+  for (size_t size = 0; size < record.size(); ++size) {
+    EXPECT_EQ(decoding(group, record.substr(0, size)), refusal + "too short");
+  }
+  EXPECT_EQ(decoding(group, record), "no failure");
+  EXPECT_EQ(wireBytes(group), record);
+  EXPECT_EQ(decoding(group, record + "abc"), refusal + "too long; bytes left over: 3");
+}
+
 TEST(ClientRecord, IsRefusedIfItIsNotExactlyOne) {
   Settings filled;
   listAdd(filled.users)->NAME.value = "anna";
   listAdd(filled.users)->NAME.value = "boris";
+  Settings settings;
   for (size_t i = 0; i < filled.groups.size(); ++i) {
-    const std::string record = wireBytes(*filled.groups[i]);
-    const std::string name = filled.groups[i]->name;
-    Settings settings;
-    for (size_t size = 0; size < record.size(); ++size) {
-      EXPECT_EQ(decoding(*settings.groups[i], record.substr(0, size)),
-                "3: the agent's record of " + name + " is too short");
-    }
-    EXPECT_EQ(decoding(*settings.groups[i], record), "no failure");
-    EXPECT_EQ(wireBytes(*settings.groups[i]), record);
-    EXPECT_EQ(decoding(*settings.groups[i], record + "abc"),
-              "3: the agent's record of " + name + " is too long; bytes left over: 3");
+    expectOnly(wireBytes(*filled.groups[i]), *settings.groups[i]);
   }
 }
 

@@ -113,8 +113,9 @@ TEST(ClientSet, RefusalAmongSeveralGroupsTellsWhichAreWritten) {
   Settings settings;
   ScriptedAgent agent({done(wireBytes(settings.ike)), done(unhex(ADMIN_RECORD)),
                        done(wireBytes(settings.log)), done(), refused("no\nentry")});
-  EXPECT_EQ(runSet(agent, {"IKE.IKE_PORT=501", "ADMIN.SESSION_EXPTIME=1", "LOG.WALL_ON=0"}),
-            failed(1, "writing ADMIN failed: no\\x0aentry; written: IKE; not written: ADMIN, LOG"));
+  EXPECT_EQ(
+      runSet(agent, {"IKE.IKE_PORT=501", "ADMIN.SESSION_EXPTIME=1", "LOG.WALL_ON=0"}),
+      failed(1, R"(writing ADMIN failed: no\x0aentry; written: IKE; not written: ADMIN, LOG)"));
 }
 
 TEST(ClientSet, LostReplyTellsThatTheGroupMayBeWritten) {
@@ -145,7 +146,7 @@ TEST(ClientSet, NothingToDoIsNoError) {
 TEST(ClientSet, TakesBackWhatShowPrints) {
   Settings settings;
   settings.ike.QCD_SECRET.value = "s3cret";
-  settings.policy.PMP_SERVERS.value = " a, b=c \"d\" \\x0a ";
+  settings.policy.PMP_SERVERS.value = R"( a, b=c "d" \x0a )";
   settings.policy.PSK_NAME.value = "two\nlines";
   listAdd(settings.users)->NAME.value = "anna";
   std::vector<bridge::Reply> reads;

@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <string>
+#include <tuple>
 
 #include "tests/client/failure_message.h"
 
@@ -11,6 +13,7 @@ namespace {
 
 using client_testing::failureOf;
 using LPARAMS::Server::Param;
+using LPARAMS::Server::ParamGroup;
 
 std::string malformed(const std::string& quotedName) {
   return "2: " + quotedName +
@@ -40,7 +43,7 @@ const Row WRONG_NAMES[] = {
     {"", malformed("\"\"")},
     {"IKE", malformed("\"IKE\"")},
     {"IKE_PORT", malformed("\"IKE_PORT\"")},
-    {"a\nb", malformed("\"a\\x0ab\"")},
+    {"a\nb", malformed(R"("a\x0ab")")},
     {"IKE[0].IKE_PORT", malformed("\"IKE[0].IKE_PORT\"")},
     {"FOO[0].BAR", noGroup("\"FOO\"")},
     {"USERS.NAME", malformed("\"USERS.NAME\"")},
@@ -82,29 +85,27 @@ TEST(ClientSettings, WrongNameIsRefusedInWords) {
   }
 }
 
+/// The place of every parameter that the bridge carries of the group or entry is found by its name.
+void expectPlaces(Settings& settings, ParamGroup& owner, const std::string& name,
+                  const Place& expected) {
+  for (Param* param : owner.wireParams) {
+    const Place place = settings.place(name + "." + param->name);
+    EXPECT_EQ(std::tie(place.group, place.entry), std::tie(expected.group, expected.entry));
+    EXPECT_EQ(&settings.param(place), param);
+  }
+}
+
 TEST(ClientSettings, EveryParameterOfTheBridgeIsFoundByItsName) {
   Settings settings;
-  for (auto* group : settings.groups) {
-    for (Param* param : group->wireParams) {
-      const Place place = settings.place(std::string(group->name) + "." + param->name);
-      EXPECT_EQ(place.group, group);
-      EXPECT_FALSE(place.entry);
-      EXPECT_EQ(place.member, param->name);
-      EXPECT_EQ(&settings.param(place), param);
-    }
+  for (ParamGroup* group : settings.groups) {
+    expectPlaces(settings, *group, group->name, {group, std::nullopt, ""});
   }
 }
 
 TEST(ClientSettings, EntriesAreFoundByTheirIndex) {
   Settings settings;
-  listAdd(settings.users);
-  LPARAMS::Server::USER_t* const second = listAdd(settings.users);
-  for (Param* param : second->wireParams) {
-    const Place place = settings.place(entryName(1) + "." + param->name);
-    EXPECT_EQ(place.group, &settings.users);
-    EXPECT_EQ(place.entry, 1U);
-    EXPECT_EQ(&settings.param(place), param);
-  }
+  expectPlaces(settings, *listAdd(settings.users), "USERS[0]", {&settings.users, 0, ""});
+  expectPlaces(settings, *listAdd(settings.users), "USERS[1]", {&settings.users, 1, ""});
 }
 
 TEST(ClientSettings, EntryMayBeMissingUntilItIsUsed) {
@@ -123,7 +124,7 @@ TEST(ClientSettings, EntryMayBeMissingUntilItIsUsed) {
 TEST(ClientSettings, GroupsStandInTheOrderOfTheSettingsFile) {
   Settings settings;
   std::string names;
-  for (auto* group : settings.groups) {
+  for (ParamGroup* group : settings.groups) {
     EXPECT_EQ(&settings.group(group->name), group);
     names += std::string(group->name) + " ";
   }

@@ -75,7 +75,7 @@ TEST(ClientUserAdd, OneMistakeAndTheListIsNotAskedFor) {
     const char* message;
   } ROWS[] = {
       {{"add", ""}, "a user needs a name"},
-      {{"add", "a\nb"}, "NAME: \"a\\x0ab\" is not one line of text without control characters"},
+      {{"add", "a\nb"}, R"(NAME: "a\x0ab" is not one line of text without control characters)"},
       {{"add", "anna", "PMP_TIMEOUT=1"},
        "PMP_TIMEOUT: \"1\" is not a whole number from 5 to 4294967295"},
       {{"add", "anna", "PMP_TIMEOUT"}, "an assignment has no \"=\"; write NAME=VALUE"},

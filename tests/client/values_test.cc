@@ -74,7 +74,7 @@ const IllegalRow ILLEGAL[] = {
     {"IKE.IKE_PORT", "+1", "IKE.IKE_PORT: \"+1\" is not a whole number from 1 to 65535"},
     {"IKE.IKE_PORT", " 1", "IKE.IKE_PORT: \" 1\" is not a whole number from 1 to 65535"},
     {"IKE.IKE_PORT", "1 ", "IKE.IKE_PORT: \"1 \" is not a whole number from 1 to 65535"},
-    {"IKE.IKE_PORT", "1\n", "IKE.IKE_PORT: \"1\\x0a\" is not a whole number from 1 to 65535"},
+    {"IKE.IKE_PORT", "1\n", R"(IKE.IKE_PORT: "1\x0a" is not a whole number from 1 to 65535)"},
     {"IKE.IKE_PORT", "1.0", "IKE.IKE_PORT: \"1.0\" is not a whole number from 1 to 65535"},
     {"IKE.IKE_PORT", "0x1", "IKE.IKE_PORT: \"0x1\" is not a whole number from 1 to 65535"},
     {"IKE.IKE_PORT", "five", "IKE.IKE_PORT: \"five\" is not a whole number from 1 to 65535"},
@@ -98,11 +98,11 @@ const IllegalRow ILLEGAL[] = {
      "IKE.IPSEC_TFC_PADDING: \"TFC_PADDING_ON|TFC_PADDING_OFF\" is not one of TFC_PADDING_OFF, "
      "TFC_PADDING_ON"},
     {"ADMIN.ADMIN_GROUP", "a\nIKE_PORT=1",
-     "ADMIN.ADMIN_GROUP: \"a\\x0aIKE_PORT=1\" is not one line of text without control characters"},
+     R"(ADMIN.ADMIN_GROUP: "a\x0aIKE_PORT=1" is not one line of text without control characters)"},
     {"ADMIN.ADMIN_GROUP", "a\0"s,
-     "ADMIN.ADMIN_GROUP: \"a\\x00\" is not one line of text without control characters"},
+     R"(ADMIN.ADMIN_GROUP: "a\x00" is not one line of text without control characters)"},
     {"ADMIN.ADMIN_GROUP", "a\r",
-     "ADMIN.ADMIN_GROUP: \"a\\x0d\" is not one line of text without control characters"},
+     R"(ADMIN.ADMIN_GROUP: "a\x0d" is not one line of text without control characters)"},
     {"IKE.QCD_SECRET", "s3cret\n",
      "IKE.QCD_SECRET: the value is not one line of text without control characters"},
 };
