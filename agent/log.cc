@@ -25,7 +25,12 @@ const char* nameOf(Level level) {
 
 bool g_journal = false;
 
-bool isPlain(char c) { return c > ' ' && c < '\x7f' && c != '"' && c != '\\' && c != '='; }
+bool isPlainByte(char c) { return c > ' ' && c < '\x7f' && c != '"' && c != '\\' && c != '='; }
+
+/// A value that needs no quotes.
+bool isPlain(const std::string& value) {
+  return !value.empty() && value.size() <= MAX_QUOTED && std::ranges::all_of(value, isPlainByte);
+}
 
 void appendEscaped(std::string& out, char c) {
   constexpr char DIGITS[] = "0123456789abcdef";
@@ -59,9 +64,8 @@ void log(Level level, std::string_view message, std::initializer_list<Field> fie
   if (g_journal) line.append("<").append(std::to_string(static_cast<int>(level))).append(">");
   line.append("lparams_agent: ").append(nameOf(level)).append(": ").append(message);
   for (const Field& field : fields) {
-    const bool plain = !field.value.empty() && std::ranges::all_of(field.value, isPlain);
     line.append(" ").append(field.key).append("=");
-    line.append(plain ? field.value : quoted(field.value));
+    line.append(isPlain(field.value) ? field.value : quoted(field.value));
   }
   line += '\n';
   (void)!::write(STDERR_FILENO, line.data(), line.size());

@@ -2,6 +2,7 @@
 #include "client/connection.h"
 
 #include <asio/buffer.hpp>
+#include <asio/error.hpp>
 #include <asio/io_context.hpp>
 #include <asio/local/stream_protocol.hpp>
 #include <asio/read.hpp>
@@ -60,7 +61,11 @@ class Connection::Stream {
       context_.run();  // the operation refers to the caller's bytes until it has been called off
       fail("did not answer within " + std::to_string(timeout_.count()) + " s");
     }
-    if (result == asio::error::eof) fail("closed the connection");
+    for (const std::error_code closed :
+         {std::error_code(asio::error::eof), std::error_code(asio::error::broken_pipe),
+          std::error_code(asio::error::connection_reset)}) {
+      if (result == closed) fail("closed the connection");
+    }
     if (result) fail("cannot be spoken to: " + result.message());
   }
 
@@ -89,9 +94,9 @@ Connection::~Connection() = default;
 bridge::Reply Connection::exchange(const bridge::Request& request) {
   const std::string frame = bridge::encode(request);
   if (frame.size() - bridge::FRAME_HEAD_SIZE > bridge::MAX_FRAME_SIZE) {
-    throw Failure(ExitCode::Usage, "the command is longer than the " +
-                                       std::to_string(bridge::MAX_FRAME_SIZE) +
-                                       " bytes that the bridge takes");
+    throw Failure(ExitCode::Refused, "the command is longer than the " +
+                                         std::to_string(bridge::MAX_FRAME_SIZE) +
+                                         " bytes that the bridge takes");
   }
   stream_->write(frame);
   bridge::Message message = receive();

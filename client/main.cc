@@ -1,5 +1,6 @@
 // lparamsctl: reads and changes the agent's settings from the command line.
 #include <CLI/CLI.hpp>
+#include <chrono>
 #include <iostream>
 #include <string>
 #include <vector>
@@ -21,94 +22,95 @@ struct Arguments {
   bool force = false;
   std::string name;
   std::vector<std::string> assignments;
-
-  Store store() const { return Store(socketPath, std::chrono::seconds(timeout)); }
 };
 
-CLI::App* addCommand(CLI::App& parent, const char* name, const char* description,
-                     const char* notes) {
+using Action = void (*)(Store& store, const Arguments& given);
+
+/// The action runs when the whole command line has been parsed into the arguments.
+CLI::App& addCommand(CLI::App& parent, const char* name, const char* description, const char* notes,
+                     const Arguments& arguments, Action action) {
   CLI::App* const command = parent.add_subcommand(name, description);
   command->footer(notes);
-  return command;
+  command->callback([&arguments, action] {
+    Store store(arguments.socketPath, std::chrono::seconds(arguments.timeout));
+    action(store, arguments);
+  });
+  return *command;
 }
 
 void addShow(CLI::App& app, Arguments& arguments) {
-  CLI::App* const command = addCommand(app, "show", "Print all settings, or one group", SHOW_NOTES);
-  command->add_option("GROUP", arguments.name, "The group; all if it is left out");
-  command->add_flag("--secrets", arguments.secrets, "Print secrets instead of (hidden)");
-  command->callback([&arguments] {
-    Store store = arguments.store();
-    show(store, std::cout, arguments.name, arguments.secrets);
-  });
+  const Action action = [](Store& store, const Arguments& given) {
+    show(store, std::cout, given.name, given.secrets);
+  };
+  CLI::App& command =
+      addCommand(app, "show", "Print all settings, or one group", SHOW_NOTES, arguments, action);
+  command.add_option("GROUP", arguments.name, "The group; all if it is left out");
+  command.add_flag("--secrets", arguments.secrets, "Print secrets instead of (hidden)");
 }
 
 void addGet(CLI::App& app, Arguments& arguments) {
-  CLI::App* const command = addCommand(app, "get", "Print the value of one parameter", GET_NOTES);
-  command->add_option("GROUP.NAME", arguments.name, "The parameter")->required();
-  command->callback([&arguments] {
-    Store store = arguments.store();
-    get(store, std::cout, arguments.name);
-  });
+  const Action action = [](Store& store, const Arguments& given) {
+    get(store, std::cout, given.name);
+  };
+  CLI::App& command =
+      addCommand(app, "get", "Print the value of one parameter", GET_NOTES, arguments, action);
+  command.add_option("GROUP.NAME", arguments.name, "The parameter")->required();
 }
 
 void addSet(CLI::App& app, Arguments& arguments) {
-  CLI::App* const command = addCommand(app, "set", "Change parameters", SET_NOTES);
-  command->add_option("GROUP.NAME=VALUE", arguments.assignments, "The parameters and their values")
+  const Action action = [](Store& store, const Arguments& given) {
+    set(store, given.assignments, std::cin);
+  };
+  CLI::App& command = addCommand(app, "set", "Change parameters", SET_NOTES, arguments, action);
+  command.add_option("GROUP.NAME=VALUE", arguments.assignments, "The parameters and their values")
       ->required();
-  command->callback([&arguments] {
-    Store store = arguments.store();
-    set(store, arguments.assignments, std::cin);
-  });
 }
 
 void addUserCommands(CLI::App& app, Arguments& arguments) {
   CLI::App* const user = app.add_subcommand("user", "Add or remove an entry of the user list");
   user->require_subcommand(1);
 
-  CLI::App* const add = addCommand(*user, "add", "Append an entry", USER_ADD_NOTES);
-  add->add_option("NAME", arguments.name, "The new user's name")->required();
-  add->add_option("FIELD=VALUE", arguments.assignments, "Fields of the entry and their values");
-  add->callback([&arguments] {
-    Store store = arguments.store();
-    addUser(store, arguments.name, arguments.assignments);
-  });
+  const Action addAction = [](Store& store, const Arguments& given) {
+    addUser(store, given.name, given.assignments);
+  };
+  CLI::App& add = addCommand(*user, "add", "Append an entry", USER_ADD_NOTES, arguments, addAction);
+  add.add_option("NAME", arguments.name, "The new user's name")->required();
+  add.add_option("FIELD=VALUE", arguments.assignments, "Fields of the entry and their values");
 
-  CLI::App* const del = addCommand(*user, "del", "Remove an entry", USER_DEL_NOTES);
-  del->add_option("NAME|INDEX", arguments.name, "The user")->required();
-  del->callback([&arguments] {
-    Store store = arguments.store();
-    deleteUser(store, arguments.name);
-  });
+  const Action deleteAction = [](Store& store, const Arguments& given) {
+    deleteUser(store, given.name);
+  };
+  CLI::App& del =
+      addCommand(*user, "del", "Remove an entry", USER_DEL_NOTES, arguments, deleteAction);
+  del.add_option("NAME|INDEX", arguments.name, "The user")->required();
 }
 
 void addSave(CLI::App& app, Arguments& arguments) {
-  CLI::App* const command = addCommand(app, "save", "Write the settings file", SAVE_NOTES);
-  command->add_flag("--force", arguments.force, "Save what the agent would not save otherwise");
-  command->callback([&arguments] {
-    arguments.store().save(arguments.force);
+  const Action action = [](Store& store, const Arguments& given) {
+    store.save(given.force);
     std::cout << "saved\n";
-  });
+  };
+  addCommand(app, "save", "Write the settings file", SAVE_NOTES, arguments, action)
+      .add_flag("--force", arguments.force, "Save what the agent would not save otherwise");
 }
 
 void addStatus(CLI::App& app, Arguments& arguments) {
-  CLI::App* const command = addCommand(app, "status", "Print the agent's state", STATUS_NOTES);
-  command->callback([&arguments] {
-    Store store = arguments.store();
-    status(store, std::cout);
-  });
+  addCommand(app, "status", "Print the agent's state", STATUS_NOTES, arguments,
+             [](Store& store, const Arguments& /*given*/) { status(store, std::cout); });
 }
 
 void addWatch(CLI::App& app, Arguments& arguments) {
-  CLI::App* const command = addCommand(app, "watch", "Print changes as they happen", WATCH_NOTES);
-  command->callback([&arguments] {
-    Store store = arguments.store();
-    watch(store, std::cout);
-  });
+  addCommand(app, "watch", "Print changes as they happen", WATCH_NOTES, arguments,
+             [](Store& store, const Arguments& /*given*/) { watch(store, std::cout); });
 }
 
-/// Cut off at the first "=": a misplaced assignment may hold a secret.
-std::string usageError(const std::string& message) {
-  return escaped(message.substr(0, message.find('='))) + " (see lparamsctl --help)";
+std::string usageError(const CLI::ParseError& error) {
+  std::string message = error.what();
+  // A misplaced assignment may hold a secret: its value is not shown.
+  if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError)) {
+    message = message.substr(0, message.find('='));
+  }
+  return escaped(message) + " (see lparamsctl --help)";
 }
 
 ExitCode run(int argc, char** argv) {
@@ -138,7 +140,7 @@ ExitCode run(int argc, char** argv) {
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
-    if (error.get_exit_code() != 0) throw Failure(ExitCode::Usage, usageError(error.what()));
+    if (error.get_exit_code() != 0) throw Failure(ExitCode::Usage, usageError(error));
     (void)app.exit(error);  // prints the help or the version
   }
   if (!std::cout.flush()) throw Failure(ExitCode::NoAgent, "cannot write the output");

@@ -30,7 +30,7 @@ std::string escaped(std::string_view text) {
   return out;
 }
 
-std::string quoted(std::string_view text) {
+std::string inQuotes(std::string_view text) {
   std::string out = "\"";
   for (const char c : text) {
     if (c == '"' || c == '\\') out += '\\';

@@ -13,6 +13,6 @@ bool hasControlBytes(std::string_view text);
 std::string escaped(std::string_view text);
 
 /// The same between double quotes, with quotes and backslashes escaped too.
-std::string quoted(std::string_view text);
+std::string inQuotes(std::string_view text);
 
 }  // namespace client

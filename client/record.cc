@@ -35,7 +35,8 @@ void decodeRecord(ParamGroup& group, const std::string& record) {
   } catch (const char*) {
     refuse(group, "too short");
   }
-  if (in.pos != in.size) refuse(group, std::to_string(in.size - in.pos) + " bytes too long");
+  if (in.pos != in.size)
+    refuse(group, "too long; bytes left over: " + std::to_string(in.size - in.pos));
 }
 
 }  // namespace client

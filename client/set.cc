@@ -23,13 +23,11 @@ void apply(const Change& change, Param& param) {
   setValue(param, change.assignment.value, change.assignment.name);
 }
 
+/// Checks everything but that an entry exists.
 Change parseChange(Settings& settings, const std::string& text) {
   const Assignment assignment = parseAssignment(text);
-  const Change change{settings.place(assignment.name), assignment};
-  // Tried on values that are still to be read: they are written over.
-  USER_t anyEntry;
-  ParamGroup& owner = change.place.entry ? anyEntry : *change.place.group;
-  apply(change, wireMember(owner, change.place.member, owner.name));
+  Change change{settings.place(assignment.name), assignment};
+  apply(change, settings.example(change.place));
   return change;
 }
 
@@ -51,13 +49,7 @@ std::vector<std::string> expand(const std::vector<std::string>& assignments, std
 using Groups = std::span<ParamGroup* const>;
 
 std::string listed(const char* heading, Groups groups) {
-  if (groups.empty()) return {};
-  std::string text = heading;
-  for (const ParamGroup* group : groups) {
-    if (group != groups.front()) text += ", ";
-    text += group->name;
-  }
-  return text;
+  return groups.empty() ? std::string() : heading + namesOf(groups);
 }
 
 void writeAll(Store& store, Groups groups) {

@@ -9,70 +9,48 @@
 
 namespace LPARAMS::Server {
 
-// The parameter classes report the problems of a load here; the module defines it beside its other
-// objects, which the client does not link, and the client loads no text.
+// The parameter classes refer to it, and its definition in the module stands among objects that the
+// client does not link; it stays null, because the client loads no text.
 constinit LoadLog* g_loadlog = nullptr;
 
 }  // namespace LPARAMS::Server
 
 namespace client {
-namespace {
 
 using namespace LPARAMS::Server;
 
-template <typename Params>
-std::string namesOf(const Params& params) {
-  std::string names;
-  for (const Param* param : params) {
-    if (!names.empty()) names += ", ";
-    names += param->name;
-  }
-  return names;
-}
-
-/// Takes "[1]" off the end of the text. Returns false, with the text unchanged, if there is none.
-bool takeIndex(std::string& text, size_t& index) {
-  const size_t bracket = text.find('[');
-  if (bracket == std::string::npos || !text.ends_with(']')) return false;
-  const char* const last = text.data() + text.size() - 1;
-  const auto [end, error] = std::from_chars(text.data() + bracket + 1, last, index);
-  if (error != std::errc() || end != last) return false;
-  text.resize(bracket);
-  return true;
-}
-
-}  // namespace
-
 ParamGroup& Settings::group(const std::string& name) {
-  const auto found = std::ranges::find_if(groups, [&](auto* group) { return name == group->name; });
-  if (found != groups.end()) return **found;
+  for (ParamGroup* group : groups) {
+    if (name == group->name) return *group;
+  }
   throw Failure(ExitCode::Usage,
-                "there is no group " + quoted(name) + "; the groups are " + namesOf(groups));
+                "there is no group " + inQuotes(name) + "; the groups are " + namesOf(groups));
 }
 
 Place Settings::place(const std::string& fullName) {
   const Failure malformed(ExitCode::Usage,
-                          quoted(fullName) +
+                          inQuotes(fullName) +
                               " is not the name of a parameter; write GROUP.NAME, or "
                               "USERS[INDEX].NAME for an entry of the user list");
   const size_t dot = fullName.find('.');
   if (dot == std::string::npos) throw malformed;
 
-  std::string groupName = fullName.substr(0, dot);
-  size_t index = 0;
-  const bool indexed = takeIndex(groupName, index);
-  ParamGroup& owner = group(groupName);
-  if (indexed != (&owner == &users)) throw malformed;
-
+  const std::string_view head = std::string_view(fullName).substr(0, dot);
+  const size_t bracket = std::min(head.find('['), head.size());
+  ParamGroup& owner = group(std::string(head.substr(0, bracket)));
   Place place{&owner, std::nullopt, fullName.substr(dot + 1)};
-  if (indexed) {
-    USER_t anyEntry;
-    place.entry = index;
-    (void)wireMember(anyEntry, place.member, owner.name);
-  } else {
-    (void)wireMember(owner, place.member, owner.name);
+  if (bracket < head.size()) {
+    if (!head.ends_with(']')) throw malformed;
+    place.entry = parseIndex(head.substr(bracket + 1, head.size() - bracket - 2));
+    if (!place.entry) throw malformed;
   }
+  if (place.entry.has_value() != (&owner == &users)) throw malformed;
+  (void)example(place);
   return place;
+}
+
+Param& Settings::example(const Place& place) {
+  return wireMember(place.entry ? anyEntry_ : *place.group, place.member, place.group->name);
 }
 
 Param& Settings::param(const Place& place) {
@@ -85,17 +63,26 @@ Param& Settings::param(const Place& place) {
   return wireMember(*users.items[*place.entry], place.member, entryName(*place.entry));
 }
 
+std::optional<size_t> parseIndex(std::string_view text) {
+  size_t index = 0;
+  const char* const end = text.data() + text.size();
+  const auto [parsed, error] = std::from_chars(text.data(), end, index);
+  if (error != std::errc() || parsed != end) return std::nullopt;
+  return index;
+}
+
 std::string entryName(size_t index) { return "USERS[" + std::to_string(index) + "]"; }
 
 Param& wireMember(ParamGroup& group, const std::string& member, const std::string& groupName) {
   const auto isMember = [&](const Param* param) { return member == param->name; };
-  const auto found = std::ranges::find_if(group.wireParams, isMember);
-  if (found != group.wireParams.end()) return **found;
+  for (Param* param : group.wireParams) {
+    if (isMember(param)) return *param;
+  }
   if (std::ranges::any_of(group.fileParams, isMember)) {
     throw Failure(ExitCode::Usage, groupName + "." + member +
                                        " stays in the settings file: the bridge does not carry it");
   }
-  throw Failure(ExitCode::Usage, groupName + " has no parameter " + quoted(member) + "; it has " +
+  throw Failure(ExitCode::Usage, groupName + " has no parameter " + inQuotes(member) + "; it has " +
                                      namesOf(group.wireParams));
 }
 

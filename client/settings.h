@@ -4,6 +4,7 @@
 #include <array>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "lparams/catalogue/admin_group.h"
 #include "lparams/catalogue/ike_group.h"
@@ -45,7 +46,27 @@ struct Settings {
 
   /// The parameter at the place. REQUIRES: its group has been read.
   LPARAMS::Server::Param& param(const Place& place);
+
+  /// A parameter to try values for the place on, before its group is read: that writes it over.
+  LPARAMS::Server::Param& example(const Place& place);
+
+ private:
+  LPARAMS::Server::USER_t anyEntry_;
 };
+
+/// The names of parameters or groups, for messages.
+template <typename Params>
+std::string namesOf(const Params& params) {
+  std::string names;
+  for (const LPARAMS::Server::Param* param : params) {
+    if (!names.empty()) names += ", ";
+    names += param->name;
+  }
+  return names;
+}
+
+/// The index that the text stands for, in decimal; nothing if it is not one.
+std::optional<size_t> parseIndex(std::string_view text);
 
 /// The name under which messages and the output know an entry of the user list: "USERS[1]".
 std::string entryName(size_t index);

@@ -12,7 +12,7 @@ using namespace LPARAMS::Server;
 
 std::string lineOf(Param& param, const std::string& fullName, bool secrets) {
   const std::string value = isSecret(param) && !secrets ? HIDDEN : valueText(param);
-  if (hasControlBytes(value)) return "# " + fullName + "=" + quoted(value) + "\n";
+  if (hasControlBytes(value)) return "# " + fullName + "=" + inQuotes(value) + "\n";
   return fullName + "=" + value + "\n";
 }
 

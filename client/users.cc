@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <charconv>
 #include <memory>
 
 #include "client/commands.h"
@@ -19,25 +18,18 @@ auto hasName(const std::string& name) {
   return [&name](const USER_t* user) { return user->NAME.value == name; };
 }
 
-/// The index that the text stands for, or `count`.
-size_t parseIndex(const std::string& text, size_t count) {
-  size_t index = 0;
-  const char* const end = text.data() + text.size();
-  const auto [parsed, error] = std::from_chars(text.data(), end, index);
-  return error == std::errc() && parsed == end ? std::min(index, count) : count;
-}
-
 USER_t* findUser(const ParamVector<USER_t>& users, const std::string& nameOrIndex) {
   switch (std::ranges::count_if(users.items, hasName(nameOrIndex))) {
     case 0: {
-      const size_t index = parseIndex(nameOrIndex, users.items.size());
-      if (index == users.items.size()) refuse("there is no user " + quoted(nameOrIndex));
-      return users.items[index];
+      const std::optional<size_t> index = parseIndex(nameOrIndex);
+      if (!index || *index >= users.items.size())
+        refuse("there is no user " + inQuotes(nameOrIndex));
+      return users.items[*index];
     }
     case 1:
       return *std::ranges::find_if(users.items, hasName(nameOrIndex));
     default:
-      refuse("several users have the name " + quoted(nameOrIndex) + "; give the index");
+      refuse("several users have the name " + inQuotes(nameOrIndex) + "; give the index");
   }
 }
 
@@ -56,7 +48,7 @@ void addUser(Store& store, const std::string& name, const std::vector<std::strin
   store.read(settings.users);
   std::vector<USER_t*>& users = settings.users.items;
   if (std::ranges::any_of(users, hasName(user->NAME.value))) {
-    refuse("there is a user " + quoted(user->NAME.value) + " already");
+    refuse("there is a user " + inQuotes(user->NAME.value) + " already");
   }
   users.push_back(user.get());
   (void)user.release();  // the list owns it now

@@ -132,7 +132,7 @@ std::string valueText(Param& param) {
 void setValue(Param& param, const std::string& text, const std::string& fullName) {
   visit(param, [&](auto& typed) {
     if (parse(typed, text)) return;
-    const std::string value = isSecret(param) ? "the value" : quoted(text);
+    const std::string value = isSecret(param) ? "the value" : inQuotes(text);
     throw Failure(ExitCode::Usage, fullName + ": " + value + " is not " + legalTexts(typed));
   });
 }

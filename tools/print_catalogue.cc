@@ -36,7 +36,7 @@ test compares it. How to add a row: [README](../README.md).
 )";
 
 std::string code(std::string_view text) {
-  return text.empty() ? "empty" : "`" + std::string(text) + "`";
+  return text.empty() ? "empty" : std::string("`").append(text).append("`");
 }
 
 template <typename Numeric>
@@ -124,6 +124,11 @@ void printCatalogue() {
 }  // namespace LPARAMS::Server
 
 int main() {
-  LPARAMS::Server::printCatalogue();
+  try {
+    LPARAMS::Server::printCatalogue();
+  } catch (const std::exception& error) {
+    std::cerr << "print_catalogue: " << error.what() << '\n';
+    return 1;
+  }
   return std::cout.flush() ? 0 : 1;
 }

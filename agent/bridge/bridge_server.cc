@@ -44,6 +44,10 @@ void removeStale(asio::io_context& io, const stream_protocol::endpoint& endpoint
   asio::error_code error;
   stream_protocol::socket(io).connect(endpoint, error);
   if (!error) fail(endpoint.path(), "is in use by another agent");
+  if (error != asio::error::connection_refused) {
+    fail(endpoint.path(),
+         "is in the way, and whether an agent uses it cannot be found out: " + error.message());
+  }
   (void)::unlink(endpoint.path().c_str());
 }
 

@@ -63,6 +63,8 @@ ListenerRegistry::Result ListenerRegistry::execute(BridgeSession& session, Modul
     return {Outcome::MalformedInput, 0, malformed};
   } catch (const std::exception& failure) {
     return {Outcome::Failed, 0, failure.what()};
+  } catch (...) {
+    return {Outcome::Failed, 0, "an exception of a type that the agent does not know"};
   }
 }
 

@@ -27,7 +27,7 @@ class ListenerRegistry {
     Succeeded,
     Refused,         ///< the listener answered 0
     MalformedInput,  ///< the listener threw a `const char*`, which is in `error`
-    Failed,          ///< the listener threw a std::exception, whose text is in `error`
+    Failed,          ///< the listener threw anything else; what is known of it is in `error`
     NoSuchModule,
   };
 

@@ -6,6 +6,7 @@ namespace agent {
 namespace {
 
 constexpr size_t END = std::string_view::npos;
+constexpr std::string_view BLANKS = " \t\r\n";
 
 /// The position behind the next `mark`, or END.
 size_t behind(std::string_view text, size_t from, std::string_view mark) {
@@ -13,13 +14,35 @@ size_t behind(std::string_view text, size_t from, std::string_view mark) {
   return at == END ? END : at + mark.size();
 }
 
-/// The position of the ">" that closes the tag around `at`; quoted values may hold one of their
-/// own.
+/// The position of the ">" that closes the tag around `at`, or END. Names may hold quotes: only
+/// behind the "=" of an attribute do they enclose a value, which may hold a ">" of its own.
 size_t endOfTag(std::string_view text, size_t at) {
-  while ((at = text.find_first_of("\"'>", at)) != END && text[at] != '>') {
+  at = text.find_first_of(" \t\r\n/>", at);  // the element's name may also hold a "="
+  while ((at = text.find_first_of("=>", at)) != END && text[at] == '=') {
+    at = text.find_first_not_of(BLANKS, at + 1);
+    if (at == END || (text[at] != '"' && text[at] != '\'')) return END;
     at = behind(text, at + 1, text.substr(at, 1));
   }
   return at;
+}
+
+bool isDoctype(std::string_view tag) {
+  constexpr std::string_view HEAD = "<!DOCTYPE";
+  if (!tag.starts_with(HEAD)) return false;
+  tag.remove_prefix(HEAD.size());
+  return !tag.empty() && BLANKS.find(tag.front()) != END;
+}
+
+/// The position behind the document type around `at`. Its declarations stand in brackets and may
+/// hold anything, also what looks like the start of a comment.
+size_t behindDoctype(std::string_view text, size_t at) {
+  size_t open = 0;
+  while ((at = text.find_first_of("[]>", at)) != END && (text[at] != '>' || open > 0)) {
+    if (text[at] == '[') ++open;
+    if (text[at] == ']' && open > 0) --open;
+    ++at;
+  }
+  return at == END ? END : at + 1;
 }
 
 }  // namespace
@@ -36,6 +59,8 @@ size_t markupDepth(std::string_view text) {
       at = behind(text, at + 9, "]]>");
     } else if (tag.starts_with("<?")) {
       at = behind(text, at + 2, "?>");
+    } else if (isDoctype(tag)) {
+      at = behindDoctype(text, at);
     } else if (tag.starts_with("<!")) {
       at = behind(text, at + 2, ">");
     } else if (tag.starts_with("</")) {

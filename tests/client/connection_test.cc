@@ -1,0 +1,182 @@
+// What the client makes of agents that are not there, not what they seem or not well.
+#include "client/connection.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "client/settings.h"
+#include "tests/client/client_process.h"
+#include "tests/client/scripted_agent.h"
+#include "tests/support/param_forms.h"
+#include "tests/support/readable_bytes.h"
+
+namespace client_testing {
+namespace {
+
+using testing_support::unhex;
+using testing_support::wireBytes;
+
+Outcome runSave(const std::string& socketPath) {
+  return runClient({"--socket", socketPath, "--timeout", "60", "save"});
+}
+
+Outcome cannotReach(const std::string& socketPath, const std::string& reason) {
+  return failed(3, "cannot reach the agent at " + socketPath + ": " + reason);
+}
+
+TEST(ClientConnection, NoSocket) {
+  EXPECT_EQ(runSave("/nonexistent/agent.sock"),
+            cannotReach("/nonexistent/agent.sock", "No such file or directory"));
+  EXPECT_EQ(runSave("/dev/null"), cannotReach("/dev/null", "Connection refused"));
+  EXPECT_EQ(runSave("/non\nexistent"),
+            cannotReach("/non\\x0aexistent", "No such file or directory"));
+  EXPECT_EQ(runSave("/" + std::string(200, 'x')),
+            cannotReach("/" + std::string(200, 'x'), "File name too long"));
+}
+
+TEST(ClientConnection, NobodyListens) {
+  std::string path;
+  {
+    ScriptedAgent agent({done()});
+    path = agent.socketPath;
+    EXPECT_EQ(runSave(path), printed("saved\n"));
+    EXPECT_TRUE(agent.wasReached());
+    EXPECT_EQ(runSave(path), cannotReach(path, "Connection refused"));
+  }
+  EXPECT_EQ(runSave(path), cannotReach(path, "No such file or directory"));
+}
+
+TEST(ClientConnection, SocketOfTheEnvironment) {
+  ScriptedAgent agent({done()});
+  EXPECT_EQ(runClient({"save"}, {.variable = "LPARAMS_SOCKET=" + agent.socketPath}),
+            printed("saved\n"));
+}
+
+TEST(ClientConnection, OptionGoesBeforeTheEnvironment) {
+  ScriptedAgent agent({done()});
+  EXPECT_EQ(runClient({"--socket", agent.socketPath, "save"},
+                      {.variable = "LPARAMS_SOCKET=/nonexistent"}),
+            printed("saved\n"));
+}
+
+/// What the client says of an agent that reads the hello, answers with these bytes and closes.
+Outcome answeredWith(const std::string& bytes, std::string& agentName) {
+  ScriptedAgent agent([&bytes](const Peer& peer) {
+    (void)peer.read(bridge::HELLO_SIZE);
+    peer.write(bytes);
+  });
+  agentName = "the agent at " + agent.socketPath;
+  return runSave(agent.socketPath);
+}
+
+struct HelloRow {
+  const char* bytes;
+  const char* complaint;
+};
+
+const HelloRow HELLO_ROWS[] = {
+    {"", "closed the connection"},
+    {"4C 50 42 52", "closed the connection"},
+    {"4C 50 42 52 01 00 00", "closed the connection"},
+    {"6C 50 42 52 01 00 00 00", "does not speak the bridge protocol"},
+    {"48 54 54 50 2F 31 2E 31 20 34 30 30", "does not speak the bridge protocol"},
+    {"4C 50 42 52 00 00 00 00", "speaks version 0 of the bridge protocol, this program version 1"},
+    {"4C 50 42 52 02 00 00 00", "speaks version 2 of the bridge protocol, this program version 1"},
+    {"4C 50 42 52 FF FF FF FF",
+     "speaks version 4294967295 of the bridge protocol, this program version 1"},
+};
+
+TEST(ClientConnection, HelloThatIsNotTheRightOne) {
+  for (const HelloRow& row : HELLO_ROWS) {
+    std::string agentName;
+    const Outcome outcome = answeredWith(unhex(row.bytes), agentName);
+    EXPECT_EQ(outcome, failed(3, agentName + " " + row.complaint)) << row.bytes;
+  }
+}
+
+/// The same for one that answers the first command with these bytes.
+Outcome repliedWith(const std::string& bytes, std::string& agentName) {
+  ScriptedAgent agent([&bytes](const Peer& peer) {
+    (void)peer.read(bridge::HELLO_SIZE);
+    peer.write(bridge::encodeHello());
+    (void)peer.read(bridge::decodeFrameHead(peer.read(bridge::FRAME_HEAD_SIZE)));
+    peer.write(bytes);
+  });
+  agentName = "the agent at " + agent.socketPath;
+  return runSave(agent.socketPath);
+}
+
+const HelloRow REPLY_ROWS[] = {
+    {"00 00 00 00", "sent a reply that is too short"},
+    {"0B 00 00 00 01 00 00 00 00 00 00 00 00 00 00", "sent a reply that is too short"},
+    {"0C 00 00 00 01 00 00 00 00 00 00 00 01 00 00 00", "sent a reply that is too short"},
+    {"0C 00 00 00 01 00 00 00 00 00 00 00 FF FF FF FF", "sent a reply that is too short"},
+    {"01 00 00 01", "announced a reply of 16777217 bytes, which is too long"},
+    {"FF FF FF FF", "announced a reply of 4294967295 bytes, which is too long"},
+};
+
+TEST(ClientConnection, ReplyThatIsNone) {
+  for (const HelloRow& row : REPLY_ROWS) {
+    std::string agentName;
+    const Outcome outcome = repliedWith(unhex(row.bytes), agentName);
+    EXPECT_EQ(outcome, failed(3, agentName + " " + row.complaint)) << row.bytes;
+  }
+}
+
+TEST(ClientConnection, ReplyThatIsCutOff) {
+  const std::string reply = bridge::encode(refused("no"));
+  for (size_t size = 0; size < reply.size(); ++size) {
+    std::string agentName;
+    const Outcome outcome = repliedWith(reply.substr(0, size), agentName);
+    EXPECT_EQ(outcome, failed(3, agentName + " closed the connection")) << size;
+  }
+  std::string agentName;
+  EXPECT_EQ(repliedWith(reply, agentName), failed(1, "saving failed: no"));
+}
+
+TEST(ClientConnection, ReplyThatIsCutOffThoughTheLongestIsAnnounced) {
+  std::string agentName;
+  const Outcome outcome = repliedWith(unhex("00 00 00 01 01"), agentName);
+  EXPECT_EQ(outcome, failed(3, agentName + " closed the connection"));
+}
+
+TEST(ClientConnection, RecordsThatAreNone) {
+  const struct {
+    const char* record;
+    const char* complaint;
+  } ROWS[] = {
+      {"", "too short"},
+      {"0A 00 00 00 01 05 00 00 00 61 64 6D 69", "too short"},
+      {"0A 00 00 00 01 FF FF FF FF 61", "too short"},
+      {"0A 00 00 00 01 00 00 00 00 00", "too long; bytes left over: 1"},
+  };
+  for (const auto& row : ROWS) {
+    ScriptedAgent agent({done(unhex(row.record))});
+    EXPECT_EQ(runClient({"--socket", agent.socketPath, "show", "ADMIN"}),
+              failed(3, std::string("the agent's record of ADMIN is ") + row.complaint));
+  }
+}
+
+TEST(ClientConnection, AgentThatStaysSilent) {
+  ScriptedAgent agent([](const Peer& peer) { peer.readToEnd(); });
+  EXPECT_EQ(runClient({"--socket", agent.socketPath, "--timeout", "1", "save"}),
+            failed(3, "the agent at " + agent.socketPath + " did not answer within 1 s"));
+}
+
+TEST(ClientConnection, ReplyInSmallPieces) {
+  client::Settings settings;
+  ScriptedAgent agent([&settings](const Peer& peer) {
+    (void)peer.read(bridge::HELLO_SIZE);
+    for (const char byte :
+         bridge::encodeHello() + bridge::encode(done(wireBytes(settings.admin)))) {
+      peer.write({byte});
+    }
+    peer.readToEnd();
+  });
+  EXPECT_EQ(runClient({"--socket", agent.socketPath, "get", "ADMIN.ADMIN_GROUP"}),
+            printed("admin\n"));
+}
+
+}  // namespace
+}  // namespace client_testing

@@ -1,0 +1,77 @@
+#include "client/record.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "client/settings.h"
+#include "tests/client/failure_message.h"
+#include "tests/support/param_forms.h"
+#include "tests/support/readable_bytes.h"
+
+namespace client {
+namespace {
+
+using client_testing::failureOf;
+using testing_support::hex;
+using testing_support::unhex;
+using testing_support::wireBytes;
+
+std::string decoding(LPARAMS::Server::ParamGroup& group, const std::string& record) {
+  return failureOf([&] { decodeRecord(group, record); });
+}
+
+TEST(ClientRecord, NameIsFramed) {
+  const Settings settings;
+  EXPECT_EQ(hex(encodeName(settings.ike)), "03 00 00 00 49 4B 45");
+}
+
+TEST(ClientRecord, FollowsTheName) {
+  Settings settings;
+  settings.admin.SESSION_EXPTIME.value = 0x1234;
+  EXPECT_EQ(hex(encodeRecord(settings.admin)),
+            "05 00 00 00 41 44 4D 49 4E "
+            "34 12 00 00 "
+            "01 "
+            "05 00 00 00 61 64 6D 69 6E");
+}
+
+TEST(ClientRecord, FillsTheGroup) {
+  Settings settings;
+  EXPECT_EQ(decoding(settings.admin, unhex("07 00 00 00 00 03 00 00 00 6F 70 73")), "no failure");
+  EXPECT_EQ(settings.admin.SESSION_EXPTIME.value, 7U);
+  EXPECT_FALSE(settings.admin.LOGIN_ON_SAVE_TOKEN_PASSWORD.value);
+  EXPECT_EQ(settings.admin.ADMIN_GROUP.value, "ops");
+}
+
+/// Of what begins like the record, the group takes nothing but the record itself.
+void expectOnly(const std::string& record, LPARAMS::Server::ParamGroup& group) {
+  const std::string refusal = std::string("3: the agent's record of ") + group.name + " is ";
+  for (size_t size = 0; size < record.size(); ++size) {
+    EXPECT_EQ(decoding(group, record.substr(0, size)), refusal + "too short");
+  }
+  EXPECT_EQ(decoding(group, record), "no failure");
+  EXPECT_EQ(wireBytes(group), record);
+  EXPECT_EQ(decoding(group, record + "abc"), refusal + "too long; bytes left over: 3");
+}
+
+TEST(ClientRecord, IsRefusedIfItIsNotExactlyOne) {
+  Settings filled;
+  listAdd(filled.users)->NAME.value = "anna";
+  listAdd(filled.users)->NAME.value = "boris";
+  Settings settings;
+  for (size_t i = 0; i < filled.groups.size(); ++i) {
+    expectOnly(wireBytes(*filled.groups[i]), *settings.groups[i]);
+  }
+}
+
+TEST(ClientRecord, AnnouncesMoreUsersThanItHolds) {
+  Settings settings;
+  EXPECT_EQ(decoding(settings.users, unhex("FF FF FF FF")),
+            "3: the agent's record of USERS is too short");
+  EXPECT_EQ(decoding(settings.users, unhex("01 00 00 00 FF FF FF FF")),
+            "3: the agent's record of USERS is too short");
+}
+
+}  // namespace
+}  // namespace client

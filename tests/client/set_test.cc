@@ -1,0 +1,201 @@
+// The commands "set" and "save", as a user runs them.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "client/settings.h"
+#include "tests/client/client_process.h"
+#include "tests/client/scripted_agent.h"
+#include "tests/support/param_forms.h"
+#include "tests/support/readable_bytes.h"
+
+namespace client_testing {
+namespace {
+
+using client::Settings;
+using testing_support::hex;
+using testing_support::unhex;
+using testing_support::wireBytes;
+using Commands = std::vector<std::string>;
+
+/// Runs "set" with the agent's socket.
+Outcome runSet(const ScriptedAgent& agent, std::vector<std::string> assignments,
+               const Surroundings& surroundings = {}) {
+  assignments.insert(assignments.begin(), {"--socket", agent.socketPath, "set"});
+  return runClient(assignments, surroundings);
+}
+
+constexpr const char* ADMIN_RECORD = "0A 00 00 00 01 05 00 00 00 61 64 6D 69 6E";
+
+TEST(ClientSet, WritesTheGroupWithTheNewValue) {
+  ScriptedAgent agent({done(unhex(ADMIN_RECORD)), done()});
+  EXPECT_EQ(runSet(agent, {"ADMIN.ADMIN_GROUP=ops team"}), printed(""));
+  EXPECT_EQ(
+      agent.commands(),
+      (Commands{"read ADMIN", "write ADMIN 0A 00 00 00 01 08 00 00 00 6F 70 73 20 74 65 61 6D"}));
+}
+
+TEST(ClientSet, WritesEveryGroupOnceInTheOrderGiven) {
+  Settings settings;
+  ScriptedAgent agent({done(wireBytes(settings.log)), done(unhex(ADMIN_RECORD)), done(), done()});
+  EXPECT_EQ(runSet(agent, {"LOG.FACILITY=3", "ADMIN.SESSION_EXPTIME=1", "LOG.FACILITY=7",
+                           "LOG.LANGUAGE=log_lang_rus"}),
+            printed(""));
+  settings.log.FACILITY.value = 7;
+  settings.log.LANGUAGE.value = 1;
+  EXPECT_EQ(agent.commands(),
+            (Commands{"read LOG", "read ADMIN", "write LOG " + hex(wireBytes(settings.log)),
+                      "write ADMIN 01 00 00 00 01 05 00 00 00 61 64 6D 69 6E"}));
+}
+
+TEST(ClientSet, LeavesValuesAloneThatTheBridgeDidNotCheck) {
+  Settings settings;
+  settings.log.LOG_LEVEL.value = 7;
+  settings.log.BACKUP_DEPTH.value = 4294967295U;
+  ScriptedAgent agent({done(wireBytes(settings.log)), done()});
+  EXPECT_EQ(runSet(agent, {"LOG.WALL_ON=false"}), printed(""));
+  settings.log.WALL_ON.value = false;
+  EXPECT_EQ(agent.commands(), (Commands{"read LOG", "write LOG " + hex(wireBytes(settings.log))}));
+}
+
+TEST(ClientSet, ChangesAnEntryOfTheUserList) {
+  Settings settings;
+  listAdd(settings.users)->NAME.value = "anna";
+  auto* const boris = listAdd(settings.users);
+  ScriptedAgent agent({done(wireBytes(settings.users)), done()});
+  EXPECT_EQ(runSet(agent, {"USERS[1].NAME=boris", "USERS[1].PMP_TIMEOUT=20"}), printed(""));
+  boris->NAME.value = "boris";
+  boris->PMP_TIMEOUT.value = 20;
+  EXPECT_EQ(agent.commands(),
+            (Commands{"read USERS", "write USERS " + hex(wireBytes(settings.users))}));
+}
+
+TEST(ClientSet, OneMistakeAndNothingIsAskedOrWritten) {
+  const struct {
+    const char* mistake;
+    const char* message;
+  } ROWS[] = {
+      {"IKE.IKE_PORT=0", "IKE.IKE_PORT: \"0\" is not a whole number from 1 to 65535"},
+      {"IKE.IKE_PORT", "an assignment has no \"=\"; write NAME=VALUE"},
+      {"IKE.DPD_IDLE_TIME=1",
+       "IKE.DPD_IDLE_TIME stays in the settings file: the bridge does not carry it"},
+      {"FOO.BAR=1",
+       "there is no group \"FOO\"; the groups are IKE, LOG, UPDATE, POLICY, ADMIN, USERS"},
+      {"USERS[7].PMP_TIMEOUT=4",
+       "USERS[7].PMP_TIMEOUT: \"4\" is not a whole number from 5 to 4294967295"},
+      {"IKE.QCD_SECRET=s3\ncret",
+       "IKE.QCD_SECRET: the value is not one line of text without control characters"},
+  };
+  for (const auto& row : ROWS) {
+    ScriptedAgent agent({done(unhex(ADMIN_RECORD)), done()});
+    EXPECT_EQ(runSet(agent, {"ADMIN.SESSION_EXPTIME=1", row.mistake}), failed(2, row.message));
+    EXPECT_FALSE(agent.wasReached());
+  }
+}
+
+TEST(ClientSet, MissingEntryIsFoundBeforeAnythingIsWritten) {
+  Settings settings;
+  ScriptedAgent agent({done(unhex(ADMIN_RECORD)), done(wireBytes(settings.users)), done()});
+  EXPECT_EQ(runSet(agent, {"ADMIN.SESSION_EXPTIME=1", "USERS[0].NAME=anna"}),
+            failed(2, "there is no USERS[0]; entries in the list, counted from 0: 0"));
+  EXPECT_EQ(agent.commands(), (Commands{"read ADMIN", "read USERS"}));
+}
+
+TEST(ClientSet, RefusedGroupIsNotWritten) {
+  ScriptedAgent agent({done(unhex(ADMIN_RECORD)),
+                       refused("the session may not write", bridge::Reason::NotAuthorised)});
+  EXPECT_EQ(runSet(agent, {"ADMIN.SESSION_EXPTIME=1"}),
+            failed(1, "writing ADMIN failed: the session may not write; not written: ADMIN"));
+}
+
+TEST(ClientSet, RefusalAmongSeveralGroupsTellsWhichAreWritten) {
+  Settings settings;
+  ScriptedAgent agent({done(wireBytes(settings.ike)), done(unhex(ADMIN_RECORD)),
+                       done(wireBytes(settings.log)), done(), refused("no\nentry")});
+  EXPECT_EQ(
+      runSet(agent, {"IKE.IKE_PORT=501", "ADMIN.SESSION_EXPTIME=1", "LOG.WALL_ON=0"}),
+      failed(1, R"(writing ADMIN failed: no\x0aentry; written: IKE; not written: ADMIN, LOG)"));
+}
+
+TEST(ClientSet, LostReplyTellsThatTheGroupMayBeWritten) {
+  Settings settings;
+  ScriptedAgent agent({done(wireBytes(settings.ike)), done(unhex(ADMIN_RECORD)),
+                       done(wireBytes(settings.log)), done()});
+  EXPECT_EQ(runSet(agent, {"IKE.IKE_PORT=501", "ADMIN.SESSION_EXPTIME=1", "LOG.WALL_ON=0"}),
+            failed(3, "the agent at " + agent.socketPath +
+                          " closed the connection; written: IKE; perhaps written: ADMIN; "
+                          "not written: LOG"));
+}
+
+TEST(ClientSet, TakesAssignmentsFromTheStandardInput) {
+  ScriptedAgent agent({done(unhex(ADMIN_RECORD)), done()});
+  EXPECT_EQ(
+      runSet(agent, {"-"}, {.in = "# a comment\n\nADMIN.ADMIN_GROUP= #=\nADMIN.SESSION_EXPTIME=2"}),
+      printed(""));
+  EXPECT_EQ(agent.commands(),
+            (Commands{"read ADMIN", "write ADMIN 02 00 00 00 01 03 00 00 00 20 23 3D"}));
+}
+
+TEST(ClientSet, NothingToDoIsNoError) {
+  ScriptedAgent agent({done()});
+  EXPECT_EQ(runSet(agent, {"-"}, {.in = "# nothing\n"}), printed(""));
+  EXPECT_FALSE(agent.wasReached());
+}
+
+TEST(ClientSet, TakesBackWhatShowPrints) {
+  Settings settings;
+  settings.ike.QCD_SECRET.value = "s3cret";
+  settings.policy.PMP_SERVERS.value = R"( a, b=c "d" \x0a )";
+  settings.policy.PSK_NAME.value = "two\nlines";
+  listAdd(settings.users)->NAME.value = "anna";
+  std::vector<bridge::Reply> reads;
+  Commands expected;
+  for (auto* group : settings.groups) {
+    reads.push_back(done(wireBytes(*group)));
+    expected.push_back(std::string("read ") + group->name);
+  }
+  ScriptedAgent shown(reads);
+  const Outcome show = runClient({"--socket", shown.socketPath, "show"});
+  EXPECT_EQ(show.exitCode, 0);
+
+  std::vector<bridge::Reply> replies = reads;
+  for (auto* group : settings.groups) {
+    replies.push_back(done());
+    expected.push_back(std::string("write ") + group->name + " " + hex(wireBytes(*group)));
+  }
+  ScriptedAgent agent(replies);
+  EXPECT_EQ(runSet(agent, {"-"}, {.in = show.out}), printed(""));
+  EXPECT_EQ(agent.commands(), expected);
+}
+
+TEST(ClientSet, CommandThatIsTooLongForTheBridgeIsNotSent) {
+  ScriptedAgent agent({done(unhex(ADMIN_RECORD)), done()});
+  const std::string longText(bridge::MAX_FRAME_SIZE, 'x');
+  EXPECT_EQ(runSet(agent, {"-"}, {.in = "ADMIN.ADMIN_GROUP=" + longText}),
+            failed(1,
+                   "the command is longer than the 16777216 bytes that the bridge takes; "
+                   "not written: ADMIN"));
+  EXPECT_EQ(agent.commands(), Commands{"read ADMIN"});
+}
+
+TEST(ClientSave, SaysThatItIsDone) {
+  ScriptedAgent agent({done()});
+  EXPECT_EQ(runClient({"--socket", agent.socketPath, "save"}), printed("saved\n"));
+  EXPECT_EQ(agent.commands(), Commands{"save"});
+}
+
+TEST(ClientSave, SaysWhyItIsNot) {
+  ScriptedAgent agent({refused("write failed: /var/lib/x.bak")});
+  EXPECT_EQ(runClient({"--socket", agent.socketPath, "save"}),
+            failed(1, "saving failed: write failed: /var/lib/x.bak"));
+}
+
+TEST(ClientSave, RefusalWithoutWordsHasItsNumber) {
+  ScriptedAgent agent({refused("", bridge::Reason::NotAuthorised)});
+  EXPECT_EQ(runClient({"--socket", agent.socketPath, "save"}),
+            failed(1, "saving failed: the agent gave no reason (2)"));
+}
+
+}  // namespace
+}  // namespace client_testing

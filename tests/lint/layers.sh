@@ -1,0 +1,48 @@
+#!/usr/bin/env bash
+# The folder is the layer: no folder includes a higher one, and the module includes nothing but
+# itself, the standard library and POSIX.
+set -euo pipefail
+cd "$(dirname "$0")/../.."
+
+# Each layer, and the layers that it may include besides itself. The tests and the benchmark may
+# include all.
+declare -A may_include=(
+  [platform]=''
+  [lparams/params]='platform'
+  [lparams/catalogue]='platform lparams/params'
+  [lparams/storage]='platform lparams/params lparams/catalogue'
+  [lparams]='platform lparams/params lparams/catalogue lparams/storage'
+  [bridge]=''
+  [agent]='platform lparams lparams/params lparams/catalogue bridge'
+  [client]='platform lparams/params lparams/catalogue bridge'
+  [tools]='platform lparams/params lparams/catalogue'
+)
+
+# Every folder of lparams/ is a layer; elsewhere only the folders at the root are.
+layer_of() {
+  local folder=${1%/*}
+  [[ $folder == lparams/* ]] && echo "$folder" || echo "${folder%%/*}"
+}
+
+faults=0
+fault() {
+  echo "$*"
+  faults=$((faults + 1))
+}
+
+while IFS=: read -r file line include; do
+  layer=$(layer_of "$file")
+  [[ $include =~ [\<\"](.+)[\>\"] ]]
+  included=${BASH_REMATCH[1]}
+  if [[ -z ${may_include[$layer]+known} ]]; then
+    fault "$file:$line: $layer has no place among the layers"
+  elif [[ $include == *\"* ]]; then
+    [[ " $layer ${may_include[$layer]} " == *" $(layer_of "$included") "* ]] ||
+      fault "$file:$line: $layer must not include $included"
+  elif [[ $layer == platform || $layer == lparams* ]]; then
+    [[ $included != */* && $included != *.hpp ]] ||
+      fault "$file:$line: the module must not depend on $included"
+  fi
+done < <(git grep --untracked -nE '^ *# *include' -- '*.h' '*.cc' ':!tests/' ':!bench/')
+
+((faults == 0))

@@ -1,0 +1,137 @@
+// Several threads at once. Under the thread sanitizer these tests also show that no access is
+// unprotected.
+#include <gmock/gmock.h>
+
+#include <thread>
+
+#include "tests/module/loaded_module.h"
+#include "tests/support/readable_bytes.h"
+#include "tests/support/recording_load_log.h"
+
+namespace host {
+namespace {
+
+using testing_support::unhex;
+
+/// Runs each body in a thread of its own and waits for all.
+void runTogether(const std::vector<std::function<void()>>& bodies) {
+  std::vector<std::thread> threads;
+  for (const auto& body : bodies) threads.emplace_back(body);
+  for (std::thread& thread : threads) thread.join();
+}
+
+void repeat(int times, const std::function<void(int)>& body) {
+  for (int i = 0; i < times; ++i) body(i);
+}
+
+class Concurrency : public ModuleTest {
+ protected:
+  /// The record of the group when every value of it belongs to variation `i`.
+  static std::string adminRecord(int i) {
+    const std::string name(static_cast<size_t>(i % 40), 'a');
+    std::string record;
+    LPARAMS::Server::CommandStreamOut out{record};
+    put(out, static_cast<unsigned>(i));
+    LPARAMS::Server::put(out, i % 2 == 0);
+    put(out, name);
+    return record;
+  }
+};
+
+TEST_F(Concurrency, AReadNeverSeesHalfAWrite) {
+  constexpr int VARIATIONS = 40;
+  std::vector<std::string> records;
+  repeat(VARIATIONS, [&](int i) { records.push_back(adminRecord(i)); });
+  ASSERT_EQ(execute(WRITE_GROUP, framed("ADMIN", records[0])).result, 1);
+
+  std::atomic<int> strangeReads = 0;
+  const auto write = [&] {
+    repeat(500, [&](int i) {
+      (void)execute(WRITE_GROUP, framed("ADMIN", records[static_cast<size_t>(i % VARIATIONS)]));
+    });
+  };
+  const auto read = [&] {
+    repeat(500, [&](int) {
+      const std::string record = execute(READ_GROUP, framed("ADMIN")).output;
+      if (std::find(records.begin(), records.end(), record) == records.end()) ++strangeReads;
+    });
+  };
+  runTogether({write, write, read, read});
+  EXPECT_EQ(strangeReads, 0);
+}
+
+TEST_F(Concurrency, AnythingAtOnceLeavesAFileThatLoads) {
+  constexpr int ROUNDS = 200;
+  // Two users, so that lists of different lengths follow one another.
+  const std::string noUsers = unhex("00 00 00 00");
+  (void)module.addUser();
+  (void)module.addUser();
+  const std::string twoUsers = execute(READ_GROUP, framed("USERS")).output;
+
+  std::atomic<int> failures = 0;
+  const auto expect = [&](bool done) { failures += done ? 0 : 1; };
+  const auto writeAdmin = [&] {
+    repeat(ROUNDS, [&](int i) {
+      expect(execute(WRITE_GROUP, framed("ADMIN", adminRecord(i))).result == 1);
+    });
+  };
+  const auto writeUsers = [&] {
+    repeat(ROUNDS, [&](int i) {
+      expect(execute(WRITE_GROUP, framed("USERS", i % 2 == 0 ? noUsers : twoUsers)).result == 1);
+    });
+  };
+  const auto readAll = [&] {
+    repeat(ROUNDS, [&](int) {
+      for (const char* name : {"IKE", "LOG", "UPDATE", "POLICY", "ADMIN", "USERS"}) {
+        expect(execute(READ_GROUP, framed(name)).result == 1);
+      }
+    });
+  };
+  const auto saveByCommand = [&] {
+    repeat(ROUNDS, [&](int) { expect(execute(SAVE).result == 1); });
+  };
+  const auto saveByRoot = [&] {
+    repeat(ROUNDS, [&](int) {
+      std::string error;
+      expect(root().save(&error));
+    });
+  };
+  const auto askForChanges = [&] { repeat(ROUNDS * 4, [&](int) { (void)root().isChanged(); }); };
+  const auto load = [&] {
+    testing_support::RecordingLoadLog log;
+    repeat(3, [&](int) { expect(root().load(&log) && log.reports.empty()); });
+  };
+
+  ASSERT_TRUE(root().save(nullptr));
+  runTogether({writeAdmin, writeUsers, readAll, saveByCommand, saveByRoot, askForChanges, load});
+  EXPECT_EQ(failures, 0);
+
+  EXPECT_TRUE(root().save(nullptr));
+  EXPECT_FALSE(root().isChanged());
+  testing_support::RecordingLoadLog log;
+  module.reload();
+  EXPECT_TRUE(root().load(&log));
+  EXPECT_THAT(log.reports, testing::IsEmpty());
+  EXPECT_EQ(root().rawSettings, readFile(settingsPath));
+}
+
+TEST_F(Concurrency, UnknownAndMalformedCommandsDisturbNobody) {
+  const size_t recordSize = execute(READ_GROUP, framed("LOG")).output.size();
+  std::atomic<int> failures = 0;
+  const auto disturb = [&] {
+    repeat(200, [&](int i) {
+      (void)execute(i % 7);
+      (void)execute(WRITE_GROUP, framed("LOG", std::string(static_cast<size_t>(i % 30), '\0')));
+    });
+  };
+  const auto read = [&] {
+    repeat(200, [&](int) {
+      if (execute(READ_GROUP, framed("LOG")).output.size() != recordSize) ++failures;
+    });
+  };
+  runTogether({disturb, disturb, read, read});
+  EXPECT_EQ(failures, 0);
+}
+
+}  // namespace
+}  // namespace host

@@ -1,0 +1,124 @@
+#include "tests/module/file_calls.h"
+
+#include <fcntl.h>
+
+#include <atomic>
+#include <cerrno>
+#include <cstdarg>
+#include <cstdio>
+#include <string_view>
+
+#include "tests/module/call_log.h"
+#include "tests/module/next_function.h"
+
+namespace host {
+namespace {
+
+std::string watched;
+bool systemDirectoryAllowed = false;
+std::atomic<int> nextRenameError = 0;
+
+bool isSystemFile(std::string_view path) { return path.starts_with(SYSTEM_DIRECTORY); }
+
+/// True, with errno set, if the path has to look as if nothing were there.
+bool isHidden(const char* path) {
+  if (systemDirectoryAllowed || !isSystemFile(path)) return false;
+  errno = ENOENT;
+  return true;
+}
+
+void recordFile(const char* call, std::string_view path, const std::string& arguments = {}) {
+  if (!watched.empty() && path.starts_with(watched)) {
+    path.remove_prefix(watched.size());
+  } else if (!isSystemFile(path)) {
+    return;
+  }
+  record(std::string(call) + " " + std::string(path) + arguments);
+}
+
+/// The flags by name; what has no name here as a number.
+std::string flagNames(int flags) {
+  constexpr struct {
+    int flag;
+    const char* name;
+  } NAMES[] = {
+      {O_CREAT, "O_CREAT"}, {O_EXCL, "O_EXCL"}, {O_TRUNC, "O_TRUNC"}, {O_APPEND, "O_APPEND"}};
+  const int access = flags & O_ACCMODE;
+  std::string text = access == O_RDONLY ? "O_RDONLY" : access == O_WRONLY ? "O_WRONLY" : "O_RDWR";
+  flags &= ~O_ACCMODE;
+  for (const auto& [flag, name] : NAMES) {
+    if ((flags & flag) == 0) continue;
+    text += std::string("|") + name;
+    flags &= ~flag;
+  }
+  return flags == 0 ? text : text + "|" + std::to_string(flags);
+}
+
+int openFile(const char* function, const char* path, int flags, mode_t mode) {
+  char octal[16];
+  std::snprintf(octal, sizeof octal, " %04o", mode);
+  recordFile("open", path, " " + flagNames(flags) + octal);
+  return isHidden(path) ? -1
+                        : nextFunction<int(const char*, int, ...)>(function)(path, flags, mode);
+}
+
+FILE* openStream(const char* function, const char* path, const char* mode) {
+  recordFile("fopen", path, std::string(" ") + mode);
+  return isHidden(path) ? nullptr
+                        : nextFunction<FILE*(const char*, const char*)>(function)(path, mode);
+}
+
+mode_t modeArgument(int flags, va_list arguments) {
+  return (flags & O_CREAT) != 0 ? va_arg(arguments, mode_t) : 0;
+}
+
+}  // namespace
+
+void watchDirectory(const std::string& path) { watched = path; }
+void allowSystemDirectory() { systemDirectoryAllowed = true; }
+void failNextRename(int error) { nextRenameError = error; }
+
+}  // namespace host
+
+#pragma GCC visibility push(default)
+extern "C" {
+
+int open(const char* path, int flags, ...) {
+  va_list arguments;
+  va_start(arguments, flags);
+  const mode_t mode = host::modeArgument(flags, arguments);
+  va_end(arguments);
+  return host::openFile("open", path, flags, mode);
+}
+
+int open64(const char* path, int flags, ...) {
+  va_list arguments;
+  va_start(arguments, flags);
+  const mode_t mode = host::modeArgument(flags, arguments);
+  va_end(arguments);
+  return host::openFile("open64", path, flags, mode);
+}
+
+FILE* fopen(const char* path, const char* mode) { return host::openStream("fopen", path, mode); }
+FILE* fopen64(const char* path, const char* mode) {
+  return host::openStream("fopen64", path, mode);
+}
+
+int remove(const char* path) noexcept {
+  host::recordFile("remove", path);
+  return host::isHidden(path) ? -1 : host::nextFunction<int(const char*)>("remove")(path);
+}
+
+int rename(const char* from, const char* to) noexcept {
+  std::string_view target(to);
+  if (target.starts_with(host::watched)) target.remove_prefix(host::watched.size());
+  host::recordFile("rename", from, " " + std::string(target));
+  if (const int error = host::nextRenameError.exchange(0); error != 0) {
+    errno = error;
+    return -1;
+  }
+  return host::nextFunction<int(const char*, const char*)>("rename")(from, to);
+}
+
+}  // extern "C"
+#pragma GCC visibility pop
