@@ -65,12 +65,18 @@ void syncDirectoryOf(const std::string& path) {
   file.sync();
 }
 
+/// A file that could not be written to its end is removed: it would only take up a full disk.
 void writeDurably(const std::string& path, std::string_view text, int flags) {
   File file(path, O_WRONLY | O_CREAT | flags);
   if (!file.isOpen()) fail(path, "created");
-  file.write(text);
-  file.sync();
-  file.close();
+  try {
+    file.write(text);
+    file.sync();
+    file.close();
+  } catch (const std::system_error&) {
+    (void)::unlink(path.c_str());
+    throw;
+  }
 }
 
 /// Calls `attempt` with one name after the other until it does not say that the name is taken.
@@ -110,7 +116,11 @@ std::optional<std::string> readFile(const std::string& path, size_t limit) {
 void placeFile(const std::string& path, std::string_view text) {
   const std::string temporary = path + TEMPORARY_SUFFIX;
   writeDurably(temporary, text, O_TRUNC);
-  if (std::rename(temporary.c_str(), path.c_str()) != 0) fail(path, "replaced");
+  if (std::rename(temporary.c_str(), path.c_str()) != 0) {
+    const int reason = errno;
+    (void)::unlink(temporary.c_str());
+    fail(path, "replaced", reason);
+  }
   syncDirectoryOf(path);
 }
 
