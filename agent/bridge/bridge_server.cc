@@ -1,5 +1,6 @@
 #include "agent/bridge/bridge_server.h"
 
+#include <fcntl.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -56,8 +57,9 @@ void prepareDirectory(const std::string& path, std::optional<gid_t> group) {
   const std::string directory =
       std::filesystem::absolute(path).lexically_normal().parent_path().string();
   struct stat status {};
-  if (::mkdir(directory.c_str(), DIRECTORY_MODE) == 0) {
+  if (::mkdir(directory.c_str(), 0700) == 0) {
     if (group) (void)::chown(directory.c_str(), static_cast<uid_t>(-1), *group);
+    (void)::chmod(directory.c_str(), DIRECTORY_MODE);  // mkdir's mode is subject to the umask
   } else if (errno != EEXIST) {
     fail(path, "cannot be made: " + directory + ": " + std::generic_category().message(errno));
   }
@@ -68,6 +70,12 @@ void prepareDirectory(const std::string& path, std::optional<gid_t> group) {
     fail(path, "is not safe: others can enter or change its directory " + directory +
                    "; mode 0750 would be right");
   }
+}
+
+/// The library opens and accepts sockets without the flag.
+template <typename Socket>
+void closeOnExec(Socket& socket) {
+  (void)::fcntl(socket.native_handle(), F_SETFD, FD_CLOEXEC);
 }
 
 std::vector<gid_t> groupsOf(int socket) {
@@ -99,6 +107,7 @@ BridgeServer::BridgeServer(asio::io_context& io, std::string path, std::optional
   removeStale(io, endpoint);
   asio::error_code error;
   (void)acceptor_.open(endpoint.protocol(), error);
+  if (!error) closeOnExec(acceptor_);
   if (!error) (void)acceptor_.bind(endpoint, error);
   if (!error && group && ::chown(path_.c_str(), static_cast<uid_t>(-1), *group) != 0) {
     log(Level::Warning,
@@ -131,6 +140,7 @@ void BridgeServer::acceptNext() {
 }
 
 void BridgeServer::open(Session::Socket socket) {
+  closeOnExec(socket);
   const auto peer = peerOf(socket);
   if (!peer) return;
   if (sessions_.size() >= MAX_SESSIONS) {
