@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <tuple>
+#include <vector>
 
 #include "tests/support/readable_bytes.h"
 
@@ -15,21 +15,38 @@ namespace {
 /// What stands behind the head of an encoded message.
 std::string body(const std::string& frame) { return frame.substr(FRAME_HEAD_SIZE); }
 
-auto fields(const Command& command) {
-  return std::tie(command.module, command.command, command.input);
-}
+/// A message and its frame. The head of a frame is the size of what follows.
+template <typename Content>
+struct Row {
+  Content content;
+  const char* bytes;
+  size_t fixedSize;  ///< of the body: cut off before, it is refused
+};
 
-auto fields(const Reply& reply) {
-  return std::tie(reply.result, reply.reason, reply.text, reply.output);
-}
+const std::vector<Row<Request>> REQUESTS = {
+    {Command{13, 1, std::string("\x03\0\0\0LOG", 7)},
+     "19 00 00 00 01 00 0D 00 00 00 01 00 00 00 00 00 00 00 00 00 00 00 03 00 00 00 4C 4F 47", 18},
+    {Command{}, "12 00 00 00 01 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00", 18},
+    {Command{-1, INT32_MIN, std::string("\0\xff\n", 3), 0x0807060504030201, true},
+     "15 00 00 00 01 03 FF FF FF FF 00 00 00 80 01 02 03 04 05 06 07 08 00 FF 0A", 18},
+    {Command{13, 0, "", 0}, "12 00 00 00 01 01 0D 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00",
+     18},
+    {Command{13, 2, "", {}, true},
+     "12 00 00 00 01 02 0D 00 00 00 02 00 00 00 00 00 00 00 00 00 00 00", 18},
+    {StatusRequest{}, "01 00 00 00 02", 1},
+    {Subscription{}, "01 00 00 00 03", 1},
+};
 
-const Command READ_LOG{13, 1, std::string("\x03\0\0\0LOG", 7)};
-const Command EMPTY_COMMAND{};
-const Command EXTREME_COMMAND{-1, INT32_MIN, std::string("\0\xff\n", 3)};
-
-const Reply DONE{1, Reason::None, "", std::string("\x02\0\0\0", 4)};
-const Reply REFUSED{0, Reason::NotAuthorised, "no", ""};
-const Reply EXTREME_REPLY{-1, Reason::ReplyTooLarge, std::string("a\0b", 3), "\xff"};
+const std::vector<Row<Message>> MESSAGES = {
+    {Reply{1, Reason::None, "", std::string("\x02\0\0\0", 4), 5},
+     "19 00 00 00 81 01 00 00 00 00 00 00 00 05 00 00 00 00 00 00 00 00 00 00 00 02 00 00 00", 21},
+    {Reply{0, Reason::NotAuthorised, "no"},
+     "17 00 00 00 81 00 00 00 00 02 00 00 00 00 00 00 00 00 00 00 00 02 00 00 00 6E 6F", 23},
+    {Reply{-1, Reason::ReplyTooLarge, std::string("a\0b", 3), "\xff", 0x0807060504030201},
+     "19 00 00 00 81 FF FF FF FF 07 00 00 00 01 02 03 04 05 06 07 08 03 00 00 00 61 00 62 FF", 24},
+    {Event{"IKE", 3, 1000, 42},
+     "14 00 00 00 82 03 00 00 00 00 00 00 00 E8 03 00 00 2A 00 00 00 49 4B 45", 17},
+};
 
 TEST(BridgeHello, IsTheMagicAndTheVersion) {
   EXPECT_EQ(hex(encodeHello()), "4C 50 42 52 01 00 00 00");
@@ -62,97 +79,84 @@ TEST(BridgeHello, IsRefusedIfItIsCutOff) {
   }
 }
 
-TEST(BridgeFrame, HeadIsTheSizeOfWhatFollows) {
+TEST(BridgeFrame, HeadIsASize) {
   EXPECT_EQ(decodeFrameHead(unhex("00 00 00 00")), 0U);
   EXPECT_EQ(decodeFrameHead(unhex("00 00 00 01")), MAX_FRAME_SIZE);
   EXPECT_EQ(decodeFrameHead(unhex("FF FF FF FF")), 0xFFFFFFFFU);
-  for (const std::string& frame : {encode(READ_LOG), encode(EMPTY_COMMAND), encode(EXTREME_COMMAND),
-                                   encode(DONE), encode(REFUSED), encode(EXTREME_REPLY)}) {
-    EXPECT_EQ(decodeFrameHead(frame), frame.size() - FRAME_HEAD_SIZE);
+}
+
+TEST(BridgeRequest, Bytes) {
+  for (const auto& row : REQUESTS) EXPECT_EQ(hex(encode(row.content)), row.bytes);
+}
+
+TEST(BridgeRequest, ComesBackAsItWas) {
+  for (const auto& row : REQUESTS) {
+    EXPECT_EQ(decodeRequest(body(unhex(row.bytes))), row.content) << row.bytes;
   }
 }
 
-TEST(BridgeCommand, Bytes) {
-  EXPECT_EQ(hex(encode(READ_LOG)),
-            "0F 00 00 00 "  // size
-            "0D 00 00 00 "  // module
-            "01 00 00 00 "  // command
-            "03 00 00 00 4C 4F 47");
-  EXPECT_EQ(hex(encode(EMPTY_COMMAND)), "08 00 00 00 00 00 00 00 00 00 00 00");
-  EXPECT_EQ(hex(encode(EXTREME_COMMAND)), "0B 00 00 00 FF FF FF FF 00 00 00 80 00 FF 0A");
-}
-
-TEST(BridgeCommand, ComesBackAsItWas) {
-  for (const Command& command : {READ_LOG, EMPTY_COMMAND, EXTREME_COMMAND}) {
-    Command decoded{99, 99, "old"};
-    ASSERT_TRUE(decode(body(encode(command)), decoded));
-    EXPECT_EQ(fields(decoded), fields(command));
+TEST(BridgeRequest, IsRefusedIfItsFixedPartIsCutOff) {
+  for (const auto& row : REQUESTS) {
+    for (size_t size = 0; size < row.fixedSize; ++size) {
+      EXPECT_FALSE(decodeRequest(body(unhex(row.bytes)).substr(0, size))) << row.bytes << size;
+    }
   }
 }
 
-TEST(BridgeCommand, IsRefusedIfItsFixedPartIsCutOff) {
-  const std::string fixedPart = body(encode(EMPTY_COMMAND));
-  ASSERT_EQ(fixedPart.size(), 8U);
-  for (size_t size = 0; size < fixedPart.size(); ++size) {
-    Command decoded;
-    EXPECT_FALSE(decode(fixedPart.substr(0, size), decoded)) << size;
+TEST(BridgeRequest, IsRefusedIfItIsOfNoKnownKindOrHasAnUnknownFlag) {
+  for (const char* bytes : {"00", "04", "81", "82", "FF", "02 00", "03 00",
+                            "01 04 0D 00 00 00 01 00 00 00 00 00 00 00 00 00 00 00"}) {
+    EXPECT_FALSE(decodeRequest(unhex(bytes))) << bytes;
   }
 }
 
-TEST(BridgeReply, Bytes) {
-  EXPECT_EQ(hex(encode(DONE)),
-            "10 00 00 00 "  // size
-            "01 00 00 00 "  // result
-            "00 00 00 00 "  // reason
-            "00 00 00 00 "  // length of the text
-            "02 00 00 00");
-  EXPECT_EQ(hex(encode(REFUSED)),
-            "0E 00 00 00 "
-            "00 00 00 00 "
-            "02 00 00 00 "
-            "02 00 00 00 6E 6F");
-  EXPECT_EQ(hex(encode(EXTREME_REPLY)),
-            "10 00 00 00 FF FF FF FF 07 00 00 00 03 00 00 00 61 00 62 FF");
+TEST(BridgeMessage, Bytes) {
+  for (const auto& row : MESSAGES) EXPECT_EQ(hex(encode(row.content)), row.bytes);
 }
 
-TEST(BridgeReply, NumbersOfTheReasons) {
-  EXPECT_EQ(static_cast<uint32_t>(Reason::None), 0U);
-  EXPECT_EQ(static_cast<uint32_t>(Reason::ModuleRefused), 1U);
-  EXPECT_EQ(static_cast<uint32_t>(Reason::NotAuthorised), 2U);
-  EXPECT_EQ(static_cast<uint32_t>(Reason::MalformedInput), 3U);
-  EXPECT_EQ(static_cast<uint32_t>(Reason::NoSuchModule), 4U);
-  EXPECT_EQ(static_cast<uint32_t>(Reason::MalformedFrame), 5U);
-  EXPECT_EQ(static_cast<uint32_t>(Reason::ModuleFailed), 6U);
-  EXPECT_EQ(static_cast<uint32_t>(Reason::ReplyTooLarge), 7U);
-}
-
-TEST(BridgeReply, ComesBackAsItWas) {
-  for (const Reply& reply : {DONE, REFUSED, EXTREME_REPLY}) {
-    Reply decoded{99, Reason::MalformedFrame, "old", "old"};
-    ASSERT_TRUE(decode(body(encode(reply)), decoded));
-    EXPECT_EQ(fields(decoded), fields(reply));
+TEST(BridgeMessage, ComesBackAsItWas) {
+  for (const auto& row : MESSAGES) {
+    EXPECT_EQ(decodeMessage(body(unhex(row.bytes))), row.content) << row.bytes;
   }
 }
 
-TEST(BridgeReply, IsRefusedIfItIsCutOffBeforeTheEndOfItsText) {
-  const std::string fixedPart = body(encode(REFUSED));
-  for (size_t size = 0; size < fixedPart.size(); ++size) {
-    Reply decoded;
-    EXPECT_FALSE(decode(fixedPart.substr(0, size), decoded)) << size;
+TEST(BridgeMessage, IsRefusedIfItsFixedPartOrItsTextIsCutOff) {
+  for (const auto& row : MESSAGES) {
+    for (size_t size = 0; size < row.fixedSize; ++size) {
+      EXPECT_FALSE(decodeMessage(body(unhex(row.bytes)).substr(0, size))) << row.bytes << size;
+    }
+  }
+}
+
+TEST(BridgeMessage, IsRefusedIfItIsOfNoKnownKind) {
+  for (const char* bytes : {"00", "01", "02", "03", "80", "83", "FF"}) {
+    EXPECT_FALSE(decodeMessage(unhex(bytes))) << bytes;
   }
 }
 
 TEST(BridgeReply, IsRefusedIfItsTextIsLongerThanItsFrame) {
   for (const char* length : {"01 00 00 00", "FC FF FF FF", "FF FF FF FF"}) {
-    Reply decoded;
-    EXPECT_FALSE(decode(unhex("01 00 00 00 00 00 00 00" + std::string(length)), decoded)) << length;
+    EXPECT_FALSE(decodeMessage(
+        unhex("81 01 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00" + std::string(length))))
+        << length;
+  }
+}
+
+TEST(BridgeReply, NumbersOfTheReasons) {
+  const Reason inOrder[] = {Reason::None,           Reason::ModuleRefused, Reason::NotAuthorised,
+                            Reason::MalformedInput, Reason::NoSuchModule,  Reason::MalformedFrame,
+                            Reason::ModuleFailed,   Reason::ReplyTooLarge, Reason::IllegalValue,
+                            Reason::Conflict,       Reason::SaveRefused};
+  for (uint32_t number = 0; number < std::size(inOrder); ++number) {
+    EXPECT_EQ(static_cast<uint32_t>(inOrder[number]), number);
   }
 }
 
 TEST(BridgeReply, KeepsReasonsThatAreNotKnownHere) {
-  Reply decoded;
-  ASSERT_TRUE(decode(unhex("00 00 00 00 E7 03 00 00 00 00 00 00"), decoded));
-  EXPECT_EQ(static_cast<uint32_t>(decoded.reason), 999U);
+  const auto message =
+      decodeMessage(unhex("81 00 00 00 00 E7 03 00 00 00 00 00 00 00 00 00 00 00 00 00 00"));
+  ASSERT_TRUE(message);
+  EXPECT_EQ(static_cast<uint32_t>(std::get<Reply>(*message).reason), 999U);
 }
 
 }  // namespace

@@ -108,12 +108,17 @@ Outcome repliedWith(const std::string& bytes, std::string& agentName) {
 }
 
 const HelloRow REPLY_ROWS[] = {
-    {"00 00 00 00", "sent a reply that is too short"},
-    {"0B 00 00 00 01 00 00 00 00 00 00 00 00 00 00", "sent a reply that is too short"},
-    {"0C 00 00 00 01 00 00 00 00 00 00 00 01 00 00 00", "sent a reply that is too short"},
-    {"0C 00 00 00 01 00 00 00 00 00 00 00 FF FF FF FF", "sent a reply that is too short"},
-    {"01 00 00 01", "announced a reply of 16777217 bytes, which is too long"},
-    {"FF FF FF FF", "announced a reply of 4294967295 bytes, which is too long"},
+    {"00 00 00 00", "sent a message that cannot be read"},
+    {"01 00 00 00 07", "sent a message that cannot be read"},
+    {"05 00 00 00 81 01 00 00 00", "sent a message that cannot be read"},
+    {"15 00 00 00 81 01 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 01 00 00 00",
+     "sent a message that cannot be read"},
+    {"15 00 00 00 81 01 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 FF FF FF FF",
+     "sent a message that cannot be read"},
+    {"11 00 00 00 82 01 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00",
+     "sent an event that nobody has asked for"},
+    {"01 00 00 01", "announced a message of 16777217 bytes, which is too long"},
+    {"FF FF FF FF", "announced a message of 4294967295 bytes, which is too long"},
 };
 
 TEST(ClientConnection, ReplyThatIsNone) {

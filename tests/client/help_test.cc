@@ -22,7 +22,8 @@ TEST(ClientCommandLine, VersionIsPrinted) {
 
 TEST(ClientCommandLine, EveryCommandHasHelp) {
   const std::vector<std::string> commands[] = {
-      {}, {"show"}, {"get"}, {"set"}, {"user"}, {"save"}, {"user", "add"}, {"user", "del"}};
+      {},       {"show"},   {"get"},   {"set"},         {"user"},
+      {"save"}, {"status"}, {"watch"}, {"user", "add"}, {"user", "del"}};
   for (std::vector<std::string> arguments : commands) {
     arguments.emplace_back("--help");
     const Outcome outcome = runClient(arguments);
@@ -47,6 +48,9 @@ TEST(ClientCommandLine, ExamplesAreLegal) {
       {"user", "del", "anna"},
       {"user", "del", "0"},
       {"save"},
+      {"save", "--force"},
+      {"status"},
+      {"watch"},
   };
   for (std::vector<std::string> arguments : examples) {
     arguments.insert(arguments.begin(), {"--socket", "/nonexistent"});

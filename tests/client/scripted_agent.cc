@@ -38,14 +38,21 @@ int listenAt(const std::string& path) {
   return listener;
 }
 
-std::string describe(const bridge::Command& command) {
+std::string describe(const bridge::Request& request) {
+  if (std::holds_alternative<bridge::StatusRequest>(request)) return "status";
+  if (std::holds_alternative<bridge::Subscription>(request)) return "subscribe";
+  const auto& command = std::get<bridge::Command>(request);
   if (command.module != 13) return "module " + std::to_string(command.module);
-  if (command.command == 2) return "save" + testing_support::hex(command.input);
+  if (command.command == 2) {
+    return (command.force ? "forced save" : "save") + testing_support::hex(command.input);
+  }
   std::string group;
   LPARAMS::Server::CommandStreamIn in(command.input);
   take(in, group);
   const std::string record = testing_support::hex(command.input.substr(in.pos));
-  if (command.command == 0) return "write " + group + " " + record;
+  const uint64_t revision = command.revision.value_or(0);
+  const std::string condition = revision == 0 ? "" : " at revision " + std::to_string(revision);
+  if (command.command == 0) return "write " + group + condition + " " + record;
   if (command.command == 1) return "read " + group + record;
   return "command " + std::to_string(command.command);
 }
@@ -107,9 +114,9 @@ void ScriptedAgent::answer(const Peer& peer, const std::vector<bridge::Reply>& r
   for (const bridge::Reply& reply : replies) {
     const std::string head = peer.read(bridge::FRAME_HEAD_SIZE);
     if (head.empty()) return;
-    bridge::Command command;
-    if (!bridge::decode(peer.read(bridge::decodeFrameHead(head)), command)) return;
-    commands_.push_back(describe(command));
+    const auto request = bridge::decodeRequest(peer.read(bridge::decodeFrameHead(head)));
+    if (!request) return;
+    commands_.push_back(describe(*request));
     peer.write(bridge::encode(reply));
   }
 }

@@ -43,8 +43,9 @@ class ScriptedAgent {
   ScriptedAgent(const ScriptedAgent&) = delete;
   ScriptedAgent& operator=(const ScriptedAgent&) = delete;
 
-  /// The commands that were answered: "read IKE", "write ADMIN" and the record as hexadecimal
-  /// digits, "save". REQUIRES: the client has ended.
+  /// The requests that were answered: "read IKE", "write ADMIN" or "write ADMIN at revision 7" and
+  /// the record as hexadecimal digits, "save", "forced save", "status", "subscribe". REQUIRES: the
+  /// client has ended.
   std::vector<std::string> commands();
 
   /// Whether a client has connected. REQUIRES: as above.
