@@ -29,6 +29,12 @@ std::vector<Candidate> candidatesFor(const Server_t& server, const std::string& 
   return found;
 }
 
+/// A value that is missing takes the next line instead, which may hold a secret.
+std::string withoutNextValue(const std::string& text) {
+  const size_t equals = text.find('=');
+  return equals == std::string::npos ? text : text.substr(0, equals + 1) + "(hidden)";
+}
+
 std::string groupsOf(const std::vector<Candidate>& candidates) {
   std::string groups;
   for (const Candidate& candidate : candidates) {
@@ -70,7 +76,8 @@ void LoadReport::fileFailed(const std::string& fileName) {
   warn("the file could not be loaded to its end; what was read is kept", {{"file", fileName}});
 }
 
-void LoadReport::badValue(const std::string& param, const std::string& text) {
+void LoadReport::badValue(const std::string& param, const std::string& found) {
+  const std::string text = withoutNextValue(found);
   const auto candidates = candidatesFor(server_, param);
   if (candidates.empty()) {
     warn("the value cannot be read", {{"parameter", param}, {"text", text}});
@@ -97,7 +104,7 @@ void LoadReport::badValue(const std::string& param, const std::string& text) {
 void LoadReport::extraText(const std::string& param, const std::string& text) {
   const std::string groups = groupsOf(candidatesFor(server_, param));
   warn("the value is followed by more text, which was ignored",
-       {{"group", groups}, {"parameter", param}, {"text", text}});
+       {{"group", groups}, {"parameter", param}, {"text", withoutNextValue(text)}});
 }
 
 }  // namespace agent

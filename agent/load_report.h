@@ -18,7 +18,7 @@ class LoadReport : public LPARAMS::Server::LoadLog {
   void paramsMissing(int missing, int total, const std::string& group) override;
   void rootMismatch(const std::string& key, const std::string& rootName) override;
   void fileFailed(const std::string& fileName) override;
-  void badValue(const std::string& param, const std::string& text) override;
+  void badValue(const std::string& param, const std::string& found) override;
   void extraText(const std::string& param, const std::string& text) override;
 
   int reports() const { return reports_; }
