@@ -17,6 +17,10 @@ namespace {
 constexpr std::chrono::seconds PATIENCE{20};
 constexpr std::chrono::seconds CLOCK_TICK{5};
 
+/// The same when the agent stops. With the tick it is less than what a running command gets: a
+/// client that takes nothing must not keep the agent from ending well.
+constexpr std::chrono::seconds PATIENCE_AT_END{5};
+
 /// A subscriber that leaves more events than this untaken is closed.
 constexpr size_t MAX_PENDING = 1000;
 
@@ -210,7 +214,8 @@ void Session::watchClock() {
   timer_.async_wait([self = shared_from_this()](const asio::error_code& error) {
     if (error || self->ended_) return;
     const bool clientsTurn = !self->greeted_ || !self->input_.empty() || !self->output_.empty();
-    if (clientsTurn && !self->running_ && Clock::now() - self->lastProgress_ > PATIENCE) {
+    const auto patience = self->stopping_ ? PATIENCE_AT_END : PATIENCE;
+    if (clientsTurn && !self->running_ && Clock::now() - self->lastProgress_ > patience) {
       log(Level::Warning, "session closed: the client does not go on with what it has begun",
           {{"uid", self->peer_.uid}, {"pid", self->peer_.pid}});
       return self->end();
