@@ -1,0 +1,183 @@
+#include "agent/bridge/command_service.h"
+
+#include <gmock/gmock.h>
+
+#include <thread>
+
+#include "tests/agent/bridge/served_module.h"
+
+namespace agent {
+namespace {
+
+using agent_testing::adminRecord;
+using agent_testing::exptimeIn;
+using agent_testing::ServedModule;
+using bridge::Reason;
+using bridge::Reply;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+class Service : public testing::Test {
+ protected:
+  explicit Service(const ServedModule::Rules& rules = {}) : module_(rules) {
+    (void)module_.changes().subscribe(
+        [this](const bridge::Event& event) { events_.push_back(event.group); });
+  }
+
+  /// Runs the action and expects that it leaves the values, the revision and the subscribers of
+  /// ADMIN alone.
+  template <typename Action>
+  Reply withoutEffect(Action action) {
+    const Reply before = module_.read("ADMIN");
+    const size_t events = events_.size();
+    const Reply reply = action();
+    EXPECT_EQ(reply.result, 0);
+    EXPECT_EQ(module_.read("ADMIN"), before);
+    EXPECT_EQ(events_.size(), events);
+    return reply;
+  }
+
+  ServedModule module_;
+  BridgeSession stranger_{agent_testing::strangersUid(), 65534, 99, {}};
+  std::vector<std::string> events_;
+};
+
+TEST_F(Service, RepliesCarryTheRevision) {
+  const Reply first = module_.read("ADMIN");
+  EXPECT_EQ(first.result, 1);
+  EXPECT_EQ(first.revision, 1u);
+  EXPECT_EQ(exptimeIn(first), 10u);
+
+  const Reply written = module_.write(adminRecord(20), 1);
+  EXPECT_EQ(written, (Reply{.result = 1, .revision = 2}));
+  EXPECT_EQ(module_.write(adminRecord(21), written.revision).revision, 3u);
+  EXPECT_EQ(module_.read("ADMIN").revision, 3u);
+  EXPECT_EQ(exptimeIn(module_.read("ADMIN")), 21u);
+  EXPECT_EQ(module_.read("LOG").revision, 1u);
+}
+
+TEST_F(Service, AStaleWriteIsAConflict) {
+  (void)module_.write(adminRecord(20));
+  (void)module_.write(adminRecord(21));
+  for (const uint64_t stale : {uint64_t{0}, uint64_t{1}, uint64_t{2}, uint64_t{4}, UINT64_MAX}) {
+    const Reply reply = withoutEffect([&] { return module_.write(adminRecord(30), stale); });
+    EXPECT_EQ(reply.reason, Reason::Conflict);
+    EXPECT_EQ(reply.revision, 3u);
+    EXPECT_EQ(reply.text, "ADMIN has changed: it was read at revision " + std::to_string(stale) +
+                              " and is at revision 3; read it again");
+  }
+  EXPECT_EQ(module_.write(adminRecord(30), 3).result, 1);
+  EXPECT_EQ(module_.write(adminRecord(31)).result, 1);  // a plain write stays possible
+}
+
+TEST_F(Service, ARefusedValueChangesNothing) {
+  const Reply reply = withoutEffect([&] { return module_.write(adminRecord(86401), 1); });
+  EXPECT_EQ(reply.reason, Reason::IllegalValue);
+  EXPECT_EQ(reply.text,
+            "ADMIN.SESSION_EXPTIME: 86401 is not legal; expected a number from 0 to 86400");
+  EXPECT_EQ(reply.output, "");
+  const std::string record = adminRecord(20);
+  for (size_t size = 0; size < record.size(); ++size) {
+    EXPECT_EQ(withoutEffect([&] { return module_.write(record.substr(0, size)); }).reason,
+              Reason::IllegalValue);
+  }
+}
+
+TEST_F(Service, AStrangerLearnsNothingButThatHeIsOne) {
+  for (const std::string& input : {adminRecord(20), adminRecord(86401), std::string("garbage")}) {
+    for (const uint64_t revision : {uint64_t{1}, uint64_t{9}}) {
+      const Reply reply = withoutEffect([&] { return module_.write(stranger_, input, revision); });
+      EXPECT_EQ(reply.reason, Reason::NotAuthorised);
+      EXPECT_EQ(reply.text,
+                "user " + std::to_string(stranger_.uid) +
+                    " may not use module 13 at level 0; the agent's user, root and the members of "
+                    "the group \"admin\" may");
+    }
+  }
+  const Reply save = module_.service().execute(stranger_, {13, 2});
+  EXPECT_EQ(save.reason, Reason::NotAuthorised);
+  EXPECT_THAT(save.text, HasSubstr("may not use module 13 at level 2"));
+  EXPECT_EQ(module_.read(stranger_, "ADMIN"), module_.read("ADMIN"));  // reads are open
+}
+
+TEST_F(Service, ARefusalIsForgottenWithItsCommand) {
+  EXPECT_EQ(module_.write(stranger_, adminRecord(20)).reason, Reason::NotAuthorised);
+  EXPECT_EQ(module_.service().execute(stranger_, {13, 3}).reason, Reason::ModuleRefused);
+}
+
+TEST_F(Service, WhatTheModuleDoesNotTakeHasItsReason) {
+  const struct {
+    bridge::Command command;
+    Reason reason;
+    const char* text;
+  } rows[] = {
+      {{13, 3}, Reason::ModuleRefused, "the module does not know this command or its subject"},
+      {{13, -1}, Reason::ModuleRefused, "the module does not know this command or its subject"},
+      {{13, 1, std::string("\3\0\0\0FOO", 7)},
+       Reason::ModuleRefused,
+       "the module does not know this command or its subject"},
+      {{13, 1, "ADM"},
+       Reason::MalformedInput,
+       "the module could not read the command to its end: CommandStreamError"},
+      {{14, 1}, Reason::NoSuchModule, "no module 14 is loaded"},
+      {{0, 0}, Reason::NoSuchModule, "no module 0 is loaded"},
+  };
+  BridgeSession root(0, 0, 1, {});
+  for (const auto& row : rows) {
+    const Reply reply = module_.service().execute(root, row.command);
+    EXPECT_EQ(reply, (Reply{0, row.reason, row.text})) << row.command.command;
+  }
+}
+
+TEST_F(Service, NoUpdateIsLostWithRevisions) {
+  constexpr unsigned THREADS = 4;
+  constexpr unsigned TIMES = 50;
+  std::vector<std::thread> threads;
+  for (unsigned i = 0; i < THREADS; ++i) {
+    threads.emplace_back([this] {
+      BridgeSession session(0, 0, 1, {});
+      for (unsigned done = 0; done < TIMES;) {
+        const Reply read = module_.read(session, "ADMIN");
+        const Reply written =
+            module_.write(session, adminRecord(exptimeIn(read) + 1), read.revision);
+        if (written.result == 1) ++done;
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(exptimeIn(module_.read("ADMIN")), 10 + THREADS * TIMES);
+  EXPECT_EQ(events_.size(), THREADS * TIMES);
+}
+
+class AcceptAny : public Service {
+ protected:
+  AcceptAny() : Service({.acceptAny = true}) {}
+};
+
+TEST_F(AcceptAny, ValuesReachTheModuleAsTheyStand) {
+  EXPECT_EQ(module_.write(adminRecord(4000000000u)).result, 1);
+  EXPECT_EQ(exptimeIn(module_.read("ADMIN")), 4000000000u);
+  EXPECT_EQ(module_.write(adminRecord(20) + "more").result, 1);
+  EXPECT_EQ(exptimeIn(module_.read("ADMIN")), 20u);
+}
+
+TEST_F(AcceptAny, AWriteThatBreaksOffIsTold) {
+  const std::string record = adminRecord(20);
+  const Reply reply = module_.write(record.substr(0, record.size() - 1), 1);
+  EXPECT_EQ(reply.reason, Reason::MalformedInput);
+  EXPECT_EQ(reply.revision, 2u);
+  EXPECT_THAT(events_, testing::ElementsAre("ADMIN"));
+  EXPECT_EQ(exptimeIn(module_.read("ADMIN")), 20u);  // what came first was taken
+  EXPECT_EQ(module_.write(record, 1).reason, Reason::Conflict);
+}
+
+TEST_F(AcceptAny, StrangersAndConflictsAreRefusedAllTheSame) {
+  EXPECT_EQ(withoutEffect([&] { return module_.write(stranger_, adminRecord(20)); }).reason,
+            Reason::NotAuthorised);
+  EXPECT_EQ(withoutEffect([&] { return module_.write(adminRecord(20), 9); }).reason,
+            Reason::Conflict);
+}
+
+}  // namespace
+}  // namespace agent

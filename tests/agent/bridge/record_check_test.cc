@@ -1,0 +1,283 @@
+#include "agent/bridge/record_check.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <functional>
+
+#include "lparams/params/enum_param.h"
+#include "tests/agent/bridge/served_module.h"
+#include "tests/support/readable_bytes.h"
+
+namespace agent {
+namespace {
+
+using namespace LPARAMS::Server;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+constexpr size_t MAX_USERS = 3;  // of the check in ServedModule
+
+template <typename T>
+std::string bytesOf(T value) {
+  std::string bytes;
+  CommandStreamOut out{bytes};
+  put(out, value);
+  return bytes;
+}
+
+/// A member of a group on the bridge, or of the second entry of the user list.
+struct Member {
+  ParamGroup& group;
+  Param& param;
+  std::string name;  ///< in messages
+};
+
+class RecordCheckTest : public testing::Test {
+ protected:
+  RecordCheckTest() {
+    for (const char* name : {"first", "second"}) {
+      settings_.users.append()->NAME.value = name;
+    }
+  }
+
+  std::string refusal(const std::string& input) const { return module_.check().refusal(input); }
+
+  void forEachMember(const std::function<void(const Member&)>& visit) {
+    for (ParamGroup* group : settings_.groups) {
+      const bool isList = group == &settings_.users;
+      ParamGroup& owner = isList ? *settings_.users.items[1] : *group;
+      const std::string prefix = isList ? "USERS[1]." : std::string(group->name) + ".";
+      for (Param* param : owner.wireParams) visit({*group, *param, prefix + param->name});
+    }
+  }
+
+  /// The legal record of the member's group with these bytes for the member.
+  std::string recordWith(const Member& member, const std::string& bytes) {
+    std::string record = client::encodeRecord(member.group);
+    std::string from;
+    CommandStreamOut out{from};
+    // Everything from the member to the end of its group stands at the end of the record.
+    const auto& owner =
+        &member.group == &settings_.users ? *settings_.users.items[1] : member.group;
+    bool reached = false;
+    size_t own = 0;
+    for (Param* param : owner.wireParams) {
+      reached = reached || param == &member.param;
+      if (reached) (void)param->write(out);
+      if (param == &member.param) own = from.size();
+    }
+    return record.replace(record.size() - from.size(), own, bytes);
+  }
+
+  void expectLegal(const Member& member, const std::string& bytes) {
+    EXPECT_EQ(refusal(recordWith(member, bytes)), "") << member.name << testing_support::hex(bytes);
+  }
+
+  void expectRefused(const Member& member, const std::string& bytes, const std::string& why) {
+    EXPECT_EQ(refusal(recordWith(member, bytes)), member.name + ": " + why);
+  }
+
+  template <typename Numeric, typename T>
+  void checkLimits(const Member& member) {
+    const auto& param = static_cast<const Numeric&>(member.param);
+    const T min = param.min;
+    const T max = param.max;
+    const std::string expected = " is not legal; expected a number from " + std::to_string(min) +
+                                 " to " + std::to_string(max);
+    expectLegal(member, bytesOf(min));
+    expectLegal(member, bytesOf(max));
+    const auto below = static_cast<T>(min - 1);  // wraps below 0: then it may be legal
+    const auto above = static_cast<T>(max + 1);
+    if (min > 0) expectRefused(member, bytesOf(below), std::to_string(below) + expected);
+    if (above != 0) expectRefused(member, bytesOf(above), std::to_string(above) + expected);
+  }
+
+  agent_testing::ServedModule module_;
+  client::Settings settings_;
+};
+
+TEST_F(RecordCheckTest, TakesTheListAsItFoundIt) {
+  EXPECT_TRUE(module_.server().USERS->items.empty());
+}
+
+TEST_F(RecordCheckTest, EveryGroupOfTheModulePassesAtItsDefaults) {
+  for (ParamGroup* group : settings_.groups) {
+    EXPECT_EQ(refusal(client::encodeRecord(*group)), "") << group->name;
+  }
+}
+
+TEST_F(RecordCheckTest, EveryLimitOfEveryNumber) {
+  int numbers = 0;
+  forEachMember([&](const Member& member) {
+    if (member.param.getTypeId() == TYPE_USHORT) {
+      checkLimits<PortParam, uint16_t>(member);
+      ++numbers;
+    } else if (member.param.getTypeId() == TYPE_UINT) {
+      checkLimits<UIntParam, uint32_t>(member);
+      ++numbers;
+    }
+  });
+  EXPECT_GT(numbers, 15);
+}
+
+TEST_F(RecordCheckTest, EveryFlag) {
+  int flags = 0;
+  forEachMember([&](const Member& member) {
+    if (member.param.getTypeId() != TYPE_BOOL) return;
+    ++flags;
+    expectLegal(member, bytesOf('\0'));
+    expectLegal(member, bytesOf('\1'));
+    expectRefused(member, bytesOf('\2'), "2 is not legal; expected 0 or 1");
+    expectRefused(member, bytesOf('\xFF'), "255 is not legal; expected 0 or 1");
+  });
+  EXPECT_GT(flags, 10);
+}
+
+TEST_F(RecordCheckTest, EveryNameOfEveryEnumeration) {
+  int enumerations = 0;
+  forEachMember([&](const Member& member) {
+    if (member.param.getTypeId() != TYPE_INT) return;
+    ++enumerations;
+    const Variant* const table = static_cast<const EnumParam&>(member.param).variants;
+    std::string expected = " is not legal; expected one of ";
+    for (const Variant* row = table; row->name != nullptr; ++row) {
+      expectLegal(member, bytesOf(row->value));
+      expected += (row == table ? "" : ", ") + std::string(row->name);
+    }
+    for (const int32_t value : {-1, 54321, INT32_MAX, INT32_MIN}) {
+      if (findVariant(table, value) != nullptr) continue;
+      expectRefused(member, bytesOf(value), std::to_string(value) + expected);
+    }
+  });
+  EXPECT_GT(enumerations, 20);
+}
+
+TEST_F(RecordCheckTest, EveryControlCharacterInEveryString) {
+  int strings = 0;
+  forEachMember([&](const Member& member) {
+    const bool secret = member.param.getTypeId() == TYPE_SECRET;
+    if (!secret && member.param.getTypeId() != TYPE_STRING) return;
+    ++strings;
+    for (const std::string legal : {"", " a = b ", "/end=", "\x80\xFF", "caf\xC3\xA9 \"\\|"}) {
+      expectLegal(member, bytesOf(legal));
+    }
+    for (int c = 0; c <= 0x7F; ++c) {
+      const bool control = c < 0x20 || c == 0x7F;
+      const std::string value = std::string("ab") + static_cast<char>(c);
+      const std::string why = refusal(recordWith(member, bytesOf(value)));
+      if (!control) {
+        EXPECT_EQ(why, "") << member.name << c;
+        continue;
+      }
+      EXPECT_THAT(why, StartsWith(member.name + (secret ? ": the value" : ": \"ab\\")));
+      EXPECT_THAT(why, EndsWith(" has a control character at byte 2; expected text on one line"));
+    }
+  });
+  EXPECT_GT(strings, 15);
+}
+
+TEST_F(RecordCheckTest, Messages) {
+  const struct {
+    std::string name;
+    std::string bytes;
+    const char* why;
+  } rows[] = {
+      {"IKE.EXCHANGE_TIMEOUT", bytesOf(uint32_t{4}),
+       "4 is not legal; expected a number from 5 to 600"},
+      {"IKE.IKE_PORT", bytesOf(uint16_t{0}), "0 is not legal; expected a number from 1 to 65535"},
+      {"LOG.LANGUAGE", bytesOf(int32_t{7}), "7 is not legal; expected one of LOG_LANG_"},
+      {"POLICY.PMP_TIMEOUT", bytesOf(uint32_t{4}),
+       "4 is not legal; expected a number from 5 to 4294967295"},
+      {"ADMIN.ADMIN_GROUP", bytesOf(std::string("a\nLOG=")),
+       "\"a\\nLOG=\" has a control character at byte 1; expected text on one line"},
+      {"USERS[1].NAME", bytesOf(std::string("\t")),
+       "\"\\t\" has a control character at byte 0; expected text on one line"},
+  };
+  for (const auto& row : rows) {
+    int found = 0;
+    forEachMember([&](const Member& member) {
+      if (member.name != row.name) return;
+      ++found;
+      EXPECT_THAT(refusal(recordWith(member, row.bytes)), StartsWith(row.name + ": " + row.why));
+    });
+    EXPECT_EQ(found, 1) << row.name;
+  }
+}
+
+TEST_F(RecordCheckTest, ASecretIsNotRepeated) {
+  settings_.ike.QCD_SECRET.value = "open sesame";
+  settings_.ike.EXCHANGE_TIMEOUT.value = 4;
+  EXPECT_THAT(refusal(client::encodeRecord(settings_.ike)), Not(HasSubstr("sesame")));
+  settings_.ike.EXCHANGE_TIMEOUT.value = 5;
+  settings_.ike.QCD_SECRET.value = "open\nsesame";
+  EXPECT_EQ(refusal(client::encodeRecord(settings_.ike)),
+            "IKE.QCD_SECRET: the value has a control character at byte 4; expected text on one "
+            "line");
+}
+
+TEST_F(RecordCheckTest, EveryStrictPrefixIsTooShort) {
+  settings_.ike.QCD_SECRET.value = "open sesame";
+  for (ParamGroup* group : settings_.groups) {
+    const std::string record = client::encodeRecord(*group);
+    const size_t nameSize = client::encodeName(*group).size();
+    for (size_t size = 0; size < record.size(); ++size) {
+      const std::string subject = size < nameSize ? "the group's name" : group->name;
+      const std::string why = refusal(record.substr(0, size));
+      ASSERT_THAT(why, StartsWith(subject)) << size;
+      ASSERT_THAT(why, HasSubstr(": the record ends here; ")) << size;
+      ASSERT_THAT(why, Not(HasSubstr("sesame"))) << size;
+    }
+    EXPECT_EQ(refusal(record + "x"),
+              std::string(group->name) + ": 1 bytes follow the end of the record; expected none");
+    EXPECT_EQ(refusal(record + record), std::string(group->name) + ": " +
+                                            std::to_string(record.size()) +
+                                            " bytes follow the end of the record; expected none");
+  }
+}
+
+TEST_F(RecordCheckTest, LengthsThatWouldWrap) {
+  for (const uint32_t length : {0x7FFFFFFFu, 0x80000000u, 0xFFFFFFFBu, 0xFFFFFFFFu}) {
+    const std::string needed =
+        ": the record ends here; " + std::to_string(length) + " bytes are needed and ";
+    EXPECT_EQ(refusal(bytesOf(length) + "ADMIN"), "the group's name" + needed + "5 are left");
+    forEachMember([&](const Member& member) {
+      const int type = member.param.getTypeId();
+      if (type != TYPE_STRING && type != TYPE_SECRET) return;
+      EXPECT_THAT(refusal(recordWith(member, bytesOf(length))), StartsWith(member.name + needed));
+    });
+  }
+}
+
+TEST_F(RecordCheckTest, UnknownGroups) {
+  const std::string expected = "; expected one of IKE, LOG, UPDATE, POLICY, ADMIN, USERS";
+  for (const std::string name : {"", "FOO", "ike", "IKE ", "ROOT", "USER"}) {
+    EXPECT_EQ(refusal(bytesOf(name)), "there is no group \"" + name + "\"" + expected);
+  }
+  EXPECT_EQ(refusal(bytesOf(std::string("a\nb\0", 4))),
+            "there is no group \"a\\nb\\x00\"" + expected);
+}
+
+TEST_F(RecordCheckTest, TooManyUsers) {
+  const std::string head = client::encodeName(settings_.users);
+  const std::string expected = " entries are too many; expected at most 3";
+  for (const uint32_t count : {4u, 0x7FFFFFFFu, 0xFFFFFFFFu}) {
+    EXPECT_EQ(refusal(head + bytesOf(count)), "USERS: " + std::to_string(count) + expected);
+  }
+  (void)settings_.users.append();
+  ASSERT_EQ(settings_.users.items.size(), MAX_USERS);
+  EXPECT_EQ(refusal(client::encodeRecord(settings_.users)), "");
+  (void)settings_.users.append();
+  EXPECT_EQ(refusal(client::encodeRecord(settings_.users)), "USERS: 4" + expected);
+}
+
+TEST_F(RecordCheckTest, AnAbsurdCountEndsAtTheFirstEntryThatIsMissing) {
+  const RecordCheck check(module_.server(), 0xFFFFFFFF);
+  EXPECT_EQ(check.refusal(client::encodeName(settings_.users) + bytesOf(0xFFFFFFFFu)),
+            "USERS[0].NAME: the record ends here; 4 bytes are needed and 0 are left");
+}
+
+}  // namespace
+}  // namespace agent

@@ -1,0 +1,79 @@
+// The real module behind everything that the bridge puts in front of it but the socket.
+#pragma once
+
+#include <unistd.h>
+
+#include <optional>
+#include <string>
+
+#include "agent/bridge/authorisation.h"
+#include "agent/bridge/bridge_session.h"
+#include "agent/bridge/change_tracker.h"
+#include "agent/bridge/command_service.h"
+#include "agent/bridge/record_check.h"
+#include "agent/module.h"
+#include "bridge/protocol.h"
+#include "client/record.h"
+#include "client/settings.h"
+
+namespace agent_testing {
+
+/// A user who is neither root nor the one that runs the tests.
+inline uid_t strangersUid() { return ::geteuid() + 4321; }
+
+/// One exists at a time. The settings are at their defaults; nothing is loaded.
+class ServedModule {
+ public:
+  struct Rules {
+    bool acceptAny = false;
+    std::string adminGroup = {};
+  };
+  ServedModule() : ServedModule(Rules{}) {}
+  explicit ServedModule(const Rules& rules)
+      : rules_(*server().ADMIN, rules.adminGroup),
+        check_(server(), 3),
+        changes_(server()),
+        service_(changes_, rules.acceptAny ? nullptr : &check_, [] { return "{}"; }) {}
+
+  LPARAMS::Server::Server_t& server() { return module_.server(); }
+  const agent::RecordCheck& check() const { return check_; }
+  agent::ChangeTracker& changes() { return changes_; }
+  agent::CommandService& service() { return service_; }
+
+  bridge::Reply read(const std::string& group) { return read(root_, group); }
+  bridge::Reply read(BridgeSession& session, const std::string& group) {
+    return service_.execute(session, {13, 1, client::encodeName(client::Settings().group(group))});
+  }
+
+  bridge::Reply write(const std::string& input, std::optional<uint64_t> revision = {}) {
+    return write(root_, input, revision);
+  }
+  bridge::Reply write(BridgeSession& session, const std::string& input,
+                      std::optional<uint64_t> revision = {}) {
+    return service_.execute(session, {13, 0, input, revision});
+  }
+
+ private:
+  agent::Module module_{PRODUCTS_DIR "/lparams_server.so"};
+  agent::AccessRules rules_;
+  agent::RecordCheck check_;
+  agent::ChangeTracker changes_;
+  agent::CommandService service_;
+  BridgeSession root_{0, 0, 1234, {}};
+};
+
+/// The input of a write of ADMIN with this SESSION_EXPTIME.
+inline std::string adminRecord(unsigned seconds) {
+  client::Settings settings;
+  settings.admin.SESSION_EXPTIME.value = seconds;
+  return client::encodeRecord(settings.admin);
+}
+
+/// SESSION_EXPTIME in the output of a read of ADMIN.
+inline unsigned exptimeIn(const bridge::Reply& reply) {
+  client::Settings settings;
+  client::decodeRecord(settings.admin, reply.output);
+  return settings.admin.SESSION_EXPTIME.value;
+}
+
+}  // namespace agent_testing

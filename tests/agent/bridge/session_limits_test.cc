@@ -1,0 +1,190 @@
+// What a session allows its client, over a real socket.
+#include <gmock/gmock.h>
+
+#include <asio/io_context.hpp>
+#include <asio/post.hpp>
+#include <future>
+#include <list>
+#include <thread>
+#include <variant>
+
+#include "agent/bridge/bridge_server.h"
+#include "tests/agent/bridge/raw_client.h"
+#include "tests/agent/bridge/served_module.h"
+#include "tests/agent/state/scratch_directory.h"
+
+namespace agent {
+namespace {
+
+using agent_testing::adminRecord;
+using agent_testing::RawClient;
+using bridge::Reason;
+using bridge::Reply;
+
+constexpr size_t MAX_SESSIONS = 256;
+
+/// A frame of any bytes, short enough for one byte of its size to count.
+std::string frameOf(const std::string& body) {
+  return std::string(1, static_cast<char>(body.size())) + std::string(3, '\0') + body;
+}
+
+class SessionLimits : public testing::Test {
+ protected:
+  ~SessionLimits() override {
+    asio::post(io_, [this] { server_.stop(); });
+    loop_.join();
+  }
+
+  /// The server is used on its own thread only.
+  size_t sessions() {
+    std::promise<size_t> sessions;
+    asio::post(io_, [&] { sessions.set_value(server_.sessions()); });
+    return sessions.get_future().get();
+  }
+
+  /// A client that has been greeted.
+  RawClient& newClient() {
+    RawClient& client = clients_.emplace_back(socket_);
+    EXPECT_TRUE(client.greet());
+    return client;
+  }
+
+  static void expectServed(const RawClient& client) {
+    EXPECT_EQ(client.exchange(bridge::StatusRequest{}), (Reply{.result = 1, .output = "{}"}));
+  }
+
+  /// The agent answers with the failure and closes.
+  static void expectLastReply(const RawClient& client, const Reply& reply) {
+    const auto message = client.receive();
+    ASSERT_TRUE(message);
+    EXPECT_EQ(std::get<Reply>(*message), reply);
+    EXPECT_EQ(client.readToEnd(), "");
+  }
+
+  const agent_testing::ScratchDirectory directory_;
+  const std::string socket_ = directory_.at("socket");
+  agent_testing::ServedModule module_;
+  asio::io_context io_;
+  BridgeServer server_{io_, socket_, std::nullopt, module_.service()};
+  std::list<RawClient> clients_;
+  std::thread loop_{[this] { io_.run(); }};
+};
+
+TEST_F(SessionLimits, WhatIsNoHelloEndsTheSession) {
+  for (const std::string hello : {"GET / HTTP/1.1\r\n\r\n", "LPBS\1\0\0\0", "lpbr\1\0\0\0"}) {
+    const RawClient client(socket_);
+    client.send(hello + std::string(8, '\0'));
+    EXPECT_EQ(client.readToEnd(), "");
+  }
+  expectServed(newClient());
+}
+
+TEST_F(SessionLimits, AnotherVersionIsToldTheRightOne) {
+  for (const uint32_t version : {0u, 2u, 0x01000000u, 0xFFFFFFFFu}) {
+    const RawClient client(socket_);
+    client.send(bridge::encodeHello(version));
+    EXPECT_EQ(client.readToEnd(), bridge::encodeHello(1));
+  }
+}
+
+TEST_F(SessionLimits, WhatIsNoRequestEndsTheSession) {
+  const std::string command = bridge::encode(bridge::Request(bridge::Command{13, 1}));
+  const std::string bodies[] = {
+      "",
+      std::string(1, '\0'),
+      "\4",
+      "\x81",
+      "garbage",
+      std::string("\2more", 5),                                // a status request and more
+      command.substr(bridge::FRAME_HEAD_SIZE, 10),             // a command cut off
+      "\1\x7F" + command.substr(bridge::FRAME_HEAD_SIZE + 2),  // with flags that nobody knows
+  };
+  for (const std::string& body : bodies) {
+    const RawClient client(socket_);
+    ASSERT_TRUE(client.greet());
+    client.send(frameOf(body));
+    expectLastReply(client, {0, Reason::MalformedFrame, "the frame holds no request"});
+  }
+}
+
+TEST_F(SessionLimits, FramesMayHave16MiB) {
+  const uint32_t limit = bridge::MAX_FRAME_SIZE;
+  const RawClient& client = newClient();
+  bridge::Command command{13, 0};
+  const size_t overhead = bridge::encode(bridge::Request(command)).size() - bridge::FRAME_HEAD_SIZE;
+  command.input = adminRecord(20);
+  command.input.resize(limit - overhead);
+  EXPECT_EQ(client.exchange(command).reason, Reason::IllegalValue);  // read to its end
+  for (const char* head : {"\1\0\0\1", "\xFF\xFF\xFF\xFF"}) {
+    const RawClient& greedy = newClient();
+    greedy.send(std::string(head, 4));
+    expectLastReply(greedy, {0, Reason::MalformedFrame,
+                             "a frame of " + std::to_string(bridge::decodeFrameHead({head, 4})) +
+                                 " bytes is over the limit of 16777216"});
+  }
+}
+
+TEST_F(SessionLimits, RequestsMayArriveInPiecesOrTogether) {
+  const RawClient client(socket_);
+  const std::string status = bridge::encode(bridge::Request(bridge::StatusRequest{}));
+  for (const char c : bridge::encodeHello() + status) client.send({c});
+  EXPECT_EQ(client.read(bridge::HELLO_SIZE), bridge::encodeHello());
+  EXPECT_TRUE(client.receive());
+
+  client.send(status + status + status);
+  for (int i = 0; i < 3; ++i) EXPECT_TRUE(client.receive());
+}
+
+TEST_F(SessionLimits, ThereAreSoManySessions) {
+  for (size_t i = 0; i < MAX_SESSIONS; ++i) (void)newClient();
+  EXPECT_EQ(sessions(), MAX_SESSIONS);
+  const RawClient turnedAway(socket_);
+  EXPECT_EQ(turnedAway.readToEnd(), "");
+
+  expectServed(clients_.back());
+  clients_.pop_front();
+  while (sessions() == MAX_SESSIONS) std::this_thread::yield();
+  expectServed(newClient());
+}
+
+TEST_F(SessionLimits, ASubscriberThatTakesNoEventsIsClosed) {
+  const RawClient& sleeper = newClient();
+  EXPECT_EQ(sleeper.exchange(bridge::Subscription{}), (Reply{.result = 1}));
+  const RawClient& writer = newClient();
+  // The kernel takes some hundred events, the session a thousand.
+  uint64_t revision = 1;
+  while (sessions() == 2) {
+    revision = writer.exchange(bridge::Command{13, 0, adminRecord(20)}).revision;
+    ASSERT_NE(revision, 0u);
+  }
+  EXPECT_GT(revision, 1000u);
+  const auto first = sleeper.receive();  // what the kernel has taken is still there
+  ASSERT_TRUE(first);
+  EXPECT_EQ(std::get<bridge::Event>(*first).revision, 2u);
+  (void)sleeper.readToEnd();
+  expectServed(writer);
+}
+
+TEST_F(SessionLimits, ASilentClientIsClosedWhenItHasBegunSomething) {
+  const RawClient idle(socket_);
+  ASSERT_TRUE(idle.greet());
+  const RawClient& idleSubscriber = newClient();
+  (void)idleSubscriber.exchange(bridge::Subscription{});
+
+  const RawClient noHello(socket_);
+  const RawClient halfHello(socket_);
+  halfHello.send("LPB");
+  const RawClient& halfHead = newClient();
+  halfHead.send("\5");
+  const RawClient& halfFrame = newClient();
+  halfFrame.send(std::string("\5\0\0\0\1", 5));
+
+  for (const RawClient* silent : {&noHello, &halfHello, &halfHead, &halfFrame}) {
+    EXPECT_EQ(silent->readToEnd(), "");
+  }
+  expectServed(idle);
+  expectServed(idleSubscriber);
+}
+
+}  // namespace
+}  // namespace agent

@@ -1,0 +1,78 @@
+#include "agent/state/settings_text.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/agent/state/scratch_directory.h"
+#include "tests/support/readable_bytes.h"
+
+namespace agent {
+namespace {
+
+using namespace std::string_literals;
+
+const std::string SMALLEST = "/ROOT=\nend=\n";
+
+TEST(SettingsText, WholeFiles) {
+  const std::string rows[] = {
+      SMALLEST,
+      agent_testing::exampleSettings(),
+      "\xEF\xBB\xBF" + SMALLEST,
+      "/ROOT=\nend=",           // the last line end may be missing
+      "/ROOT=\nend=\n \t\n\n",  // white space may follow
+      "/ROOT=\r\n    A=1\r\nend=\r\n",
+      "/ROOT=\n/A=\n/B=\nend=\nend=\n/C=\nend=\nend=\n",
+      "/ROOT=\nVALUE=end=/A=\nend=\n",  // a value ends with its line, whatever it holds
+      "/ROOT=\nVALUE=\nend=\n",
+      "/ROOT=end=\n",                 // no line end is needed behind the head of a block
+      "/ROOT=\nKEY\nMORE=1\nend=\n",  // a key goes on over line ends
+      "/ROOT=\n\x01\x02 end=\n",
+  };
+  for (const std::string& text : rows) {
+    EXPECT_EQ(incompleteBecause(text), "") << testing_support::inQuotes(text);
+  }
+}
+
+TEST(SettingsText, TellsWhatIsMissing) {
+  const struct {
+    std::string text;
+    const char* reason;
+  } rows[] = {
+      {"", "it is empty"},
+      {"\xEF\xBB\xBF", "it does not begin with /ROOT="},
+      {"\n" + SMALLEST, "it does not begin with /ROOT="},
+      {"ROOT=\nend=\n", "it does not begin with /ROOT="},
+      {"/root=\nend=\n", "it does not begin with /ROOT="},
+      {"/ROOTS=\nend=\n", "it does not begin with /ROOT="},
+      {"\xEF\xBB\xBF\xEF\xBB\xBF" + SMALLEST, "it does not begin with /ROOT="},
+      {"/ROOT=", "1 of its blocks are not closed"},
+      {"/ROOT=\nend", "1 of its blocks are not closed"},
+      {"/ROOT=\nEND=\n", "1 of its blocks are not closed"},
+      {"/ROOT=\nend =\n", "1 of its blocks are not closed"},
+      {"/ROOT=\n/A=\n/B=\nend=\n", "2 of its blocks are not closed"},
+      {"/ROOT=\n/A=\nV=1", "2 of its blocks are not closed"},
+      {SMALLEST + "end=\n", "text follows the end of its root block"},
+      {SMALLEST + SMALLEST, "text follows the end of its root block"},
+      {SMALLEST + "\0"s, "it holds a zero byte"},
+      {"/ROOT=\nA=\0\nend=\n"s, "it holds a zero byte"},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(incompleteBecause(row.text), row.reason) << testing_support::inQuotes(row.text);
+  }
+}
+
+TEST(SettingsText, EveryCutIsSeen) {
+  const std::string whole = agent_testing::exampleSettings();
+  const size_t lastByteThatCounts = whole.size() - 1;  // the line end may be missing
+  for (size_t length = 0; length < lastByteThatCounts; ++length) {
+    ASSERT_NE(incompleteBecause(whole.substr(0, length)), "") << length;
+  }
+}
+
+TEST(SettingsText, Limit) {
+  const std::string filler(MAX_SETTINGS_SIZE - SMALLEST.size(), '\n');
+  EXPECT_EQ(incompleteBecause(SMALLEST + filler), "");
+  EXPECT_EQ(incompleteBecause(SMALLEST + filler + "\n"), "it is larger than 16 MiB");
+}
+
+}  // namespace
+}  // namespace agent

@@ -1,0 +1,98 @@
+#include "agent/state/state_directory.h"
+
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <optional>
+
+#include "tests/agent/state/scratch_directory.h"
+
+namespace agent {
+namespace {
+
+/// What keeps the directory from being used; empty if it can be.
+std::string refusalOf(const std::string& path) {
+  try {
+    const StateDirectory directory(path);
+    return {};
+  } catch (const std::runtime_error& error) {
+    return error.what();
+  }
+}
+
+class StateDirectoryTest : public testing::Test {
+ protected:
+  const agent_testing::ScratchDirectory scratch_;
+  const std::string& path_ = scratch_.path;
+};
+
+TEST_F(StateDirectoryTest, NamesWhatMayLieInIt) {
+  const StateDirectory directory(path_ + "//");
+  EXPECT_EQ(directory.path(), path_);
+  EXPECT_EQ(directory.settings(), path_ + "/localsettings.ini");
+  EXPECT_EQ(directory.backup(), path_ + "/localsettings.ini.bak");
+  EXPECT_EQ(directory.twin(), path_ + "/localsettings.ini.good");
+  EXPECT_EQ(directory.legacy(), path_ + "/localsettings.xml");
+  EXPECT_EQ(directory.importing(), path_ + "/localsettings.xml.importing");
+}
+
+TEST_F(StateDirectoryTest, Modes) {
+  const std::string refusal =
+      "state directory " + path_ + " can be written to by other users; mode 0700 would be right";
+  const struct {
+    mode_t mode;
+    bool refused;
+  } rows[] = {{0700, false}, {0750, false}, {0755, false}, {01755, false},
+              {0720, true},  {0702, true},  {0777, true},  {01777, true}};
+  for (const auto& row : rows) {
+    (void)::chmod(path_.c_str(), row.mode);
+    EXPECT_EQ(refusalOf(path_), row.refused ? refusal : "") << std::oct << row.mode;
+  }
+}
+
+TEST_F(StateDirectoryTest, MustBeADirectory) {
+  scratch_.write("file", "");
+  EXPECT_EQ(refusalOf(path_ + "/absent"),
+            "state directory " + path_ + "/absent cannot be used: No such file or directory");
+  EXPECT_EQ(refusalOf(path_ + "/file"), "state directory " + path_ + "/file is not a directory");
+  EXPECT_EQ(refusalOf(path_ + "/file/below"),
+            "state directory " + path_ + "/file/below cannot be used: Not a directory");
+}
+
+TEST_F(StateDirectoryTest, MustBelongToTheAgentsUser) {
+  ASSERT_EQ(::geteuid(), 0u) << "only root can give a directory away";
+  (void)::chown(path_.c_str(), 65534, 65534);
+  EXPECT_EQ(refusalOf(path_),
+            "state directory " + path_ + " belongs to user 65534, not to the agent's user 0");
+  EXPECT_TRUE(scratch_.names().empty());
+}
+
+TEST_F(StateDirectoryTest, HasOneHolder) {
+  std::optional<StateDirectory> first(path_);
+  EXPECT_THROW({ const StateDirectory second(path_); }, DirectoryInUse);
+  EXPECT_EQ(refusalOf(path_), "state directory " + path_ + " is in use by another agent");
+  first.reset();
+  EXPECT_EQ(refusalOf(path_), "");
+}
+
+TEST_F(StateDirectoryTest, HasOneHolderAmongProcesses) {
+  const StateDirectory held(path_);
+  const std::string expected = "state directory " + path_ + " is in use by another agent";
+  const pid_t child = ::fork();
+  if (child == 0) ::_exit(refusalOf(path_) == expected ? 0 : 1);
+  int status = -1;
+  ASSERT_EQ(::waitpid(child, &status, 0), child);
+  EXPECT_EQ(status, 0);
+}
+
+TEST_F(StateDirectoryTest, LocksNoForeignFile) {
+  std::filesystem::create_symlink("/dev/null", scratch_.at("localsettings.lock"));
+  EXPECT_EQ(refusalOf(path_),
+            path_ + "/localsettings.lock cannot be opened: Too many levels of symbolic links");
+}
+
+}  // namespace
+}  // namespace agent
