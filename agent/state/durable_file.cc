@@ -150,6 +150,11 @@ std::string keepCopy(const std::string& name, std::string_view text) {
   return used;
 }
 
+void removeFile(const std::string& path) {
+  if (::unlink(path.c_str()) == 0) return syncDirectoryOf(path);
+  if (errno != ENOENT) fail(path, "removed");
+}
+
 void syncFile(const std::string& path) {
   File file(path, O_RDONLY);
   if (!file.isOpen()) fail(path, "opened");

@@ -28,6 +28,9 @@ std::string moveAside(const std::string& path, const std::string& name);
 /// Makes a new file with the text.
 std::string keepCopy(const std::string& name, std::string_view text);
 
+/// Removes a file, if there is one.
+void removeFile(const std::string& path);
+
 /// Makes an existing file, data and name, survive.
 void syncFile(const std::string& path);
 

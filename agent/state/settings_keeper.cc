@@ -99,6 +99,9 @@ void SettingsKeeper::saveDurably() {
 
   // The twin first: from here on the new settings are safe, whatever becomes of the file.
   placeTwin(currentText());
+  // The module writes over the file that a crash may have left, and renames it without a sync: a
+  // power cut could put its old text in the place of the settings.
+  removeFile(directory_.backup());
   std::string report;
   if (!server_.save(&report)) {
     onDisk_ = readFile(directory_.settings(), MAX_SETTINGS_SIZE + 1);  // as the module left it
@@ -106,6 +109,7 @@ void SettingsKeeper::saveDurably() {
   }
   try {
     const std::string written = snapshot();
+    onDisk_ = written;  // holds if the file cannot be read now: nobody else has changed it
     onDisk_ = readFile(directory_.settings(), MAX_SETTINGS_SIZE + 1);
     if (onDisk_ != written) {
       throw std::runtime_error(directory_.settings() + " does not hold what was written to it");
@@ -120,6 +124,7 @@ void SettingsKeeper::saveDurably() {
 
 void SettingsKeeper::placeTwin(const std::string& text) {
   if (twin_ == text) return;
+  twin_.reset();  // a failure leaves the one or the other
   placeFile(directory_.twin(), text);
   twin_ = text;
 }

@@ -56,7 +56,7 @@ class SettingsKeeper {
 
   std::mutex saving_;                   // taken first; protects the next four
   std::optional<std::string> onDisk_;   // the settings file, as the agent left it
-  std::string twin_;                    // the twin, likewise
+  std::optional<std::string> twin_;     // the twin, likewise
   std::optional<std::string> foreign_;  // the last change by somebody else,
   std::string foreignKept_;             // and the name of its copy
 
