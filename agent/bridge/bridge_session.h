@@ -12,7 +12,7 @@
 class BridgeSession {
  public:
   /// `groups` are the groups of the client's process besides `gid`.
-  BridgeSession(uid_t uid, gid_t gid, pid_t pid, std::vector<gid_t> groups)
+  BridgeSession(uid_t uid, gid_t gid, pid_t pid, std::vector<gid_t> groups = {})
       : uid(uid), gid(gid), pid(pid), groups(std::move(groups)) {}
 
   const uid_t uid;

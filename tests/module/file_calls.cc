@@ -17,6 +17,7 @@ namespace {
 std::string watched;
 bool systemDirectoryAllowed = false;
 std::atomic<int> nextRenameError = 0;
+std::atomic<bool> nextCloseFails = false;
 
 bool isSystemFile(std::string_view path) { return path.starts_with(SYSTEM_DIRECTORY); }
 
@@ -77,6 +78,7 @@ mode_t modeArgument(int flags, va_list arguments) {
 void watchDirectory(const std::string& path) { watched = path; }
 void allowSystemDirectory() { systemDirectoryAllowed = true; }
 void failNextRename(int error) { nextRenameError = error; }
+void failNextClose() { nextCloseFails = true; }
 
 }  // namespace host
 
@@ -102,6 +104,11 @@ int open64(const char* path, int flags, ...) {
 FILE* fopen(const char* path, const char* mode) { return host::openStream("fopen", path, mode); }
 FILE* fopen64(const char* path, const char* mode) {
   return host::openStream("fopen64", path, mode);
+}
+
+int fclose(FILE* stream) {
+  const int result = host::nextFunction<int(FILE*)>("fclose")(stream);
+  return host::nextCloseFails.exchange(false) ? EOF : result;
 }
 
 int remove(const char* path) noexcept {

@@ -20,4 +20,7 @@ void allowSystemDirectory();
 /// The next rename fails with this error number, and does nothing.
 void failNextRename(int error);
 
+/// The next fclose closes the file, but says that it could not.
+void failNextClose();
+
 }  // namespace host

@@ -5,9 +5,10 @@ namespace {
 
 constexpr char DIGITS[] = "0123456789ABCDEF";
 
-std::string pairOfDigits(char c) {
+void appendDigits(std::string& text, char c) {
   const auto byte = static_cast<unsigned char>(c);
-  return {DIGITS[byte / 16], DIGITS[byte % 16]};
+  text += DIGITS[byte / 16];
+  text += DIGITS[byte % 16];
 }
 
 }  // namespace
@@ -24,7 +25,8 @@ std::string inQuotes(std::string_view bytes) {
     } else if (c == '"' || c == '\\') {
       text += {'\\', c};
     } else if (c < ' ' || c > '~') {
-      text += "\\x" + pairOfDigits(c);
+      text += "\\x";
+      appendDigits(text, c);
     } else {
       text += c;
     }
@@ -34,7 +36,10 @@ std::string inQuotes(std::string_view bytes) {
 
 std::string hex(std::string_view bytes) {
   std::string text;
-  for (const char c : bytes) text += (text.empty() ? "" : " ") + pairOfDigits(c);
+  for (const char c : bytes) {
+    if (!text.empty()) text += ' ';
+    appendDigits(text, c);
+  }
   return text;
 }
 

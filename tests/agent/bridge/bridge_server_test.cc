@@ -1,0 +1,64 @@
+#include "agent/bridge/bridge_server.h"
+
+#include <gmock/gmock.h>
+#include <grp.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+
+#include "tests/agent/bridge/served_module.h"
+#include "tests/module/child_process.h"
+#include "tests/module/temp_directory.h"
+
+using agent_testing::ServedModule;
+using testing::HasSubstr;
+
+namespace agent {
+namespace {
+
+constexpr uid_t NOBODY = 65534;
+
+/// Why nobody can listen there; empty if it is possible.
+std::string refusalOf(ServedModule& served, const std::string& path) {
+  try {
+    asio::io_context io;
+    const BridgeServer server(io, path, std::nullopt, served.service());
+    return "";
+  } catch (const std::runtime_error& error) {
+    return error.what();
+  }
+}
+
+TEST(BridgeServer, LeavesASocketAloneThatItMayNotTry) {
+  const host::TempDirectory directory;
+  const std::string path = directory.path + "agent.sock";
+  asio::io_context io;
+  ServedModule served;
+  const BridgeServer server(io, path, std::nullopt, served.service());
+  ASSERT_EQ(chmod(path.c_str(), 0000), 0);
+  if (geteuid() == 0) ASSERT_EQ(chown(directory.path.c_str(), NOBODY, NOBODY), 0);
+  EXPECT_TRUE(host::passesInChild([&] {
+    // Root may try every socket.
+    if (geteuid() == 0) {
+      ASSERT_EQ(setgroups(0, nullptr), 0);
+      ASSERT_EQ(setuid(NOBODY), 0);
+    }
+    EXPECT_THAT(refusalOf(served, path), HasSubstr("whether an agent uses it cannot be found out: "
+                                                   "Permission denied"));
+  }));
+  EXPECT_TRUE(host::exists(path));
+}
+
+TEST(BridgeServer, RemovesItsSocketAtTheEnd) {
+  const host::TempDirectory directory;
+  const std::string path = directory.path + "agent.sock";
+  ServedModule served;
+  EXPECT_EQ(refusalOf(served, path), "");
+  EXPECT_FALSE(host::exists(path));
+}
+
+}  // namespace
+}  // namespace agent

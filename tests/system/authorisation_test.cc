@@ -1,0 +1,61 @@
+// A client that is neither root nor the agent's own user.
+#include <gmock/gmock.h>
+#include <grp.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <string>
+
+#include "tests/module/child_process.h"
+#include "tests/system/system_test.h"
+
+using bridge::Reason;
+
+namespace system_testing {
+namespace {
+
+constexpr uid_t NOBODY = 65534;
+
+TEST_F(SystemTest, AnotherUserMayReadButNeitherWriteNorSave) {
+  ASSERT_EQ(geteuid(), 0U) << "only root can take on another user's identity for this test";
+  start({{"--admin-group", "no-such-group"}});
+  ASSERT_EQ(chmod(directory.path.c_str(), 0755), 0);
+  ASSERT_EQ(chmod(socketPath.c_str(), 0666), 0);
+  const std::string before = connect().read("ADMIN").output;
+
+  EXPECT_TRUE(host::passesInChild([&] {
+    ASSERT_EQ(setgroups(0, nullptr), 0);
+    ASSERT_EQ(setgid(NOBODY), 0);
+    ASSERT_EQ(setuid(NOBODY), 0);
+    const BridgeClient client = connect();
+    EXPECT_EQ(client.read("ADMIN").output, before);
+
+    const bridge::Reply written = client.write("ADMIN", std::string(13, '\x01'));
+    EXPECT_EQ(written.result, 0);
+    EXPECT_EQ(written.reason, Reason::NotAuthorised);
+    EXPECT_EQ(written.text,
+              "user 65534 may not use module 13 at level 0; the agent's user, root and the members "
+              "of the group \"no-such-group\" may");
+
+    const bridge::Reply saved = client.save();
+    EXPECT_EQ(saved.result, 0);
+    EXPECT_EQ(saved.reason, Reason::NotAuthorised);
+    EXPECT_EQ(saved.text,
+              "user 65534 may not use module 13 at level 2; the agent's user, root and the members "
+              "of the group \"no-such-group\" may");
+
+    // A refusal comes before any look at the input, and is of one command only.
+    EXPECT_EQ(client.call({SETTINGS_MODULE, WRITE_GROUP, "x"}).reason, Reason::NotAuthorised);
+    EXPECT_EQ(client.call({SETTINGS_MODULE, 5, {}}).reason, Reason::ModuleRefused);
+    EXPECT_EQ(client.read("IKE").result, 1);
+  }));
+  EXPECT_EQ(connect().read("ADMIN").output, before);
+}
+
+TEST_F(SystemTest, SocketIsForTheAgentsUserAndGroupOnly) {
+  start();
+  EXPECT_EQ(host::modeOf(socketPath), 0660U);
+}
+
+}  // namespace
+}  // namespace system_testing

@@ -1,0 +1,116 @@
+// How the agent ends.
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <poll.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <string>
+#include <system_error>
+#include <vector>
+
+#include "lparams/catalogue/policy_group.h"
+#include "tests/support/param_forms.h"
+#include "tests/system/system_test.h"
+
+using testing::AllOf;
+using testing::HasSubstr;
+
+namespace system_testing {
+namespace {
+
+class Stop : public SystemTest, public testing::WithParamInterface<int> {
+ protected:
+  void SetUp() override { start(); }
+};
+
+INSTANTIATE_TEST_SUITE_P(By, Stop, testing::Values(SIGTERM, SIGINT),
+                         [](const auto& signal) -> std::string {
+                           return signal.param == SIGTERM ? "Sigterm" : "Sigint";
+                         });
+
+TEST_P(Stop, WithoutClients) {
+  stop(GetParam());
+  EXPECT_THAT(agent->log(), AllOf(HasSubstr("info: stopping signal=" + std::to_string(GetParam())),
+                                  HasSubstr("info: stopped\n")));
+}
+
+TEST_P(Stop, EndsSessionsWhateverTheirClientsAreAbout) {
+  std::vector<BridgeClient> clients;
+  clients.emplace_back(socketPath);  // says nothing
+  clients.emplace_back(socketPath).send("LPB");
+  clients.push_back(connect());  // idle
+  clients.push_back(connect());
+  EXPECT_EQ(clients.back().read("ADMIN").result, 1);  // idle again
+  clients.push_back(connect());
+  clients.back().send(std::string("\x20\0", 2));
+  clients.push_back(connect());
+  clients.back().send(std::string("\x20\0\0\0half", 8));
+
+  agent->signal(GetParam());
+  for (const BridgeClient& client : clients) EXPECT_TRUE(client.isClosed());
+  EXPECT_EQ(agent->exitStatus(), 0);
+  EXPECT_FALSE(host::exists(socketPath));
+}
+
+/// A save that does not end before the test says so: the module's temporary file is a pipe that
+/// holds less than the settings.
+class SlowSave {
+ public:
+  explicit SlowSave(const std::string& temporaryPath) {
+    if (mkfifo(temporaryPath.c_str(), 0600) != 0) {
+      throw std::system_error(errno, std::generic_category(), temporaryPath);
+    }
+    pipe_ = open(temporaryPath.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  }
+  ~SlowSave() { (void)close(pipe_); }
+
+  SlowSave(const SlowSave&) = delete;
+  SlowSave& operator=(const SlowSave&) = delete;
+
+  void waitForBegin() const {
+    pollfd writer{pipe_, POLLIN, 0};
+    (void)poll(&writer, 1, -1);
+  }
+
+  /// Takes all that is written. Returns how much it was.
+  size_t letItEnd() const {
+    (void)fcntl(pipe_, F_SETFL, 0);
+    std::vector<char> bytes(65536);
+    size_t total = 0;
+    for (ssize_t count; (count = ::read(pipe_, bytes.data(), bytes.size())) > 0;) {
+      total += static_cast<size_t>(count);
+    }
+    return total;
+  }
+
+ private:
+  int pipe_;
+};
+
+TEST_P(Stop, TakesNoMoreClientsAndWaitsForTheRunningCommand) {
+  constexpr size_t LARGE = 1024 * 1024;
+  LPARAMS::Server::POLICY_t policy;
+  policy.PMP_SERVERS.value = std::string(LARGE, 's');
+  const BridgeClient idle = connect();
+  const BridgeClient client = connect();
+  EXPECT_EQ(client.write("POLICY", testing_support::wireBytes(policy)).result, 1);
+  const SlowSave save(settingsPath + ".bak");
+  client.send(bridge::encode(bridge::Command{SETTINGS_MODULE, SAVE}) +
+              bridge::encode(bridge::Command{SETTINGS_MODULE, READ_GROUP, groupInput("ADMIN")}));
+  save.waitForBegin();
+
+  agent->signal(GetParam());
+  EXPECT_TRUE(idle.isClosed());
+  EXPECT_THROW(while (true) BridgeClient another(socketPath), std::system_error);
+  EXPECT_TRUE(agent->runs());
+  EXPECT_GT(save.letItEnd(), LARGE);
+  EXPECT_EQ(client.receiveReply().reason, bridge::Reason::SaveRefused)
+      << "the command that was running is answered, and a pipe is no settings file";
+  EXPECT_TRUE(client.isClosed()) << "the next one is not begun";
+  EXPECT_EQ(agent->exitStatus(), 0);
+  EXPECT_FALSE(host::exists(socketPath));
+}
+
+}  // namespace
+}  // namespace system_testing
