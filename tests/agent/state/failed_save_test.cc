@@ -1,23 +1,26 @@
 // Saves that fail half-way: the old settings or the new ones stay, and the next save makes good.
-#include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
-#include <filesystem>
+#include <cerrno>
+#include <csignal>
+#include <future>
 #include <thread>
 
 #include "tests/agent/state/kept_settings.h"
+#include "tests/agent/state/rename_hook.h"
 
 namespace agent {
 namespace {
 
 using agent_testing::BACKUP;
 using agent_testing::exampleSettings;
+using agent_testing::HookedRename;
 using agent_testing::KeptSettings;
+using agent_testing::renameReally;
 using agent_testing::SETTINGS;
 using agent_testing::TWIN;
-using testing::HasSubstr;
 using testing::StartsWith;
 
 class FailedSave : public testing::Test {
@@ -28,8 +31,13 @@ class FailedSave : public testing::Test {
     settings_->setPort(501);
   }
 
-  void makeDirectory(const std::string& name) {
-    ASSERT_EQ(::mkdir(directory_.at(name).c_str(), 0700), 0);
+  /// A hook that lets the rename to this file fail, and others happen.
+  agent_testing::RenameHook failing(const std::string& name) {
+    return [target = directory_.at(name)](const std::string& from, const std::string& to) {
+      if (to != target) return renameReally(from, to);
+      errno = EIO;
+      return -1;
+    };
   }
 
   void expectSuccessNow() {
@@ -37,16 +45,17 @@ class FailedSave : public testing::Test {
     EXPECT_EQ(directory_.text(SETTINGS), exampleSettings(501));
     EXPECT_EQ(directory_.text(TWIN), exampleSettings(501));
     EXPECT_FALSE(settings_->server().isChanged());
+    EXPECT_EQ(settings_->keeper().state().lastFailure, "");
   }
 
   const agent_testing::ScratchDirectory directory_;
   std::optional<KeptSettings> settings_;
 };
 
-TEST_F(FailedSave, OfTheTwin) {
-  makeDirectory("localsettings.ini.good.new");
-  EXPECT_THAT(settings_->keeper().save(false),
-              StartsWith(directory_.at("localsettings.ini.good.new") + " cannot be created: "));
+TEST_F(FailedSave, BeforeTheTwin) {
+  const std::string temporary = directory_.at("localsettings.ini.good.new");
+  ASSERT_EQ(::mkdir(temporary.c_str(), 0700), 0);
+  EXPECT_EQ(settings_->keeper().save(false), temporary + " cannot be created: Is a directory");
   EXPECT_EQ(directory_.text(SETTINGS), exampleSettings());
   EXPECT_EQ(directory_.text(TWIN), exampleSettings());
   EXPECT_TRUE(settings_->server().isChanged());
@@ -55,54 +64,79 @@ TEST_F(FailedSave, OfTheTwin) {
   expectSuccessNow();
 }
 
-TEST_F(FailedSave, OfTheModule) {
-  makeDirectory(BACKUP);
-  const std::string failure = settings_->keeper().save(false);
-  EXPECT_THAT(failure, StartsWith("write failed: " + directory_.at(BACKUP) + ", error: "));
-  EXPECT_EQ(settings_->keeper().state().lastFailure, failure);
-  EXPECT_EQ(settings_->keeper().state().lastSave, std::nullopt);
+TEST_F(FailedSave, AtTheTwin) {
+  {
+    const HookedRename hooked(failing(TWIN));
+    EXPECT_EQ(settings_->keeper().save(false),
+              directory_.at(TWIN) + " cannot be replaced: Input/output error");
+  }
   EXPECT_EQ(directory_.text(SETTINGS), exampleSettings());
-  EXPECT_EQ(directory_.text(TWIN), exampleSettings(501));  // placed before: the new ones are safe
-
-  directory_.remove(BACKUP);
+  EXPECT_EQ(directory_.text(TWIN), exampleSettings());
   expectSuccessNow();
 }
 
-TEST_F(FailedSave, OfTheReadBack) {
-  // The module writes through the link, and then gives the link itself the settings' name.
-  std::filesystem::create_symlink("elsewhere", directory_.at(BACKUP));
-  const std::string failure = settings_->keeper().save(false);
-  EXPECT_EQ(failure,
-            directory_.at(SETTINGS) + " cannot be opened: Too many levels of symbolic links");
+TEST_F(FailedSave, AtTheModulesRename) {
+  {
+    const HookedRename hooked(failing(SETTINGS));
+    const std::string failure = settings_->keeper().save(false);
+    EXPECT_EQ(failure, "rename failed: " + directory_.at(BACKUP));
+    EXPECT_EQ(settings_->keeper().state().lastFailure, failure);
+    EXPECT_EQ(settings_->keeper().state().lastSave, std::nullopt);
+  }
+  EXPECT_EQ(directory_.text(SETTINGS), "(absent)");  // the module has removed it
+  EXPECT_EQ(directory_.text(TWIN), exampleSettings(501));
+  expectSuccessNow();  // the agent knows why the file is missing
+}
+
+TEST_F(FailedSave, OfTheModulesText) {
+  settings_->setPort(500);
+  directory_.remove(SETTINGS);  // so that the twin holds the text already and is not written
+  const auto before = std::signal(SIGXFSZ, SIG_IGN);
+  rlimit limit{};
+  (void)::getrlimit(RLIMIT_FSIZE, &limit);
+  const rlimit small{2000, limit.rlim_max};
+  (void)::setrlimit(RLIMIT_FSIZE, &small);
+  const std::string failure = settings_->keeper().save(true);
+  (void)::setrlimit(RLIMIT_FSIZE, &limit);
+  (void)std::signal(SIGXFSZ, before);
+  EXPECT_THAT(failure, StartsWith("write failed: " + directory_.at(BACKUP) + ", error: "));
+  EXPECT_EQ(directory_.text(TWIN), exampleSettings());
+
+  settings_->setPort(501);
+  expectSuccessNow();
+}
+
+TEST_F(FailedSave, AtTheReadBack) {
+  const std::string settings = directory_.at(SETTINGS);
+  {
+    const HookedRename hooked([&](const std::string& from, const std::string& to) {
+      const int result = renameReally(from, to);
+      if (to == settings) directory_.write(SETTINGS, "not what the module has written");
+      return result;
+    });
+    EXPECT_EQ(settings_->keeper().save(false), settings + " does not hold what was written to it");
+  }
   EXPECT_EQ(directory_.text(TWIN), exampleSettings(501));
   EXPECT_TRUE(settings_->server().isChanged());
-  EXPECT_EQ(settings_->keeper().save(true), failure);  // still no file of ours
-
-  directory_.remove(SETTINGS);
-  EXPECT_EQ(settings_->keeper().save(true), "");
   expectSuccessNow();
-}
-
-/// Opens a FIFO for reading as soon as somebody writes to it, and takes what is written.
-void drain(const std::string& path) {
-  const int fifo = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  char buffer[4096];
-  while (::read(fifo, buffer, sizeof buffer) > 0) continue;
-  (void)::close(fifo);
 }
 
 TEST_F(FailedSave, TheStateCanBeAskedForMeanwhile) {
-  ASSERT_EQ(::mkfifo(directory_.at(BACKUP).c_str(), 0600), 0);
-  std::string failure;
-  std::thread saving([&] { failure = settings_->keeper().save(false); });
-  // From here on the save waits for a reader of the FIFO, in the module.
-  while (directory_.text(TWIN) != exampleSettings(501)) std::this_thread::yield();
-  EXPECT_EQ(settings_->keeper().state().lastFailure, "");
-
-  drain(directory_.at(BACKUP));
+  std::promise<void> reached;
+  std::promise<void> asked;
+  const HookedRename hooked([&](const std::string& from, const std::string& to) {
+    if (to == directory_.at(SETTINGS)) {
+      reached.set_value();
+      asked.get_future().wait();
+    }
+    return renameReally(from, to);
+  });
+  std::thread saving([&] { EXPECT_EQ(settings_->keeper().save(false), ""); });
+  reached.get_future().wait();  // the save is in the module now
+  EXPECT_EQ(settings_->keeper().state().lastSave, std::nullopt);
+  asked.set_value();
   saving.join();
-  EXPECT_THAT(failure, HasSubstr("it is not a regular file"));
-  EXPECT_EQ(settings_->keeper().state().lastFailure, failure);
+  EXPECT_NE(settings_->keeper().state().lastSave, std::nullopt);
 }
 
 }  // namespace

@@ -1,0 +1,167 @@
+// Who may do what over the socket, and what a write may hold.
+#include <grp.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <variant>
+
+#include "bridge/protocol.h"
+#include "client/record.h"
+#include "client/settings.h"
+#include "tests/system/safety/agent_test.h"
+
+namespace safety {
+namespace {
+
+using agent_testing::exampleSettings;
+using agent_testing::RawClient;
+using bridge::Reason;
+using bridge::Reply;
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+constexpr uid_t STRANGER = 54321;
+const char* const GROUP = "daemon";  // exists on every system
+
+std::string recordOf(LPARAMS::Server::ParamGroup& group) { return client::encodeRecord(group); }
+
+class Access : public AgentTest {
+ protected:
+  Access() { state_.write(SETTINGS, exampleSettings()); }
+
+  /// What a user with these groups is told when he reads ADMIN, writes it back, and saves.
+  std::string tries(gid_t gid, const std::vector<gid_t>& groups) {
+    return asUser(STRANGER, gid, groups, [this] {
+      const RawClient client(socket_);
+      (void)client.greet();
+      client::Settings settings;
+      const Reply read =
+          client.exchange(bridge::Command{13, 1, client::encodeName(settings.admin)});
+      const Reply write = client.exchange(bridge::Command{13, 0, recordOf(settings.admin)});
+      const Reply save = client.exchange(bridge::Command{13, 2});
+      return inWords(read) + ", " + inWords(write) + ", " + inWords(save);
+    });
+  }
+
+  static std::string inWords(const Reply& reply) {
+    return reply.result == 1 ? "done" : std::to_string(static_cast<int>(reply.reason));
+  }
+
+  /// Lets everybody reach the socket.
+  void openDirectory() {
+    (void)::chmod(socket_.c_str(), 0666);
+    (void)::chmod(place_.at("run").c_str(), 0755);
+  }
+
+  std::string refusedWrite(LPARAMS::Server::ParamGroup& group) {
+    const RawClient client(socket_);
+    (void)client.greet();
+    const Reply reply = client.exchange(bridge::Command{13, 0, recordOf(group)});
+    EXPECT_EQ(reply.reason, Reason::IllegalValue);
+    return reply.text;
+  }
+};
+
+TEST_F(Access, IsForTheGroupAlone) {
+  start({"--admin-group", "root"});
+  EXPECT_EQ(place_.mode("run"), 0750u);
+  EXPECT_EQ(place_.mode("run/agent.sock"), 0660u);
+}
+
+TEST_F(Access, OfMembersOfTheGroup) {
+  ASSERT_EQ(::geteuid(), 0u) << "only root can become another user";
+  const gid_t group = ::getgrnam(GROUP)->gr_gid;
+  start({"--admin-group", GROUP});
+  EXPECT_EQ(tries(group, {}), "done, done, done");
+  EXPECT_EQ(tries(STRANGER, {7, group}), "done, done, done");
+  EXPECT_EQ(tries(STRANGER, {7}), socket_ + ": Permission denied");
+  openDirectory();
+  EXPECT_EQ(tries(STRANGER, {7}), "done, 2, 2");  // not authorised
+  EXPECT_EQ(get("ADMIN.SESSION_EXPTIME"), "10\n");
+}
+
+TEST_F(Access, OfMembersOfTheGroupInTheSettings) {
+  ASSERT_EQ(::geteuid(), 0u) << "only root can become another user";
+  const gid_t group = ::getgrnam(GROUP)->gr_gid;
+  start();
+  openDirectory();
+  EXPECT_EQ(tries(group, {}), "done, 2, 2");  // the file names another group
+  set(std::string("ADMIN.ADMIN_GROUP=") + GROUP);
+  EXPECT_EQ(tries(group, {}), "done, done, 2");  // and writes that one back
+}
+
+TEST_F(Access, IllegalValuesAreRefused) {
+  start();
+  client::Settings settings;
+  settings.ike.EXCHANGE_TIMEOUT.value = 601;
+  EXPECT_EQ(refusedWrite(settings.ike),
+            "IKE.EXCHANGE_TIMEOUT: 601 is not legal; expected a number from 5 to 600");
+  settings.admin.ADMIN_GROUP.value = "a\nLOG_LEVEL=1";
+  EXPECT_THAT(refusedWrite(settings.admin), StartsWith("ADMIN.ADMIN_GROUP: \"a\\nLOG_LEVEL=1\" "));
+  EXPECT_EQ(state("changed"), "no");
+}
+
+TEST_F(Access, IllegalValuesReachTheModuleIfTheyMay) {
+  start({"--accept-any"});
+  EXPECT_EQ(state("strict"), "no");
+  const RawClient client(socket_);
+  ASSERT_TRUE(client.greet());
+  client::Settings settings;
+  settings.ike.EXCHANGE_TIMEOUT.value = 601;
+  EXPECT_EQ(client.exchange(bridge::Command{13, 0, recordOf(settings.ike) + "trailing"}).result, 1);
+  EXPECT_EQ(get("IKE.EXCHANGE_TIMEOUT"), "601\n");
+  EXPECT_EQ(client.exchange(bridge::Command{13, 0, "\3"}).reason, Reason::MalformedInput);
+}
+
+TEST_F(Access, SoManyUsers) {
+  start({"--max-users", "3"});
+  EXPECT_EQ(ctl({"user", "add", "carol"}), (Outcome{0, ""}));
+  EXPECT_EQ(ctl({"user", "add", "dave"}),
+            (Outcome{1,
+                     "lparamsctl: writing USERS failed: USERS: 4 entries are too many; expected "
+                     "at most 3\n"}));
+  EXPECT_EQ(get("USERS[2].NAME"), "carol\n");
+}
+
+TEST_F(Access, WritesFromAStaleReadAreConflicts) {
+  start();
+  const RawClient first(socket_);
+  const RawClient second(socket_);
+  ASSERT_TRUE(first.greet() && second.greet());
+  client::Settings settings;
+  const bridge::Command read{13, 1, client::encodeName(settings.admin)};
+  bridge::Command write{13, 0, recordOf(settings.admin)};
+  write.revision = first.exchange(read).revision;
+  EXPECT_EQ(second.exchange(read).revision, write.revision);
+
+  EXPECT_EQ(second.exchange(write).result, 1);
+  const Reply conflict = first.exchange(write);
+  EXPECT_EQ(conflict.reason, Reason::Conflict);
+  EXPECT_THAT(conflict.text, HasSubstr("ADMIN has changed: it was read at revision 1 "));
+  write.revision = conflict.revision;
+  EXPECT_EQ(first.exchange(write).result, 1);
+}
+
+TEST_F(Access, SubscribersHearWhoWroteWhat) {
+  start();
+  const RawClient subscriber(socket_);
+  ASSERT_TRUE(subscriber.greet());
+  EXPECT_EQ(subscriber.exchange(bridge::Subscription{}), (Reply{.result = 1}));
+  Process watch({PRODUCTS_DIR "/lparamsctl", "--socket", socket_, "watch"});
+  while (state("sessions") != "3") continue;  // status counts itself
+
+  const RawClient writer(socket_);
+  ASSERT_TRUE(writer.greet());
+  client::Settings settings;
+  for (const uint64_t revision : {uint64_t{2}, uint64_t{3}}) {
+    EXPECT_EQ(writer.exchange(bridge::Command{13, 0, recordOf(settings.log)}).result, 1);
+    const bridge::Event event{"LOG", revision, ::getuid(), ::getpid()};
+    EXPECT_EQ(std::get<bridge::Event>(subscriber.receive().value()), event);
+  }
+  EXPECT_TRUE(watch.waitFor("LOG revision 3 by uid " + std::to_string(::getuid()) + " pid " +
+                            std::to_string(::getpid()) + "\n"));
+}
+
+}  // namespace
+}  // namespace safety

@@ -1,0 +1,274 @@
+// The agent as a process: signals, descriptors, modes, the journal and the service manager.
+#include <fcntl.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <regex>
+#include <sstream>
+#include <thread>
+
+#include "agent/exit_codes.h"
+#include "bridge/protocol.h"
+#include "client/record.h"
+#include "client/settings.h"
+#include "tests/system/safety/agent_test.h"
+
+namespace safety {
+namespace {
+
+using agent_testing::exampleSettings;
+using agent_testing::RawClient;
+using bridge::Reason;
+using bridge::Reply;
+using testing::HasSubstr;
+
+class AgentProcess : public AgentTest {
+ protected:
+  AgentProcess() { state_.write(SETTINGS, exampleSettings()); }
+
+  std::string inProc(const std::string& name) const {
+    return "/proc/" + std::to_string(agent_->pid()) + "/" + name;
+  }
+
+  /// A number of a file in /proc that consists of "NAME: NUMBER" lines.
+  static unsigned long long numberIn(const std::string& path, const std::string& name, int base) {
+    std::ifstream file(path);
+    for (std::string line; std::getline(file, line);) {
+      if (line.starts_with(name + ":"))
+        return std::stoull(line.substr(name.size() + 1), nullptr, base);
+    }
+    ADD_FAILURE() << "no " << name << " in " << path;
+    return 0;
+  }
+
+  /// Starts a save that does not end before somebody reads the FIFO in the place of the twin's
+  /// temporary file.
+  std::unique_ptr<RawClient> beginSave() {
+    set("IKE.IKE_PORT=501");
+    EXPECT_EQ(::mkfifo(fifo_.c_str(), 0600), 0);
+    auto client = std::make_unique<RawClient>(socket_);
+    EXPECT_TRUE(client->greet());
+    client->send(bridge::encode(bridge::Request(bridge::Command{13, 2})));
+    // Requests are looked at as they come: that one has been when this one is answered.
+    EXPECT_EQ(state("changed"), "yes");
+    return client;
+  }
+
+  void letSaveEnd() {
+    const int fifo = ::open(fifo_.c_str(), O_RDONLY | O_CLOEXEC);
+    char buffer[4096];
+    while (::read(fifo, buffer, sizeof buffer) > 0) continue;
+    (void)::close(fifo);
+  }
+
+  /// Fills the user list, so that the reply to a read of it is more than a socket takes at once.
+  void addManyUsers(const RawClient& client) {
+    client::Settings settings;
+    for (int i = 0; i < 4000; ++i) listAdd(settings.users)->NAME.value = std::string(1000, 'x');
+    ASSERT_EQ(client.exchange(bridge::Command{13, 0, client::encodeRecord(settings.users)}).result,
+              1);
+  }
+
+  static bridge::Request readOfUsers() {
+    return bridge::Command{13, 1, client::encodeName(client::Settings().users)};
+  }
+
+  const std::string fifo_ = state_.at("localsettings.ini.good.new");
+};
+
+TEST_F(AgentProcess, JournalPriorities) {
+  start({"--journal"});
+  set("IKE.IKE_PORT=501");
+  state_.remove(SETTINGS);
+  EXPECT_EQ(ctl({"save"}).exitCode, 1);
+  EXPECT_EQ(stop(), 0);
+  const std::regex line(
+      "(<3>lparams_agent: error|<4>lparams_agent: warning|<5>lparams_agent: notice|"
+      "<6>lparams_agent: info): .*");
+  std::istringstream lines(log());
+  int count = 0;
+  for (std::string text; std::getline(lines, text); ++count) {
+    EXPECT_TRUE(std::regex_match(text, line)) << text;
+  }
+  EXPECT_GE(count, 5);
+  EXPECT_THAT(log(), HasSubstr("<3>lparams_agent: error: settings not saved"));
+  EXPECT_THAT(log(), HasSubstr("<4>lparams_agent: warning: stopped with changes"));
+  EXPECT_THAT(log(), HasSubstr("<6>lparams_agent: info: listening"));
+}
+
+class ServiceManager : public AgentProcess {
+ protected:
+  ServiceManager() {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    (void)path_.copy(address.sun_path, sizeof address.sun_path - 1);
+    (void)::bind(socketOfManager_, reinterpret_cast<const sockaddr*>(&address), sizeof address);
+  }
+  ~ServiceManager() override { (void)::close(socketOfManager_); }
+
+  std::string nextMessage() const {
+    char buffer[1000];
+    const ssize_t size = ::recv(socketOfManager_, buffer, sizeof buffer, 0);
+    return {buffer, static_cast<size_t>(std::max<ssize_t>(size, 0))};
+  }
+
+  const std::string path_ = place_.at("notify");
+  const int socketOfManager_ = ::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+};
+
+TEST_F(ServiceManager, HearsOfStartAndEnd) {
+  start({}, {.environment = {"NOTIFY_SOCKET=" + path_}});
+  EXPECT_EQ(nextMessage(), "READY=1");
+  EXPECT_EQ(ctl({"status"}).exitCode, 0);
+  EXPECT_EQ(stop(), 0);
+  EXPECT_EQ(nextMessage(), "STOPPING=1");
+}
+
+TEST_F(ServiceManager, HearsThatTheAgentIsAliveAsLongAsItRuns) {
+  start({}, {.environment = {"NOTIFY_SOCKET=" + path_, "WATCHDOG_USEC=20000"}});
+  EXPECT_EQ(nextMessage(), "READY=1");
+  for (int i = 0; i < 5; ++i) EXPECT_EQ(nextMessage(), "WATCHDOG=1");
+  EXPECT_EQ(stop(), 0);
+  std::string message;
+  while ((message = nextMessage()) == "WATCHDOG=1") continue;
+  EXPECT_EQ(message, "STOPPING=1");
+}
+
+TEST_F(ServiceManager, IsNotToldOfAnotherProcess) {
+  start({}, {.environment = {"NOTIFY_SOCKET=" + path_, "WATCHDOG_USEC=1000", "WATCHDOG_PID=1"}});
+  EXPECT_EQ(ctl({"status"}).exitCode, 0);
+  EXPECT_EQ(stop(), 0);
+  EXPECT_EQ(nextMessage(), "READY=1");
+  EXPECT_EQ(nextMessage(), "STOPPING=1");
+}
+
+TEST_F(AgentProcess, IgnoresWhatWouldEndIt) {
+  start();
+  const auto ignored = numberIn(inProc("status"), "SigIgn", 16);
+  EXPECT_TRUE(ignored >> (SIGPIPE - 1) & 1);
+  EXPECT_TRUE(ignored >> (SIGXFSZ - 1) & 1);
+  EXPECT_EQ(numberIn(inProc("status"), "Umask", 8), 077u);
+}
+
+TEST_F(AgentProcess, PassesNoDescriptorOn) {
+  start();
+  const RawClient client(socket_);
+  ASSERT_TRUE(client.greet());
+  int looked = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(inProc("fd"))) {
+    const std::string number = entry.path().filename();
+    if (std::stoi(number) <= STDERR_FILENO) continue;
+    ++looked;
+    EXPECT_TRUE(numberIn(inProc("fdinfo/" + number), "flags", 8) & O_CLOEXEC)
+        << std::filesystem::read_symlink(entry.path());
+  }
+  EXPECT_GE(looked, 4);  // the lock, the loop, the listener and the client
+}
+
+TEST_F(AgentProcess, WhatItWritesIsPrivate) {
+  const auto open = [] { (void)::umask(0); };
+  state_.write(SETTINGS, settingsWithoutGroups());
+  state_.write(TWIN, "");
+  std::filesystem::permissions(state_.at(SETTINGS), std::filesystem::perms(0600));
+  start({}, {.inChild = open});
+  EXPECT_EQ(ctl({"save", "--force"}).exitCode, 0);
+  state_.write(SETTINGS, "edited");
+  set("IKE.IKE_PORT=501");
+  EXPECT_EQ(ctl({"save", "--force"}).exitCode, 0);
+  const auto names = std::filesystem::directory_iterator(state_.path);
+  int count = 0;
+  for (const auto& entry : names) {
+    EXPECT_EQ(entry.status().permissions(), std::filesystem::perms(0600)) << entry.path();
+    ++count;
+  }
+  EXPECT_EQ(count, 5);  // settings, twin, lock, the damaged and the edited copy
+}
+
+TEST_F(AgentProcess, OutlivesClientsThatGoAway) {
+  start();
+  {
+    const RawClient first(socket_);
+    ASSERT_TRUE(first.greet());
+    addManyUsers(first);
+  }
+  const std::string request = bridge::encode(readOfUsers());
+  for (int i = 0; i < 20; ++i) {
+    const RawClient client(socket_);
+    ASSERT_TRUE(client.greet());
+    client.send(request + request);
+    const size_t taken = i % 2 == 0 ? 100 : 0;  // of a reply that is being written
+    EXPECT_EQ(client.read(taken).size(), taken);
+  }
+  while (state("sessions") != "1") continue;
+}
+
+TEST_F(AgentProcess, AnswersARunningCommandBeforeItEnds) {
+  start();
+  const auto client = beginSave();
+  agent_->send(SIGTERM);
+  EXPECT_TRUE(logTells("info: stopping signal=15\n"));
+  letSaveEnd();
+  const auto reply = client->receive();
+  ASSERT_TRUE(reply);
+  EXPECT_EQ(std::get<Reply>(*reply).reason, Reason::SaveRefused);
+  EXPECT_THAT(std::get<Reply>(*reply).text,
+              HasSubstr(fifo_ + " cannot be synced: Invalid argument"));
+  EXPECT_EQ(client->readToEnd(), "");
+  EXPECT_EQ(agent_->wait(), 0);
+  EXPECT_FALSE(std::filesystem::exists(socket_));
+}
+
+TEST_F(AgentProcess, DoesNotWaitForEverForACommand) {
+  start();
+  const auto client = beginSave();
+  EXPECT_EQ(stop(), agent::EXIT_STUCK);
+  EXPECT_THAT(log(), HasSubstr("error: a command did not end in time"));
+  EXPECT_EQ(client->readToEnd(), "");
+  EXPECT_EQ(state_.text(SETTINGS), exampleSettings());
+}
+
+TEST_F(AgentProcess, WritesARepliesRestBeforeItEnds) {
+  start();
+  const RawClient client(socket_);
+  ASSERT_TRUE(client.greet());
+  addManyUsers(client);
+  client.send(bridge::encode(readOfUsers()));
+  const std::string head = client.read(bridge::FRAME_HEAD_SIZE);
+  agent_->send(SIGTERM);
+  EXPECT_TRUE(logTells("info: stopping signal=15\n"));
+  const auto reply = bridge::decodeMessage(client.read(bridge::decodeFrameHead(head)));
+  ASSERT_TRUE(reply);
+  EXPECT_GT(std::get<Reply>(*reply).output.size(), 4000000u);
+  EXPECT_EQ(client.readToEnd(), "");
+  EXPECT_EQ(agent_->wait(), 0);
+}
+
+TEST_F(AgentProcess, AClientThatTakesNoReplyDoesNotCostTheSaveAtTheEnd) {
+  start({"--save-on-exit"});
+  const RawClient client(socket_);
+  ASSERT_TRUE(client.greet());
+  addManyUsers(client);
+  client.send(bridge::encode(readOfUsers()));
+  EXPECT_EQ(client.read(bridge::FRAME_HEAD_SIZE).size(), bridge::FRAME_HEAD_SIZE);
+  EXPECT_EQ(stop(), 0);
+  EXPECT_THAT(state_.text(SETTINGS), HasSubstr(std::string(1000, 'x')));
+}
+
+TEST_F(AgentProcess, IdleClientsDoNotHoldUpTheEnd) {
+  start();
+  const RawClient idle(socket_);
+  const RawClient subscriber(socket_);
+  const RawClient silent(socket_);
+  ASSERT_TRUE(idle.greet() && subscriber.greet());
+  EXPECT_EQ(subscriber.exchange(bridge::Subscription{}).result, 1);
+  EXPECT_EQ(stop(), 0);
+  for (const RawClient* client : {&idle, &subscriber, &silent}) {
+    EXPECT_EQ(client->readToEnd(), "");
+  }
+}
+
+}  // namespace
+}  // namespace safety

@@ -1,0 +1,199 @@
+// What a save promises, and when it is refused.
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "tests/system/safety/agent_test.h"
+
+namespace safety {
+namespace {
+
+using agent_testing::exampleSettings;
+using testing::AllOf;
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+class Save : public AgentTest {
+ protected:
+  Save() { state_.write(SETTINGS, exampleSettings()); }
+
+  /// Expects that the save is refused and that both the client and the log are told why.
+  void expectRefused(const std::string& reason, const Arguments& options = {}) {
+    Arguments arguments = {"save"};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    const Outcome outcome = ctl(arguments);
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_THAT(outcome.output,
+                AllOf(StartsWith("lparamsctl: saving failed: "), HasSubstr(reason)));
+    EXPECT_TRUE(logTells("error: settings not saved reason=\""));
+    EXPECT_THAT(state("lastFailure"), HasSubstr(reason));
+  }
+
+  void expectBothHold(const std::string& text) {
+    EXPECT_EQ(state_.text(SETTINGS), text);
+    EXPECT_EQ(state_.text(TWIN), text);
+  }
+};
+
+TEST_F(Save, ThatWasAcknowledgedSurvivesAKill) {
+  start();
+  for (int port = 501; port < 505; ++port) {
+    set("IKE.IKE_PORT=" + std::to_string(port));
+    save();
+    set("IKE.IKE_PORT=9");  // and this does not
+    kill();
+    expectBothHold(exampleSettings(port));
+    start();
+    EXPECT_EQ(get("IKE.IKE_PORT"), std::to_string(port) + "\n");
+  }
+  EXPECT_THAT(state_.names(), ElementsAre(SETTINGS, TWIN, "localsettings.lock"));
+}
+
+TEST_F(Save, OfASettingsFileThatWasEdited) {
+  start();
+  set("IKE.IKE_PORT=501");
+  state_.write(SETTINGS, "edited");
+  for (int i = 0; i < 3; ++i) expectRefused(" was edited while the agent was running; a copy");
+  EXPECT_TRUE(logTells("warning: the settings file was edited while the agent was running file=" +
+                       state_.at(SETTINGS) + " kept="));
+  EXPECT_EQ(state_.text(SETTINGS), "edited");
+  EXPECT_EQ(state_.textOfOnly("localsettings.ini.edited-"), "edited");
+
+  EXPECT_EQ(ctl({"save", "--force"}), (Outcome{0, "saved\n"}));
+  EXPECT_TRUE(logTells("info: settings saved, forced\n"));
+  expectBothHold(exampleSettings(501));
+  EXPECT_EQ(state_.textOfOnly("localsettings.ini.edited-"), "edited");
+  EXPECT_EQ(state("lastFailure"), "no");
+}
+
+TEST_F(Save, OfASettingsFileThatWasRemoved) {
+  start();
+  state_.remove(SETTINGS);
+  expectRefused(" was removed while the agent was running; ");
+  EXPECT_EQ(state_.text(SETTINGS), "(absent)");
+  EXPECT_EQ(ctl({"save", "--force"}), (Outcome{0, "saved\n"}));
+  expectBothHold(exampleSettings());
+}
+
+TEST_F(Save, WithADirectoryInTheWay) {
+  start();
+  set("IKE.IKE_PORT=501");
+  (void)::mkdir(state_.at(BACKUP).c_str(), 0700);
+  expectRefused(state_.at(BACKUP) + " cannot be removed: Is a directory");
+  EXPECT_EQ(state_.text(SETTINGS), exampleSettings());
+  EXPECT_EQ(state_.text(TWIN), exampleSettings(501));
+  state_.remove(BACKUP);
+  save();
+  expectBothHold(exampleSettings(501));
+}
+
+TEST_F(Save, ThatOutgrowsTheLimitOfAFile) {
+  state_.write(TWIN, exampleSettings());  // so that the start has nothing to write
+  start({}, {.inChild = [] {
+          const rlimit limit{2000, RLIM_INFINITY};
+          (void)::setrlimit(RLIMIT_FSIZE, &limit);
+        }});
+  set("IKE.IKE_PORT=501");
+  for (int i = 0; i < 3; ++i) {
+    expectRefused(state_.at("localsettings.ini.good.new") + " cannot be written: File too large");
+  }
+  EXPECT_EQ(get("IKE.IKE_PORT"), "501\n");
+  expectBothHold(exampleSettings());
+  EXPECT_THAT(state_.names(), ElementsAre(SETTINGS, TWIN, "localsettings.lock"));
+
+  const rlimit enough{RLIM_INFINITY, RLIM_INFINITY};
+  ASSERT_EQ(::prlimit(agent_->pid(), RLIMIT_FSIZE, &enough, nullptr), 0);
+  save();
+  expectBothHold(exampleSettings(501));
+}
+
+TEST_F(Save, OfSettingsThatWereNotLoadedWhole) {
+  state_.write(SETTINGS, settingsWithoutGroups());
+  state_.write(TWIN, exampleSettings());
+  start();
+  EXPECT_THAT(log(), HasSubstr("warning: degraded: settings are served, but not saved "
+                               "reason=\"the settings file lacks groups\"\n"));
+  EXPECT_EQ(get("LOG.BACKUP_DEPTH"), "7\n");
+  EXPECT_EQ(state("degraded"), "the settings file lacks groups");
+  EXPECT_EQ(state_.textOfOnly("localsettings.ini.damaged-"), settingsWithoutGroups());
+
+  set("LOG.BACKUP_DEPTH=8");
+  expectRefused("the settings were not loaded whole (the settings file lacks groups); ");
+  EXPECT_EQ(state_.text(SETTINGS), settingsWithoutGroups());
+  EXPECT_EQ(state_.text(TWIN), exampleSettings());
+
+  EXPECT_EQ(ctl({"save", "--force"}), (Outcome{0, "saved\n"}));
+  EXPECT_EQ(state("degraded"), "no");
+  EXPECT_THAT(state_.text(SETTINGS), HasSubstr("BACKUP_DEPTH=8\n"));
+  EXPECT_EQ(state_.text(TWIN), state_.text(SETTINGS));
+  kill();
+  start();
+  EXPECT_THAT(log(), Not(HasSubstr("degraded")));
+}
+
+TEST_F(Save, ADoubtfulStartMayBeRepeated) {
+  state_.write(SETTINGS, settingsWithoutGroups());
+  for (int i = 0; i < 2; ++i) {
+    start();
+    EXPECT_EQ(state("degraded"), "the settings file lacks groups");
+    kill();
+    EXPECT_EQ(state_.text(SETTINGS), settingsWithoutGroups());
+  }
+}
+
+TEST_F(Save, AtTheEndIfItIsWanted) {
+  start({"--save-on-exit"});
+  set("IKE.IKE_PORT=501");
+  EXPECT_EQ(stop(), 0);
+  expectBothHold(exampleSettings(501));
+  EXPECT_THAT(log(), Not(HasSubstr("warning")));
+}
+
+TEST_F(Save, AtTheEndMayBeRefusedToo) {
+  start({"--save-on-exit"});
+  set("IKE.IKE_PORT=501");
+  state_.write(SETTINGS, "edited");
+  (void)stop();
+  EXPECT_THAT(log(), HasSubstr("error: the changes could not be saved at the end reason=\"" +
+                               state_.at(SETTINGS) + " was edited while the agent was running"));
+  EXPECT_EQ(state_.text(SETTINGS), "edited");
+}
+
+TEST_F(Save, UnsavedChangesAreNamedAtTheEnd) {
+  const std::string warning = "warning: stopped with changes that were not saved and are lost\n";
+  start();
+  set("IKE.IKE_PORT=501");
+  EXPECT_EQ(stop(), 0);
+  EXPECT_THAT(log(), HasSubstr(warning));
+  EXPECT_EQ(state_.text(SETTINGS), exampleSettings());
+
+  start();
+  set("IKE.IKE_PORT=501");
+  save();
+  EXPECT_EQ(end(SIGINT), 0);
+  EXPECT_THAT(log(), AllOf(Not(HasSubstr(warning)), EndsWith("info: stopped\n")));
+}
+
+TEST_F(Save, TheStateTellsOfIt) {
+  start();
+  EXPECT_EQ(state("changed"), "no");
+  EXPECT_EQ(state("lastSave"), "no");
+  EXPECT_EQ(state("lastFailure"), "no");
+  EXPECT_EQ(state("degraded"), "no");
+  EXPECT_EQ(state("strict"), "yes");
+  EXPECT_EQ(state("stateDir"), state_.path);
+  EXPECT_EQ(state("pid"), std::to_string(agent_->pid()));
+  EXPECT_EQ(state("sessions"), "1");
+  EXPECT_THAT(state("version"), testing::MatchesRegex("[0-9]+\\.[0-9]+\\.[0-9]+"));
+  set("IKE.IKE_PORT=501");
+  EXPECT_EQ(state("changed"), "yes");
+  save();
+  EXPECT_EQ(state("changed"), "no");
+  EXPECT_THAT(state("lastSave"), testing::MatchesRegex("20..-..-..T..:..:..Z"));
+}
+
+}  // namespace
+}  // namespace safety

@@ -1,0 +1,94 @@
+// A secret stays in the settings: it occurs in no log, event, state or error.
+#include "bridge/protocol.h"
+#include "client/record.h"
+#include "client/settings.h"
+#include "tests/system/safety/agent_test.h"
+
+namespace safety {
+namespace {
+
+using agent_testing::exampleSettings;
+using agent_testing::RawClient;
+using testing::HasSubstr;
+using testing::Not;
+
+const std::string SECRET = "open sesame";
+const std::string SECRET_LINE = "QCD_SECRET=" + SECRET + "\n";
+
+std::string settingsWithSecret() {
+  std::string text = exampleSettings();
+  const size_t at = text.find("QCD_SECRET=");
+  return text.replace(at, text.find('\n', at) + 1 - at, SECRET_LINE);
+}
+
+class Secrets : public AgentTest {
+ protected:
+  /// Sends IKE with the secret, after `spoil`, and returns what comes back.
+  template <typename Spoil>
+  std::string replyTo(Spoil spoil) {
+    const RawClient client(socket_);
+    (void)client.greet();
+    client::Settings settings;
+    settings.ike.QCD_SECRET.value = SECRET;
+    bridge::Command command{13, 0};
+    spoil(settings.ike, command);
+    const std::string extra = command.input;
+    command.input = client::encodeRecord(settings.ike) + extra;
+    const bridge::Reply reply = client.exchange(command);
+    EXPECT_EQ(reply.result, 0);
+    return reply.text + reply.output;
+  }
+
+  void expectNoSecretInTheLog() {
+    EXPECT_EQ(stop(), 0);
+    EXPECT_THAT(log(), Not(HasSubstr("sesame")));
+  }
+};
+
+TEST_F(Secrets, AreNotInErrorsEventsAndTheState) {
+  state_.write(SETTINGS, settingsWithSecret());
+  start();
+  Process watch({PRODUCTS_DIR "/lparamsctl", "--socket", socket_, "watch"});
+  while (state("sessions") != "2") continue;
+
+  using LPARAMS::Server::IKE_t;
+  const std::string replies = replyTo([](IKE_t& ike, auto&) { ike.QCD_SECRET.value += "\n"; }) +
+                              replyTo([](IKE_t& ike, auto&) { ike.EXCHANGE_TIMEOUT.value = 1; }) +
+                              replyTo([](IKE_t&, auto& command) { command.input = SECRET; }) +
+                              replyTo([](IKE_t&, auto& command) { command.revision = 99; });
+  EXPECT_THAT(replies, Not(HasSubstr("sesame")));
+
+  set("IKE.QCD_SECRET=" + SECRET + " again");
+  EXPECT_TRUE(watch.waitFor("IKE revision 2 "));
+  state_.write(SETTINGS, "edited " + SECRET);
+  for (const Arguments& command :
+       {Arguments{"save"}, {"show"}, {"status"}, {"set", "IKE.QCD_SECRET=" + SECRET + "\n"}}) {
+    EXPECT_THAT(ctl(command).output, Not(HasSubstr("sesame")));
+  }
+  EXPECT_THAT(watch.output(), Not(HasSubstr("sesame")));
+  expectNoSecretInTheLog();
+}
+
+TEST_F(Secrets, OfADamagedFileAreNotReported) {
+  // Each spoils the file at the secret or around it.
+  const std::pair<std::string, std::string> edits[] = {
+      {"IPSEC_LIFETIME_JITTER=1\n", "IPSEC_LIFETIME_JITTER=\n"},  // takes the line of the secret
+      {"IPSEC_LIFETIME_JITTER=1\n", "IPSEC_LIFETIME_JITTER=maybe\n"},
+      {"IPSEC_LIFETIME_JITTER=1\n", "IPSEC_LIFETIME_JITTER\n"},
+      {"QCD_SECRET", "QCD_SECRETS"},
+      {"QCD_SECRET", "/QCD_SECRET"},
+      {"        /USER=", "        QCD_SECRET=" + SECRET + "\n        /USER="},
+  };
+  for (const auto& [from, to] : edits) {
+    std::string text = settingsWithSecret();
+    text.replace(text.find(from), from.size(), to);
+    state_.write(SETTINGS, text);
+    state_.write(TWIN, settingsWithSecret());
+    start();
+    EXPECT_THAT(log(), HasSubstr("warning: ")) << to;
+    expectNoSecretInTheLog();
+  }
+}
+
+}  // namespace
+}  // namespace safety

@@ -1,0 +1,244 @@
+// How the agent starts, and when it does not.
+#include <sched.h>
+#include <sys/mount.h>
+#include <unistd.h>
+
+#include "agent/exit_codes.h"
+#include "tests/system/safety/agent_test.h"
+
+namespace safety {
+namespace {
+
+using agent_testing::exampleSettings;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+using Start = AgentTest;
+
+TEST_F(Start, WrongCommandLines) {
+  for (const Arguments& options :
+       {Arguments{"--no-such-option"}, {"--max-users", "many"}, {"--socket"}, {"word"}}) {
+    EXPECT_EQ(runAgent(options).exitCode, agent::EXIT_BAD_USAGE) << options.front();
+  }
+  EXPECT_EQ(runAgent({"--help"}).exitCode, 0);
+  EXPECT_EQ(runAgent({"--version"}).exitCode, 0);
+  EXPECT_TRUE(state_.names().empty());
+}
+
+TEST_F(Start, WithoutItsModule) {
+  state_.write(SETTINGS, exampleSettings());
+  const std::string absent = place_.at("absent.so");
+  EXPECT_EQ(runAgent({"--module", absent}),
+            (Outcome{agent::EXIT_UNAVAILABLE,
+                     "lparams_agent: error: module " + absent + " cannot be loaded: " + absent +
+                         ": cannot open shared object file: No such file or directory\n"}));
+  const Outcome another = runAgent({"--module", "libm.so.6"});
+  EXPECT_EQ(another.exitCode, agent::EXIT_UNAVAILABLE);
+  EXPECT_THAT(another.output, HasSubstr("module libm.so.6 is not the settings module: "));
+  EXPECT_EQ(state_.text(SETTINGS), exampleSettings());
+}
+
+TEST_F(Start, SocketsThatCannotBeUsed) {
+  place_.write("file", "");
+  (void)::mkdir(place_.at("open").c_str(), 0700);
+  (void)::chmod(place_.at("open").c_str(), 0755);
+  (void)::mkdir(place_.at("private").c_str(), 0700);
+  place_.write("private/file", "");
+  const std::string tooLong = place_.at(std::string(100, 'x'));
+  const struct {
+    std::string path;
+    std::string reason;
+  } rows[] = {
+      {tooLong, "cannot be used: a socket's path has 1 to 107 bytes"},
+      {place_.at("absent/run/socket"),
+       "cannot be made: " + place_.at("absent/run") + ": No such file or directory"},
+      {place_.at("open/socket"), "is not safe: others can enter or change its directory " +
+                                     place_.at("open") + "; mode 0750 would be right"},
+      {place_.at("private/file"), "is in the way: it is not a socket"},
+  };
+  for (const auto& row : rows) {
+    const Outcome outcome = runAgent({"--socket", row.path});
+    EXPECT_EQ(outcome.exitCode, agent::EXIT_UNAVAILABLE);
+    EXPECT_THAT(outcome.output,
+                HasSubstr("lparams_agent: error: socket " + row.path + " " + row.reason + "\n"));
+  }
+}
+
+TEST_F(Start, OneAgentPerDirectoryAndPerSocket) {
+  start();
+  expectRefusal(agent::EXIT_IN_USE,
+                "state directory " + state_.path + " is in use by another agent",
+                {"--socket", place_.at("run/other.sock")});
+  const agent_testing::ScratchDirectory otherState;
+  const Outcome outcome =
+      run({PRODUCTS_DIR "/lparams_agent", "--state-dir", otherState.path, "--socket", socket_});
+  EXPECT_EQ(outcome.exitCode, agent::EXIT_UNAVAILABLE);
+  EXPECT_THAT(outcome.output,
+              HasSubstr("error: socket " + socket_ + " is in use by another agent\n"));
+  EXPECT_EQ(ctl({"status"}).exitCode, 0);  // the first one still serves
+}
+
+TEST_F(Start, TheSocketOfAKilledAgentIsReplaced) {
+  start();
+  kill();
+  EXPECT_EQ(ctl({"status"}).exitCode, 3);
+  start();
+  EXPECT_EQ(ctl({"status"}).exitCode, 0);
+}
+
+TEST_F(Start, StateDirectoriesThatAreNotSafe) {
+  ASSERT_EQ(::geteuid(), 0u) << "only root can give a directory away";
+  state_.write(SETTINGS, exampleSettings());
+  const std::string who = "state directory " + state_.path + " ";
+  (void)::chmod(state_.path.c_str(), 0770);
+  expectRefusal(agent::EXIT_BAD_CONFIG,
+                who + "can be written to by other users; mode 0700 would be right");
+  (void)::chmod(state_.path.c_str(), 0700);
+  (void)::chown(state_.path.c_str(), 65534, 65534);
+  expectRefusal(agent::EXIT_BAD_CONFIG, who + "belongs to user 65534, not to the agent's user 0");
+  EXPECT_THAT(state_.names(), ElementsAre(SETTINGS));
+}
+
+TEST_F(Start, NothingButADirectory) {
+  const std::string file = place_.at("file");
+  place_.write("file", "");
+  for (const auto& [path, why] :
+       {std::pair{place_.at("absent"), "cannot be used: No such file or directory"},
+        {file, "is not a directory"}}) {
+    const Outcome outcome = run({PRODUCTS_DIR "/lparams_agent", "--state-dir", path});
+    EXPECT_EQ(outcome, (Outcome{agent::EXIT_BAD_CONFIG, "lparams_agent: error: state directory " +
+                                                            path + " " + why + "\n"}));
+  }
+}
+
+TEST_F(Start, FromTheTwin) {
+  state_.write(SETTINGS, exampleSettings(501).substr(0, 1000));
+  state_.write(TWIN, exampleSettings(502));
+  state_.write(BACKUP, exampleSettings(503));
+  start();
+  EXPECT_THAT(log(), HasSubstr("warning: the settings file was recovered file=" +
+                               state_.at(SETTINGS) + " from=" + state_.at(TWIN) + "\n"));
+  EXPECT_EQ(get("IKE.IKE_PORT"), "502\n");
+  kill();
+  EXPECT_EQ(state_.text(SETTINGS), exampleSettings(502));
+  EXPECT_EQ(state_.textOfOnly("localsettings.ini.damaged-"), exampleSettings(501).substr(0, 1000));
+}
+
+TEST_F(Start, FromTheBackup) {
+  state_.write(SETTINGS, "");
+  state_.write(TWIN, std::string(exampleSettings()).append(1, '\0'));
+  state_.write(BACKUP, exampleSettings(503));
+  start();
+  EXPECT_THAT(log(), HasSubstr("from=" + state_.at(BACKUP) + "\n"));
+  EXPECT_EQ(get("IKE.IKE_PORT"), "503\n");
+  EXPECT_EQ(state_.text(TWIN), exampleSettings(503));
+  EXPECT_EQ(state_.textOfOnly("localsettings.ini.damaged-"), "");
+}
+
+TEST_F(Start, NotFromDamagedFilesAlone) {
+  state_.write(SETTINGS, exampleSettings().substr(0, 1000));
+  state_.write(BACKUP, "");
+  const auto before = state_.contents();
+  expectRefusal(agent::EXIT_BAD_CONFIG,
+                "no complete settings in " + state_.path + ": " + state_.at(SETTINGS) +
+                    " (2 of its blocks are not closed) " + state_.at(BACKUP) +
+                    " (it is empty); repair one, or start with --allow-defaults");
+  state_.remove("localsettings.lock");
+  EXPECT_EQ(state_.contents(), before);
+
+  start({"--allow-defaults"});
+  EXPECT_EQ(get("IKE.EXCHANGE_TIMEOUT"), "60\n");
+  EXPECT_EQ(state_.textOfOnly("localsettings.ini.damaged-"), exampleSettings().substr(0, 1000));
+  EXPECT_EQ(state_.textOfOnly("localsettings.ini.bak.damaged-"), "");
+  kill();
+  start();
+  EXPECT_THAT(log(), Not(HasSubstr("warning")));
+}
+
+TEST_F(Start, NotIfAFileIsNoFile) {
+  (void)::mkdir(state_.at(SETTINGS).c_str(), 0700);
+  state_.write(TWIN, exampleSettings());
+  expectRefusal(agent::EXIT_BAD_CONFIG,
+                state_.at(SETTINGS) + " cannot be used: it is not a regular file: Invalid argument",
+                {"--allow-defaults"});
+  EXPECT_THAT(state_.names(), ElementsAre(SETTINGS, TWIN, "localsettings.lock"));
+}
+
+TEST_F(Start, NotIfNothingCanBeMadeDurable) {
+  state_.write(SETTINGS, exampleSettings());
+  (void)::mkdir(state_.at("localsettings.ini.good.new").c_str(), 0700);
+  const Outcome outcome = runAgent();
+  EXPECT_EQ(outcome.exitCode, agent::EXIT_NOT_SAVED);
+  EXPECT_THAT(outcome.output, HasSubstr("error: " + state_.at("localsettings.ini.good.new") +
+                                        " cannot be created"));
+  EXPECT_EQ(state_.text(SETTINGS), exampleSettings());
+}
+
+TEST_F(Start, AFirstStartSurvivesAKill) {
+  start();
+  EXPECT_THAT(log(), HasSubstr("notice: first start: there is no settings file"));
+  kill();
+  const std::string text = state_.text(SETTINGS);
+  EXPECT_THAT(text, StartsWith("/ROOT="));
+  EXPECT_EQ(state_.text(TWIN), text);
+  start();
+  EXPECT_THAT(log(), Not(HasSubstr("first start")));
+  EXPECT_EQ(state_.text(SETTINGS), text);
+}
+
+class Import : public AgentTest {
+ protected:
+  /// The settings of the example were imported, whatever became of the agent.
+  void expectImported() {
+    kill();
+    EXPECT_EQ(state_.textOfOnly("localsettings.xml.imported-"), legacy_);
+    EXPECT_EQ(state_.text("localsettings.xml"), "(absent)");
+    EXPECT_EQ(state_.text("localsettings.xml.importing"), "(absent)");
+    start();
+    EXPECT_EQ(get("POLICY.PMP_SERVERS"), "pmp1.example.com, pmp2.example.com\n");
+    EXPECT_THAT(log(), Not(HasSubstr("import")));
+  }
+
+  const std::string legacy_ = [] {
+    const agent_testing::ScratchDirectory copy;
+    std::filesystem::copy_file(SOURCE_DIR "/examples/localsettings.xml", copy.at("legacy"));
+    return copy.text("legacy");
+  }();
+};
+
+TEST_F(Import, SurvivesAKillWithoutASave) {
+  state_.write("localsettings.xml", legacy_);
+  start();
+  EXPECT_THAT(log(), HasSubstr("notice: the settings of earlier versions were imported kept="));
+  EXPECT_EQ(get("POLICY.PMP_SERVERS"), "pmp1.example.com, pmp2.example.com\n");
+  expectImported();
+}
+
+TEST_F(Import, ThatWasCutShortIsDoneAgain) {
+  state_.write("localsettings.xml.importing", legacy_);
+  start();
+  EXPECT_THAT(log(), HasSubstr("an import of the settings of earlier versions was cut short"));
+  expectImported();
+}
+
+TEST_F(Import, OfTheSystemsOwnFile) {
+  ASSERT_EQ(::geteuid(), 0u) << "only root can have mounts of its own";
+  const Surroundings privateEtc = {.inChild = [this] {
+    if (::unshare(CLONE_NEWNS) != 0 ||
+        ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+        ::mount("none", "/etc", "tmpfs", 0, nullptr) != 0 || ::mkdir("/etc/kestrel", 0700) != 0) {
+      ::_exit(1);
+    }
+    const agent_testing::ScratchDirectory copy;
+    copy.write("legacy", legacy_);
+    std::filesystem::copy_file(copy.at("legacy"), "/etc/kestrel/localsettings.xml");
+  }};
+  start({}, privateEtc);
+  EXPECT_EQ(get("POLICY.PMP_SERVERS"), "pmp1.example.com, pmp2.example.com\n");
+  expectImported();
+}
+
+}  // namespace
+}  // namespace safety
