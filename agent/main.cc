@@ -5,14 +5,17 @@
 #include <csignal>
 #include <exception>
 #include <optional>
+#include <sstream>
 #include <string>
 
 #include "agent/exit_codes.h"
+#include "agent/load_limit.h"
 #include "agent/load_report.h"
 #include "agent/log.h"
 #include "agent/module.h"
 #include "agent/options.h"
 #include "agent/serve.h"
+#include "agent/services/markup_count.h"
 #include "agent/services/paths_service.h"
 #include "agent/state/recovery.h"
 #include "agent/state/save_hook.h"
@@ -23,13 +26,30 @@ namespace agent {
 namespace {
 
 /// Returns why the settings are not whole; empty if they are.
-std::string loadSettings(Module& module, const StateDirectory& directory) {
-  LoadReport report(module.server());
-  const bool loaded = module.server().load(&report);
+std::string loadSettings(LPARAMS::Server::Server_t& server, const StateDirectory& directory,
+                         const StartingPoint& start, bool importing) {
+  std::ostringstream defaults;
+  (void)server.save(defaults, 0);
+  LoadReport report(server);
+  bool loaded = false;
+  {
+    const LoadLimit limit(start.text.size());
+    loaded = server.load(&report);
+  }
   log(Level::Info, "settings loaded",
       {{"state-dir", directory.path()}, {"reports", report.reports()}});
   if (!loaded) return "the settings file was not read to its end";
   if (report.groupsMissing()) return "the settings file lacks groups";
+
+  // The module takes what it cannot open for a file that is not there, and reports nothing.
+  const bool onlyDefaults = report.reports() == 0 && server.rawSettings == defaults.str();
+  if (onlyDefaults && start.source != StartingPoint::FirstStart &&
+      start.text != server.rawSettings) {
+    return "nothing was read from the settings file";
+  }
+  if (importing && markupDocumentsRead() == 0) {
+    return "the settings of earlier versions could not be read";
+  }
   return {};
 }
 
@@ -49,12 +69,12 @@ int run(const Options& options, int& phase) {
   phase = EXIT_BAD_CONFIG;
   const StateDirectory directory(options.stateDir);
   StartingPoint start = prepareStart(directory, options.allowDefaults);
-  if (start.source == StartingPoint::FirstStart) keepLegacySettings(directory);
+  const bool importing = start.source == StartingPoint::FirstStart && keepLegacySettings(directory);
   setSystemVarDir(directory.path());
 
   phase = EXIT_UNAVAILABLE;
   Module module(options.module);
-  std::string doubt = loadSettings(module, directory);
+  std::string doubt = loadSettings(module.server(), directory, start, importing);
 
   phase = EXIT_NOT_SAVED;
   SettingsKeeper keeper(module.server(), directory);

@@ -9,6 +9,7 @@
 #include <string>
 #include <string_view>
 
+#include "agent/services/markup_count.h"
 #include "agent/services/markup_scan.h"
 
 namespace {
@@ -18,6 +19,8 @@ constexpr size_t MAX_SIZE = 1024 * 1024;  // bytes
 constexpr size_t MAX_DEPTH = 64;          // nested elements
 
 using Node = rapidxml::xml_node<>;
+
+int g_documentsRead = 0;  // by the one thread that loads the settings
 
 struct Tree {
   std::string text;  // parsed in place; every ChPair points into it
@@ -34,6 +37,8 @@ const Node* nodeOf(const MLDoc::Token& token) { return static_cast<const Node*>(
 
 }  // namespace
 
+int agent::markupDocumentsRead() { return g_documentsRead; }
+
 bool MLDoc::load(const char* path) {
   release();
   std::ifstream file(path, std::ios::binary);
@@ -43,6 +48,7 @@ bool MLDoc::load(const char* path) {
   file.read(tree->text.data(), static_cast<std::streamsize>(tree->text.size()));
   tree->text.resize(static_cast<size_t>(file.gcount()));
   if (file.bad()) return false;
+  ++g_documentsRead;
 
   if (tree->text.size() > MAX_SIZE) {
     throw TTT("the document is larger than " + std::to_string(MAX_SIZE) + " bytes");

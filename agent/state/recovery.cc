@@ -78,7 +78,7 @@ StartingPoint prepareStart(const StateDirectory& directory, bool allowDefaults) 
   return {StartingPoint::Recovered, std::move(*chosen->text)};
 }
 
-void keepLegacySettings(const StateDirectory& directory) {
+bool keepLegacySettings(const StateDirectory& directory) {
   const auto interrupted = readLegacy(directory.importing());
   const auto own = readLegacy(directory.legacy());
   const auto system = readLegacy(LEGACY_SYSTEM_FILE);
@@ -95,6 +95,7 @@ void keepLegacySettings(const StateDirectory& directory) {
     placeFile(directory.importing(), *system);
   }
   if (system && (own || interrupted)) keepImported(directory, *system);
+  return own || interrupted || system;
 }
 
 void finishImport(const StateDirectory& directory) {

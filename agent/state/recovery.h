@@ -27,8 +27,8 @@ struct StartingPoint {
 StartingPoint prepareStart(const StateDirectory& directory, bool allowDefaults);
 
 /// Keeps the settings of earlier versions while the module imports and deletes them. Brings back
-/// those of an import that was cut short. REQUIRES: it is a first start.
-void keepLegacySettings(const StateDirectory& directory);
+/// those of an import that was cut short. False if there are none. REQUIRES: it is a first start.
+bool keepLegacySettings(const StateDirectory& directory);
 
 /// Gives the kept settings, if there are any, their final name. REQUIRES: what was imported from
 /// them is durable.

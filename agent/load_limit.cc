@@ -1,0 +1,43 @@
+#include "agent/load_limit.h"
+
+#include <sys/time.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <string_view>
+
+#include "agent/exit_codes.h"
+
+namespace agent {
+namespace {
+
+constexpr time_t SECONDS = 1;
+constexpr size_t BYTES_PER_SECOND = 256 * 1024;  // far slower than any machine
+
+void setLimit(time_t seconds) {
+  itimerval limit{};
+  limit.it_value.tv_sec = seconds;
+  (void)::setitimer(ITIMER_PROF, &limit, nullptr);
+}
+
+/// Runs in the middle of anything: no memory, no streams, no log.
+void endProcess(int /*signal*/) {
+  constexpr std::string_view LINE =
+      "lparams_agent: error: the settings file could not be read: the module does not come back\n";
+  (void)!::write(STDERR_FILENO, LINE.data(), LINE.size());
+  ::_exit(EXIT_UNAVAILABLE);
+}
+
+}  // namespace
+
+LoadLimit::LoadLimit(size_t bytes) {
+  (void)std::signal(SIGPROF, endProcess);
+  setLimit(SECONDS + static_cast<time_t>(bytes / BYTES_PER_SECOND));
+}
+
+LoadLimit::~LoadLimit() {
+  setLimit(0);
+  (void)std::signal(SIGPROF, SIG_DFL);
+}
+
+}  // namespace agent
