@@ -1,0 +1,77 @@
+"""A client of the agent's bridge: just what the crash-state test asks for."""
+
+import json
+import socket
+import struct
+from typing import NamedTuple
+
+MODULE = 13
+WRITE, READ, SAVE = 0, 1, 2
+FORCE = 2
+GROUPS = ("IKE", "LOG", "UPDATE", "POLICY", "ADMIN", "USERS")
+DEADLINE = 30  # seconds; only to end a hung agent
+
+
+class Reply(NamedTuple):
+    result: int
+    text: str  # why it failed
+    output: bytes
+
+
+def block(data):
+    return struct.pack("<I", len(data)) + data
+
+
+class BridgeClient:
+    """Raises OSError as soon as the agent is gone."""
+
+    def __init__(self, path):
+        self.socket = socket.socket(socket.AF_UNIX)
+        self.socket.settimeout(DEADLINE)
+        self.socket.connect(path)
+        hello = b"LPBR" + struct.pack("<I", 1)
+        self.socket.sendall(hello)
+        if self.receive(len(hello)) != hello:
+            raise OSError("the agent speaks another protocol")
+
+    def close(self):
+        self.socket.close()
+
+    def write(self, group, record):
+        return self.command(WRITE, block(group.encode()) + record)
+
+    def read(self, group):
+        reply = self.command(READ, block(group.encode()))
+        if reply.result != 1:
+            raise OSError(f"{group} cannot be read: {reply.text}")
+        return reply.output
+
+    def read_all(self):
+        """The records of all groups; equal values give equal bytes."""
+        return tuple(self.read(group) for group in GROUPS)
+
+    def save(self, force=False):
+        return self.command(SAVE, flags=FORCE if force else 0)
+
+    def status(self):
+        return json.loads(self.exchange(struct.pack("<B", 2)).output)
+
+    def command(self, number, record=b"", flags=0):
+        return self.exchange(struct.pack("<BBiiQ", 1, flags, MODULE, number, 0) + record)
+
+    def exchange(self, request):
+        self.socket.sendall(block(request))
+        frame = self.receive(struct.unpack("<I", self.receive(4))[0])
+        result, _reason, _revision, length = struct.unpack_from("<iIQI", frame, 1)
+        text_begin = 1 + struct.calcsize("<iIQI")
+        return Reply(result, frame[text_begin:text_begin + length].decode(),
+                     frame[text_begin + length:])
+
+    def receive(self, size):
+        data = b""
+        while len(data) < size:
+            part = self.socket.recv(size - len(data))
+            if not part:
+                raise OSError("the agent closed the connection")
+            data += part
+        return data

@@ -1,0 +1,71 @@
+"""Starts the real agent on what a crash has left, and judges what it serves."""
+
+import os
+from typing import NamedTuple
+
+from agent_process import Agent, Hung
+from scenarios import SETTINGS, TWIN
+
+
+class Settings(NamedTuple):
+    text: bytes  # of the settings file
+    values: tuple  # of all groups, as the bridge serves them
+
+
+class Expectation(NamedTuple):
+    allowed: tuple  # of Settings: any one of them, as a whole
+    keeps: tuple  # contents that have to be in some file
+
+
+class Lost(Exception):
+    """Settings were lost; says how."""
+
+
+def read_files(directory):
+    files = {}
+    for name in sorted(os.listdir(directory)):
+        with open(os.path.join(directory, name), "rb") as file:
+            files[name] = file.read()
+    return files
+
+
+def write_files(directory, files):
+    os.mkdir(directory, 0o700)
+    for name, content in files.items():
+        with open(os.path.join(directory, name), "wb") as file:
+            file.write(content)
+
+
+def settings_of(agent, state):
+    client = agent.connect()
+    try:
+        values = client.read_all()
+        doubt = client.status()["degraded"]
+    finally:
+        client.close()
+    if doubt:
+        raise Lost("degraded: " + doubt)
+    return Settings(read_files(state)[SETTINGS], values)
+
+
+def recover(build, state, run, expectation):
+    """Raises Lost unless the agent starts and serves what is expected, and all of it is there."""
+    agent = Agent(build, state, run)
+    try:
+        if not agent.listening():
+            raise Lost(f"no start, exit {agent.wait()}: {agent.said()}")
+        found = settings_of(agent, state)
+    except (OSError, Hung) as error:
+        raise Lost(f"no service: {error}; {agent.said()}") from None
+    finally:
+        agent.kill()
+    if found not in expectation.allowed:
+        texts = [settings.text for settings in expectation.allowed]
+        known = "of the expected text" if found.text in texts else "of another text"
+        raise Lost(f"other settings than expected are served, {known}: {agent.said()}")
+    files = read_files(state)
+    if files.get(TWIN) != found.text:
+        raise Lost("the twin differs from the settings file after the start")
+    for content in expectation.keeps:
+        if content not in files.values():
+            raise Lost(f"{content[:30]!r}... is in no file any more: {', '.join(files)}")
