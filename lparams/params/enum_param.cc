@@ -11,14 +11,12 @@ namespace LPARAMS::Server {
 
 bool EnumParam::save(std::ostream& os, int indent) {
   Lock lock(*this);
-  (void)Param::save(os, indent);
   const Variant* variant = findVariant(variants, value);
   if (variant == nullptr) {
     value = defaultValue;
     variant = findVariant(variants, value);
   }
-  if (variant != nullptr) putText(os, variant->name);
-  endLine(os);
+  putLine(os, indent, name, "=", variant != nullptr ? variant->name : "");
   return true;
 }
 

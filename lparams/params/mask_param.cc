@@ -11,17 +11,15 @@ namespace LPARAMS::Server {
 
 bool MaskParam::save(std::ostream& os, int indent) {
   Lock lock(*this);
-  (void)Param::save(os, indent);
   int32_t rest = value;
-  const char* separator = "";
+  std::string names;
   for (const Variant* row = variants; rest != 0 && row->name != nullptr; ++row) {
     if ((row->value & rest) == 0) continue;
     rest &= ~row->value;
-    putText(os, separator);
-    putText(os, row->name);
-    separator = "|";
+    if (!names.empty()) names += '|';
+    names += row->name;
   }
-  endLine(os);
+  putLine(os, indent, name, "=", names);
   return true;
 }
 

@@ -10,9 +10,7 @@
 namespace LPARAMS::Server {
 
 bool Param::save(std::ostream& os, int indent) {
-  putIndent(os, indent);
-  putText(os, name);
-  putText(os, "=");
+  putText(os, indent, std::string_view(name), std::string_view("="));
   return true;
 }
 

@@ -38,8 +38,9 @@ bool readKey(std::istream& is, Key& key) {
 
 void skipNewline(std::istream& is) { is.ignore(1); }
 
-/// Consumes the block of an unknown group, inner blocks included, and reports each of its keys under
-/// the name of the block that it stands in. Iterates, because a file may nest as deep as it likes.
+/// Consumes the block of an unknown group, inner blocks included, and reports each of its keys
+/// under the name of the block that it stands in. Iterates, because a file may nest as deep as it
+/// likes.
 void skipUnknownGroup(std::istream& is, const std::string& name) {
   std::vector<std::string> openGroups{name};
   Key key;
@@ -70,19 +71,10 @@ Param* ParamGroup::getParam(const std::string& key) {
 }
 
 void ParamGroup::saveHead(std::ostream& os, int indent) const {
-  putIndent(os, indent);
-  putText(os, "/");
-  putText(os, name);
-  putText(os, "=");
-  endLine(os);
+  putLine(os, indent, "/", name, "=");
 }
 
-void ParamGroup::saveEnd(std::ostream& os, int indent) {
-  putIndent(os, indent);
-  putText(os, END_KEY);
-  putText(os, "=");
-  endLine(os);
-}
+void ParamGroup::saveEnd(std::ostream& os, int indent) { putLine(os, indent, END_KEY, "="); }
 
 bool ParamGroup::save(std::ostream& os, int indent) {
   Lock lock(*this);

@@ -1,10 +1,6 @@
 #include "lparams/params/text_form.h"
 
-#include <charconv>
-#include <istream>
-#include <limits>
 #include <locale>
-#include <ostream>
 #include <utility>
 
 namespace LPARAMS::Server {
@@ -45,13 +41,6 @@ void extractPlain(std::istream& is, T& value) {
   if (is >> extracted) value = std::move(extracted);
 }
 
-template <typename T>
-void putNumber(std::ostream& os, T value) {
-  char digits[std::numeric_limits<T>::digits10 + 2];  // one more digit and a sign
-  const auto end = std::to_chars(std::begin(digits), std::end(digits), value).ptr;
-  putText(os, {digits, static_cast<size_t>(end - digits)});
-}
-
 std::string readUpTo(std::istream& is, char delimiter) {
   // A fresh string for every read: getline leaves its argument alone when the stream has failed.
   std::string text;
@@ -61,24 +50,12 @@ std::string readUpTo(std::istream& is, char delimiter) {
 
 }  // namespace
 
-void putText(std::ostream& os, std::string_view text) {
-  os.write(text.data(), static_cast<std::streamsize>(text.size()));
+void putPieces(std::ostream& os, int indent, std::initializer_list<std::string_view> pieces) {
+  for (; indent > 0; --indent) os.write("    ", 4);
+  for (const std::string_view piece : pieces) {
+    os.write(piece.data(), static_cast<std::streamsize>(piece.size()));
+  }
 }
-
-void putIndent(std::ostream& os, int indent) {
-  for (; indent > 0; --indent) putText(os, "    ");
-}
-
-void endLine(std::ostream& os) {
-  os.put('\n');
-  os.flush();
-}
-
-void putValue(std::ostream& os, bool value) { os.put(value ? '1' : '0'); }
-void putValue(std::ostream& os, unsigned short value) { putNumber(os, value); }
-void putValue(std::ostream& os, unsigned int value) { putNumber(os, value); }
-void putValue(std::ostream& os, int value) { putNumber(os, value); }
-void putValue(std::ostream& os, const std::string& value) { putText(os, value); }
 
 void extractValue(std::istream& is, bool& value) { extractPlain(is, value); }
 void extractValue(std::istream& is, unsigned short& value) { extractPlain(is, value); }

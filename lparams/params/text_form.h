@@ -3,30 +3,77 @@
 // Numbers are plain decimal in both directions, whatever the locale, flags and width of the stream.
 #pragma once
 
-#include <iosfwd>
+#include <charconv>
+#include <concepts>
+#include <cstring>
+#include <initializer_list>
+#include <iterator>
+#include <limits>
 #include <string>
 #include <string_view>
 
+#include "lparams/params/stream_areas.h"
+
 namespace LPARAMS::Server {
 
-/// Appends bytes as they are.
-void putText(std::ostream& os, std::string_view text);
+/// A number in decimal.
+class Digits {
+ public:
+  template <std::integral T>
+  explicit Digits(T value) : end_(std::to_chars(std::begin(bytes_), std::end(bytes_), value).ptr) {}
 
-/// Appends the indentation of a nesting level: four spaces per level.
-void putIndent(std::ostream& os, int indent);
+  Digits(const Digits&) = delete;
+  Digits& operator=(const Digits&) = delete;
 
-/// Ends a line and hands it on to the file: every line is written on its own.
-void endLine(std::ostream& os);
+  operator std::string_view() const { return {bytes_, static_cast<size_t>(end_ - bytes_)}; }
 
-// Each putValue appends a value, each extractValue skips white space and reads one as formatted
-// input in the "C" locale does: the longest number, the flags 0 and 1, or one word. What cannot be
-// read leaves the stream in the fail state and `value` as it was.
+ private:
+  char bytes_[std::numeric_limits<int>::digits10 + 2];  // one more digit and a sign
+  const char* const end_;
+};
 
-void putValue(std::ostream& os, bool value);
-void putValue(std::ostream& os, unsigned short value);
-void putValue(std::ostream& os, unsigned int value);
-void putValue(std::ostream& os, int value);
-void putValue(std::ostream& os, const std::string& value);
+// The text of a value, as long as the result and the value live.
+
+template <std::integral T>
+Digits textOf(T value) {
+  return Digits(value);
+}
+
+inline std::string_view textOf(bool value) { return value ? "1" : "0"; }
+
+inline std::string_view textOf(const std::string& value) { return value; }
+
+/// Appends the pieces as they are, behind the indentation of a nesting level: four spaces per
+/// level.
+void putPieces(std::ostream& os, int indent, std::initializer_list<std::string_view> pieces);
+
+/// The same, without a call where the stream's buffer has room for the whole.
+template <std::same_as<std::string_view>... Pieces>
+[[gnu::always_inline]] inline void putText(std::ostream& os, int indent, Pieces... pieces) {
+  constexpr std::string_view LEVEL = "    ";
+  const size_t blanks = indent > 0 ? static_cast<size_t>(indent) * LEVEL.size() : 0;
+  const size_t size = (blanks + ... + pieces.size());
+  char* at = StreamAreas::room(os, size);
+  if (at == nullptr) return putPieces(os, indent, {pieces...});
+  const auto append = [&at](std::string_view piece) {
+    std::memcpy(at, piece.data(), piece.size());
+    at += piece.size();
+  };
+  for (int level = 0; level < indent; ++level) append(LEVEL);
+  (append(pieces), ...);
+  StreamAreas::produce(os, size);
+}
+
+/// Appends a line of the pieces and hands it on to the file: every line is written on its own.
+template <std::convertible_to<std::string_view>... Pieces>
+void putLine(std::ostream& os, int indent, const Pieces&... pieces) {
+  putText(os, indent, std::string_view(pieces)..., std::string_view("\n"));
+  os.flush();
+}
+
+// Each extractValue skips white space and reads a value as formatted input in the "C" locale does:
+// the longest number, the flags 0 and 1, or one word. What cannot be read leaves the stream in the
+// fail state and `value` as it was.
 
 void extractValue(std::istream& is, bool& value);
 void extractValue(std::istream& is, unsigned short& value);
