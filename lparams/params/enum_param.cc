@@ -22,11 +22,12 @@ bool EnumParam::save(std::ostream& os, int indent) {
 
 bool EnumParam::load(std::istream& is) {
   Lock lock(*this);
-  const std::string text = restOfLine(is);
+  TextReader reader(is);
+  const std::string_view text = reader.restOfLine();
   value = defaultValue;
   for (size_t begin = 0; begin <= text.size();) {
     const size_t end = std::min(text.find('|', begin), text.size());
-    const std::string_view piece(text.data() + begin, end - begin);
+    const std::string_view piece = text.substr(begin, end - begin);
     for (const Variant* row = variants; row->name != nullptr; ++row) {
       if (equalNames(piece, row->name)) {
         value = row->value;
@@ -35,7 +36,7 @@ bool EnumParam::load(std::istream& is) {
     }
     begin = end + 1;
   }
-  if (g_loadlog != nullptr) g_loadlog->badValue(name, text);
+  if (g_loadlog != nullptr) g_loadlog->badValue(name, std::string(text));
   return true;
 }
 

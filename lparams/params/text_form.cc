@@ -41,11 +41,30 @@ void extractPlain(std::istream& is, T& value) {
   if (is >> extracted) value = std::move(extracted);
 }
 
-std::string readUpTo(std::istream& is, char delimiter) {
-  // A fresh string for every read: getline leaves its argument alone when the stream has failed.
-  std::string text;
-  std::getline(is, text, delimiter);
-  return text;
+constexpr std::string_view WHITE_SPACE = " \t\n\v\f\r";
+
+/// Reads plain digits out of the stream's buffer. Returns false, with nothing consumed, at anything
+/// else: it is for the stream to say what that means.
+template <std::integral T>
+bool takeDigits(std::istream& is, T& value) {
+  const std::string_view unread = StreamAreas::unread(is);
+  const size_t start = unread.find_first_not_of(WHITE_SPACE);
+  if (start == std::string_view::npos) return false;
+  const char* const end = unread.data() + unread.size();
+  const auto [stop, error] = std::from_chars(unread.data() + start, end, value);
+  if (error != std::errc() || stop == end) return false;  // the number may go on behind the buffer
+  StreamAreas::consume(is, static_cast<size_t>(stop - unread.data()));
+  return true;
+}
+
+template <std::integral T>
+void extractNumber(std::istream& is, T& value) {
+  T number{};
+  if (takeDigits(is, number)) {
+    value = number;
+  } else {
+    extractPlain(is, value);
+  }
 }
 
 }  // namespace
@@ -58,13 +77,15 @@ void putPieces(std::ostream& os, int indent, std::initializer_list<std::string_v
 }
 
 void extractValue(std::istream& is, bool& value) { extractPlain(is, value); }
-void extractValue(std::istream& is, unsigned short& value) { extractPlain(is, value); }
-void extractValue(std::istream& is, unsigned int& value) { extractPlain(is, value); }
-void extractValue(std::istream& is, int& value) { extractPlain(is, value); }
+void extractValue(std::istream& is, unsigned short& value) { extractNumber(is, value); }
+void extractValue(std::istream& is, unsigned int& value) { extractNumber(is, value); }
+void extractValue(std::istream& is, int& value) { extractNumber(is, value); }
 void extractValue(std::istream& is, std::string& value) { extractPlain(is, value); }
 
-std::string restOfLine(std::istream& is) { return readUpTo(is, '\n'); }
-
-std::string nextKey(std::istream& is) { return readUpTo(is, '='); }
+std::string_view TextReader::extractUpTo(char delimiter) {
+  copy_.clear();  // getline leaves it alone when the stream has failed
+  std::getline(is_, copy_, delimiter);
+  return copy_;
+}
 
 }  // namespace LPARAMS::Server

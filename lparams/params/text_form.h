@@ -81,10 +81,39 @@ void extractValue(std::istream& is, unsigned int& value);
 void extractValue(std::istream& is, int& value);
 void extractValue(std::istream& is, std::string& value);
 
-/// The rest of the line; its newline is consumed. Empty at the end of the input.
-std::string restOfLine(std::istream& is);
+/// Takes text off a stream. What it returns is valid until the stream or the reader is used again.
+class TextReader {
+ public:
+  /// REQUIRES: the stream outlives the reader.
+  explicit TextReader(std::istream& is) : is_(is) {}
 
-/// The next key: everything up to the next "=", which is consumed. Empty at the end of the input.
-std::string nextKey(std::istream& is);
+  /// The text up to the next delimiter, which is consumed and not part of it, or up to the end of
+  /// the input; empty if that has been reached already.
+  std::string_view upTo(char delimiter) {
+    const std::string_view unread = StreamAreas::unread(is_);
+    const size_t size = unread.find(delimiter);
+    if (size == std::string_view::npos) return extractUpTo(delimiter);
+    StreamAreas::consume(is_, size + 1);
+    return unread.substr(0, size);
+  }
+
+  std::string_view restOfLine() { return upTo('\n'); }
+
+  /// Everything up to the next "=".
+  std::string_view nextKey() { return upTo('='); }
+
+  /// True once the input has ended before a text.
+  bool failed() const { return is_.fail(); }
+
+ private:
+  std::string_view extractUpTo(char delimiter);
+
+  std::istream& is_;
+  std::string copy_;  // of a text that the stream's buffer does not hold as a whole
+};
+
+inline std::string restOfLine(std::istream& is) { return std::string(TextReader(is).restOfLine()); }
+
+inline std::string nextKey(std::istream& is) { return std::string(TextReader(is).nextKey()); }
 
 }  // namespace LPARAMS::Server
