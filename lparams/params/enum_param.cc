@@ -11,24 +11,23 @@ namespace LPARAMS::Server {
 
 bool EnumParam::save(std::ostream& os, int indent) {
   Lock lock(*this);
-  (void)Param::save(os, indent);
   const Variant* variant = findVariant(variants, value);
   if (variant == nullptr) {
     value = defaultValue;
     variant = findVariant(variants, value);
   }
-  if (variant != nullptr) putText(os, variant->name);
-  endLine(os);
+  putLine(os, indent, name, "=", variant != nullptr ? variant->name : "");
   return true;
 }
 
 bool EnumParam::load(std::istream& is) {
   Lock lock(*this);
-  const std::string text = restOfLine(is);
+  TextReader reader(is);
+  const std::string_view text = reader.restOfLine();
   value = defaultValue;
   for (size_t begin = 0; begin <= text.size();) {
     const size_t end = std::min(text.find('|', begin), text.size());
-    const std::string_view piece(text.data() + begin, end - begin);
+    const std::string_view piece = text.substr(begin, end - begin);
     for (const Variant* row = variants; row->name != nullptr; ++row) {
       if (equalNames(piece, row->name)) {
         value = row->value;
@@ -37,7 +36,7 @@ bool EnumParam::load(std::istream& is) {
     }
     begin = end + 1;
   }
-  if (g_loadlog != nullptr) g_loadlog->badValue(name, text);
+  if (g_loadlog != nullptr) g_loadlog->badValue(name, std::string(text));
   return true;
 }
 

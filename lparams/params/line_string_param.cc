@@ -6,13 +6,13 @@ namespace LPARAMS::Server {
 
 bool StStParam::load(std::istream& is) {
   Lock lock(*this);
-  value = restOfLine(is);
+  value = TextReader(is).restOfLine();
   return true;
 }
 
 bool QcdSParam::load(std::istream& is) {
   Lock lock(*this);
-  value = restOfLine(is);
+  value = TextReader(is).restOfLine();
   return true;
 }
 

@@ -11,34 +11,33 @@ namespace LPARAMS::Server {
 
 bool MaskParam::save(std::ostream& os, int indent) {
   Lock lock(*this);
-  (void)Param::save(os, indent);
   int32_t rest = value;
-  const char* separator = "";
+  std::string names;
   for (const Variant* row = variants; rest != 0 && row->name != nullptr; ++row) {
     if ((row->value & rest) == 0) continue;
     rest &= ~row->value;
-    putText(os, separator);
-    putText(os, row->name);
-    separator = "|";
+    if (!names.empty()) names += '|';
+    names += row->name;
   }
-  endLine(os);
+  putLine(os, indent, name, "=", names);
   return true;
 }
 
 bool MaskParam::load(std::istream& is) {
   Lock lock(*this);
-  const std::string text = restOfLine(is);
+  TextReader reader(is);
+  const std::string_view text = reader.restOfLine();
   value = 0;
   for (size_t begin = 0; begin < text.size();) {
     const size_t end = std::min(text.find('|', begin), text.size());
-    const std::string_view piece(text.data() + begin, end - begin);
+    const std::string_view piece = text.substr(begin, end - begin);
     for (const Variant* row = variants; row->name != nullptr; ++row) {
       if (equalNames(piece, row->name)) value |= row->value;
     }
     begin = end + 1;
   }
   if (value != 0) return true;
-  if (g_loadlog != nullptr) g_loadlog->badValue(name, text);
+  if (g_loadlog != nullptr) g_loadlog->badValue(name, std::string(text));
   value = defaultValue;
   return true;
 }

@@ -10,21 +10,20 @@
 namespace LPARAMS::Server {
 
 bool Param::save(std::ostream& os, int indent) {
-  putIndent(os, indent);
-  putText(os, name);
-  putText(os, "=");
+  putText(os, indent, std::string_view(name), std::string_view("="));
   return true;
 }
 
 bool Param::load(std::istream& is) {
   const bool failed = is.fail();
   if (failed) is.clear();
-  const std::string rest = restOfLine(is);
+  TextReader reader(is);
+  const std::string_view rest = reader.restOfLine();
   if (g_loadlog == nullptr) return true;
   if (failed) {
-    g_loadlog->badValue(name, rest);
+    g_loadlog->badValue(name, std::string(rest));
   } else if (!rest.empty()) {
-    g_loadlog->extraText(name, rest);
+    g_loadlog->extraText(name, std::string(rest));
   }
   return true;
 }

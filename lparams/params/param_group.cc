@@ -1,6 +1,6 @@
 #include "lparams/params/param_group.h"
 
-#include <istream>
+#include <string_view>
 
 #include "lparams/params/load_log.h"
 #include "lparams/params/module_objects.h"
@@ -9,49 +9,52 @@
 namespace LPARAMS::Server {
 namespace {
 
-constexpr const char* END_KEY = "end";
+constexpr std::string_view END_KEY = "end";
 
 void reportUnknown(const std::string& key, const std::string& group) {
   if (g_loadlog != nullptr) g_loadlog->unknownParam(key, group);
 }
 
-/// A key as it stands in the file, without what precedes it on its line.
+/// A key of the file, without what precedes it on its line. Valid until the stream is used again.
 struct Key {
-  std::string name;
+  std::string_view name;
   bool namesGroup = false;  ///< marked by a slash; matters only if the name is unknown
 };
 
 /// Reads the next key of a block. Returns false at the end of the input.
-bool readKey(std::istream& is, Key& key) {
+bool readKey(TextReader& reader, Key& key) {
   do {
-    key.name = nextKey(is);
-    if (key.name.empty() && is.fail()) return false;
+    key.name = reader.nextKey();
+    if (key.name.empty() && reader.failed()) return false;
   } while (key.name.empty());
 
-  size_t begin = 0;
-  while (begin < key.name.size() && static_cast<unsigned char>(key.name[begin]) <= ' ') ++begin;
-  key.namesGroup = begin < key.name.size() && key.name[begin] == '/';
-  if (key.namesGroup) ++begin;
-  key.name.erase(0, begin);
+  while (!key.name.empty() && static_cast<unsigned char>(key.name.front()) <= ' ') {
+    key.name.remove_prefix(1);
+  }
+  key.namesGroup = key.name.starts_with('/');
+  if (key.namesGroup) key.name.remove_prefix(1);
   return true;
 }
 
 void skipNewline(std::istream& is) { is.ignore(1); }
 
-/// Consumes the block of an unknown group, inner blocks included, and reports each of its keys under
-/// the name of the block that it stands in. Iterates, because a file may nest as deep as it likes.
+/// Consumes the block of an unknown group, inner blocks included, and reports each of its keys
+/// under the name of the block that it stands in. Iterates, because a file may nest as deep as it
+/// likes.
 void skipUnknownGroup(std::istream& is, const std::string& name) {
   std::vector<std::string> openGroups{name};
+  TextReader reader(is);
   Key key;
-  while (!openGroups.empty() && readKey(is, key)) {
+  while (!openGroups.empty() && readKey(reader, key)) {
     if (key.name == END_KEY) {
       skipNewline(is);
       openGroups.pop_back();
       continue;
     }
-    if (!key.namesGroup) (void)restOfLine(is);
-    reportUnknown(key.name, openGroups.back());
-    if (key.namesGroup) openGroups.push_back(key.name);
+    const std::string unknown(key.name);
+    if (!key.namesGroup) (void)reader.restOfLine();
+    reportUnknown(unknown, openGroups.back());
+    if (key.namesGroup) openGroups.push_back(unknown);
   }
 }
 
@@ -70,19 +73,10 @@ Param* ParamGroup::getParam(const std::string& key) {
 }
 
 void ParamGroup::saveHead(std::ostream& os, int indent) const {
-  putIndent(os, indent);
-  putText(os, "/");
-  putText(os, name);
-  putText(os, "=");
-  endLine(os);
+  putLine(os, indent, "/", name, "=");
 }
 
-void ParamGroup::saveEnd(std::ostream& os, int indent) {
-  putIndent(os, indent);
-  putText(os, END_KEY);
-  putText(os, "=");
-  endLine(os);
-}
+void ParamGroup::saveEnd(std::ostream& os, int indent) { putLine(os, indent, END_KEY, "="); }
 
 bool ParamGroup::save(std::ostream& os, int indent) {
   Lock lock(*this);
@@ -101,8 +95,11 @@ bool ParamGroup::load(std::istream& is) {
   int remaining = total;
   clear();
 
+  TextReader reader(is);
   Key key;
-  while (readKey(is, key)) {
+  // A file that a save has made names the members in their order; only others are searched for.
+  auto expected = fileParams.begin();
+  while (readKey(reader, key)) {
     if (key.name == END_KEY) {
       skipNewline(is);
       if (remaining >= 1 && g_loadlog != nullptr) {
@@ -110,18 +107,20 @@ bool ParamGroup::load(std::istream& is) {
       }
       return true;
     }
-    if (Param* member = getParam(key.name)) {
+    const bool asExpected = expected != fileParams.end() && key.name == (*expected)->name;
+    const std::string other(asExpected ? std::string_view() : key.name);
+    if (Param* member = asExpected ? *expected++ : getParam(other)) {
       if (!member->load(is)) {
-        if (g_loadlog != nullptr) g_loadlog->paramFailed(key.name, name);
+        if (g_loadlog != nullptr) g_loadlog->paramFailed(asExpected ? member->name : other, name);
         return false;
       }
       --remaining;
     } else if (key.namesGroup) {
-      reportUnknown(key.name, name);
-      skipUnknownGroup(is, key.name);
+      reportUnknown(other, name);
+      skipUnknownGroup(is, other);
     } else {
-      (void)restOfLine(is);
-      reportUnknown(key.name, name);
+      (void)reader.restOfLine();
+      reportUnknown(other, name);
     }
   }
   return false;

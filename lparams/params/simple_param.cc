@@ -15,9 +15,7 @@ SimpleParam<T, TypeId>::SimpleParam(ParamGroup& group, const char* name, T initi
 template <typename T, int TypeId>
 bool SimpleParam<T, TypeId>::save(std::ostream& os, int indent) {
   Lock lock(*this);
-  (void)Param::save(os, indent);
-  putValue(os, value);
-  endLine(os);
+  putLine(os, indent, name, "=", textOf(value));
   return true;
 }
 

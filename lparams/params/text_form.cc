@@ -1,10 +1,6 @@
 #include "lparams/params/text_form.h"
 
-#include <charconv>
-#include <istream>
-#include <limits>
 #include <locale>
-#include <ostream>
 #include <utility>
 
 namespace LPARAMS::Server {
@@ -45,49 +41,51 @@ void extractPlain(std::istream& is, T& value) {
   if (is >> extracted) value = std::move(extracted);
 }
 
-template <typename T>
-void putNumber(std::ostream& os, T value) {
-  char digits[std::numeric_limits<T>::digits10 + 2];  // one more digit and a sign
-  const auto end = std::to_chars(std::begin(digits), std::end(digits), value).ptr;
-  putText(os, {digits, static_cast<size_t>(end - digits)});
+constexpr std::string_view WHITE_SPACE = " \t\n\v\f\r";
+
+/// Reads plain digits out of the stream's buffer. Returns false, with nothing consumed, at anything
+/// else: it is for the stream to say what that means.
+template <std::integral T>
+bool takeDigits(std::istream& is, T& value) {
+  const std::string_view unread = StreamAreas::unread(is);
+  const size_t start = unread.find_first_not_of(WHITE_SPACE);
+  if (start == std::string_view::npos) return false;
+  const char* const end = unread.data() + unread.size();
+  const auto [stop, error] = std::from_chars(unread.data() + start, end, value);
+  if (error != std::errc() || stop == end) return false;  // the number may go on behind the buffer
+  StreamAreas::consume(is, static_cast<size_t>(stop - unread.data()));
+  return true;
 }
 
-std::string readUpTo(std::istream& is, char delimiter) {
-  // A fresh string for every read: getline leaves its argument alone when the stream has failed.
-  std::string text;
-  std::getline(is, text, delimiter);
-  return text;
+template <std::integral T>
+void extractNumber(std::istream& is, T& value) {
+  T number{};
+  if (takeDigits(is, number)) {
+    value = number;
+  } else {
+    extractPlain(is, value);
+  }
 }
 
 }  // namespace
 
-void putText(std::ostream& os, std::string_view text) {
-  os.write(text.data(), static_cast<std::streamsize>(text.size()));
+void putPieces(std::ostream& os, int indent, std::initializer_list<std::string_view> pieces) {
+  for (; indent > 0; --indent) os.write("    ", 4);
+  for (const std::string_view piece : pieces) {
+    os.write(piece.data(), static_cast<std::streamsize>(piece.size()));
+  }
 }
-
-void putIndent(std::ostream& os, int indent) {
-  for (; indent > 0; --indent) putText(os, "    ");
-}
-
-void endLine(std::ostream& os) {
-  os.put('\n');
-  os.flush();
-}
-
-void putValue(std::ostream& os, bool value) { os.put(value ? '1' : '0'); }
-void putValue(std::ostream& os, unsigned short value) { putNumber(os, value); }
-void putValue(std::ostream& os, unsigned int value) { putNumber(os, value); }
-void putValue(std::ostream& os, int value) { putNumber(os, value); }
-void putValue(std::ostream& os, const std::string& value) { putText(os, value); }
 
 void extractValue(std::istream& is, bool& value) { extractPlain(is, value); }
-void extractValue(std::istream& is, unsigned short& value) { extractPlain(is, value); }
-void extractValue(std::istream& is, unsigned int& value) { extractPlain(is, value); }
-void extractValue(std::istream& is, int& value) { extractPlain(is, value); }
+void extractValue(std::istream& is, unsigned short& value) { extractNumber(is, value); }
+void extractValue(std::istream& is, unsigned int& value) { extractNumber(is, value); }
+void extractValue(std::istream& is, int& value) { extractNumber(is, value); }
 void extractValue(std::istream& is, std::string& value) { extractPlain(is, value); }
 
-std::string restOfLine(std::istream& is) { return readUpTo(is, '\n'); }
-
-std::string nextKey(std::istream& is) { return readUpTo(is, '='); }
+std::string_view TextReader::extractUpTo(char delimiter) {
+  copy_.clear();  // getline leaves it alone when the stream has failed
+  std::getline(is_, copy_, delimiter);
+  return copy_;
+}
 
 }  // namespace LPARAMS::Server

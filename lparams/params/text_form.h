@@ -3,30 +3,77 @@
 // Numbers are plain decimal in both directions, whatever the locale, flags and width of the stream.
 #pragma once
 
-#include <iosfwd>
+#include <charconv>
+#include <concepts>
+#include <cstring>
+#include <initializer_list>
+#include <iterator>
+#include <limits>
 #include <string>
 #include <string_view>
 
+#include "lparams/params/stream_areas.h"
+
 namespace LPARAMS::Server {
 
-/// Appends bytes as they are.
-void putText(std::ostream& os, std::string_view text);
+/// A number in decimal.
+class Digits {
+ public:
+  template <std::integral T>
+  explicit Digits(T value) : end_(std::to_chars(std::begin(bytes_), std::end(bytes_), value).ptr) {}
 
-/// Appends the indentation of a nesting level: four spaces per level.
-void putIndent(std::ostream& os, int indent);
+  Digits(const Digits&) = delete;
+  Digits& operator=(const Digits&) = delete;
 
-/// Ends a line and hands it on to the file: every line is written on its own.
-void endLine(std::ostream& os);
+  operator std::string_view() const { return {bytes_, static_cast<size_t>(end_ - bytes_)}; }
 
-// Each putValue appends a value, each extractValue skips white space and reads one as formatted
-// input in the "C" locale does: the longest number, the flags 0 and 1, or one word. What cannot be
-// read leaves the stream in the fail state and `value` as it was.
+ private:
+  char bytes_[std::numeric_limits<int>::digits10 + 2];  // one more digit and a sign
+  const char* const end_;
+};
 
-void putValue(std::ostream& os, bool value);
-void putValue(std::ostream& os, unsigned short value);
-void putValue(std::ostream& os, unsigned int value);
-void putValue(std::ostream& os, int value);
-void putValue(std::ostream& os, const std::string& value);
+// The text of a value, as long as the result and the value live.
+
+template <std::integral T>
+Digits textOf(T value) {
+  return Digits(value);
+}
+
+inline std::string_view textOf(bool value) { return value ? "1" : "0"; }
+
+inline std::string_view textOf(const std::string& value) { return value; }
+
+/// Appends the pieces as they are, behind the indentation of a nesting level: four spaces per
+/// level.
+void putPieces(std::ostream& os, int indent, std::initializer_list<std::string_view> pieces);
+
+/// The same, without a call where the stream's buffer has room for the whole.
+template <std::same_as<std::string_view>... Pieces>
+[[gnu::always_inline]] inline void putText(std::ostream& os, int indent, Pieces... pieces) {
+  constexpr std::string_view LEVEL = "    ";
+  const size_t blanks = indent > 0 ? static_cast<size_t>(indent) * LEVEL.size() : 0;
+  const size_t size = (blanks + ... + pieces.size());
+  char* at = StreamAreas::room(os, size);
+  if (at == nullptr) return putPieces(os, indent, {pieces...});
+  const auto append = [&at](std::string_view piece) {
+    std::memcpy(at, piece.data(), piece.size());
+    at += piece.size();
+  };
+  for (int level = 0; level < indent; ++level) append(LEVEL);
+  (append(pieces), ...);
+  StreamAreas::produce(os, size);
+}
+
+/// Appends a line of the pieces and hands it on to the file: every line is written on its own.
+template <std::convertible_to<std::string_view>... Pieces>
+void putLine(std::ostream& os, int indent, const Pieces&... pieces) {
+  putText(os, indent, std::string_view(pieces)..., std::string_view("\n"));
+  os.flush();
+}
+
+// Each extractValue skips white space and reads a value as formatted input in the "C" locale does:
+// the longest number, the flags 0 and 1, or one word. What cannot be read leaves the stream in the
+// fail state and `value` as it was.
 
 void extractValue(std::istream& is, bool& value);
 void extractValue(std::istream& is, unsigned short& value);
@@ -34,10 +81,39 @@ void extractValue(std::istream& is, unsigned int& value);
 void extractValue(std::istream& is, int& value);
 void extractValue(std::istream& is, std::string& value);
 
-/// The rest of the line; its newline is consumed. Empty at the end of the input.
-std::string restOfLine(std::istream& is);
+/// Takes text off a stream. What it returns is valid until the stream or the reader is used again.
+class TextReader {
+ public:
+  /// REQUIRES: the stream outlives the reader.
+  explicit TextReader(std::istream& is) : is_(is) {}
 
-/// The next key: everything up to the next "=", which is consumed. Empty at the end of the input.
-std::string nextKey(std::istream& is);
+  /// The text up to the next delimiter, which is consumed and not part of it, or up to the end of
+  /// the input; empty if that has been reached already.
+  std::string_view upTo(char delimiter) {
+    const std::string_view unread = StreamAreas::unread(is_);
+    const size_t size = unread.find(delimiter);
+    if (size == std::string_view::npos) return extractUpTo(delimiter);
+    StreamAreas::consume(is_, size + 1);
+    return unread.substr(0, size);
+  }
+
+  std::string_view restOfLine() { return upTo('\n'); }
+
+  /// Everything up to the next "=".
+  std::string_view nextKey() { return upTo('='); }
+
+  /// True once the input has ended before a text.
+  bool failed() const { return is_.fail(); }
+
+ private:
+  std::string_view extractUpTo(char delimiter);
+
+  std::istream& is_;
+  std::string copy_;  // of a text that the stream's buffer does not hold as a whole
+};
+
+inline std::string restOfLine(std::istream& is) { return std::string(TextReader(is).restOfLine()); }
+
+inline std::string nextKey(std::istream& is) { return std::string(TextReader(is).nextKey()); }
 
 }  // namespace LPARAMS::Server
