@@ -53,7 +53,7 @@ TEST_P(Stop, EndsSessionsWhateverTheirClientsAreAbout) {
   EXPECT_FALSE(host::exists(socketPath));
 }
 
-/// A save that does not end before the test says so: the module's temporary file is a pipe that
+/// A save that does not end before the test says so: the temporary file of the twin is a pipe that
 /// holds less than the settings.
 class SlowSave {
  public:
@@ -95,7 +95,7 @@ TEST_P(Stop, TakesNoMoreClientsAndWaitsForTheRunningCommand) {
   const BridgeClient idle = connect();
   const BridgeClient client = connect();
   EXPECT_EQ(client.write("POLICY", testing_support::wireBytes(policy)).result, 1);
-  const SlowSave save(settingsPath + ".bak");
+  const SlowSave save(settingsPath + ".good.new");
   client.send(bridge::encode(bridge::Command{SETTINGS_MODULE, SAVE}) +
               bridge::encode(bridge::Command{SETTINGS_MODULE, READ_GROUP, groupInput("ADMIN")}));
   save.waitForBegin();

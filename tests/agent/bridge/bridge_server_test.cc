@@ -39,7 +39,9 @@ TEST(BridgeServer, LeavesASocketAloneThatItMayNotTry) {
   ServedModule served;
   const BridgeServer server(io, path, std::nullopt, served.service());
   ASSERT_EQ(chmod(path.c_str(), 0000), 0);
-  if (geteuid() == 0) ASSERT_EQ(chown(directory.path.c_str(), NOBODY, NOBODY), 0);
+  if (geteuid() == 0) {
+    ASSERT_EQ(chown(directory.path.c_str(), NOBODY, NOBODY), 0);
+  }
   host::runInChild([&] {
     // Root may try every socket.
     if (geteuid() == 0) {
