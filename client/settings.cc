@@ -19,6 +19,9 @@ namespace client {
 
 using namespace LPARAMS::Server;
 
+Settings::Settings() = default;
+Settings::~Settings() = default;
+
 ParamGroup& Settings::group(const std::string& name) {
   for (ParamGroup* group : groups) {
     if (name == group->name) return *group;

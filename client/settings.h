@@ -25,6 +25,9 @@ struct Place {
 /// All groups. They hold their defaults until the agent's values have been read into them: show no
 /// value of a group that has not been read, and none that the bridge does not carry.
 struct Settings {
+  Settings();
+  ~Settings();
+
   LPARAMS::Server::IKE_t ike;
   LPARAMS::Server::LOG_t log;
   LPARAMS::Server::UPDATE_t update;

@@ -15,6 +15,7 @@ enum ObserverEvent : int { CHANGE_DONE = 0, CHANGE_BEGINS = 1 };
 
 /// By index: an observer may add another one.
 void callObservers(const ParamGroup& group, ObserverEvent event) {
+  // NOLINTNEXTLINE(modernize-loop-convert)
   for (size_t i = 0; i < group.observers.size(); ++i) group.observers[i](event);
 }
 

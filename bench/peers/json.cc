@@ -61,7 +61,7 @@ class Json : public Peer {
           break;
         case Kind::Name:
         case Kind::Text:
-          values.take(setting, value.get_ref<const std::string&>());
+          values.take(setting, value.get<std::string>());
       }
     }
   }

@@ -1,8 +1,8 @@
 // The named values of the enumerated settings: each enumeration, then its table.
 //
 // The values travel on the bridge and the names stand in settings files: do not change the value or
-// the name of an existing row. The order of the rows decides nothing about matches and is kept as it
-// is all the same.
+// the name of an existing row. The order of the rows decides nothing about matches and is kept as
+// it is all the same.
 #pragma once
 
 #include "lparams/params/variant.h"

@@ -15,8 +15,8 @@
 // the root's lock but not g_ioLock, so it may see one group before a command and another after it.
 //
 // Observers run on the bridge's thread that executes the write, under g_ioLock and no group's lock.
-// The save hook runs on the bridge's thread under no lock at all. The operations of a LoadLog run on
-// the loading thread, under g_ioLock and the locks of the group and the parameter that report.
+// The save hook runs on the bridge's thread under no lock at all. The operations of a LoadLog run
+// on the loading thread, under g_ioLock and the locks of the group and the parameter that report.
 //
 // Ownership. g_serverFactory holds the root by value, the root its groups, a group its parameters;
 // the lists of a group only point at them. The user list alone owns what it points at. Command

@@ -38,6 +38,7 @@ void assign(P& param, V&& value) {
 int nattPolicyOf(const ChPair& old) {
   int number = 0;
   if (!strtoint(old.begin, old.end, number)) return NATT_POLICY_DISABLED;
+  // clang-format off
   switch (number) {
     case 0: return NATT_POLICY_DISABLED;
     case 2: return NATT_POLICY_STD;
@@ -47,6 +48,7 @@ int nattPolicyOf(const ChPair& old) {
     case 103: return NATT_POLICY_OLD_FORCE;
     default: return NATT_POLICY_AUTO;
   }
+  // clang-format on
 }
 
 void assignPolicySource(POLICY_t& policy, const std::string& type, const std::string& source) {

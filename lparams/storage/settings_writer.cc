@@ -61,8 +61,8 @@ WriteOutcome writeSettingsFile(ParamGroup& root, const std::string& path, std::s
   createPrivate(temporary);
   if (!writeTemporary(root, temporary, error)) return WriteOutcome::WriteFailed;
 
-  // Kept oddity, for whoever must not lose the file: the old one is removed before the new one takes
-  // its place, so a rename that fails leaves neither under the name.
+  // Kept oddity, for whoever must not lose the file: the old one is removed before the new one
+  // takes its place, so a rename that fails leaves neither under the name.
   (void)std::remove(path.c_str());
   if (std::rename(temporary.c_str(), path.c_str()) != 0) {
     if (error != nullptr) error->append(RENAME_FAILED).append(temporary);

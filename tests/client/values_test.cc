@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <string_view>
 
 #include "client/settings.h"
 #include "lparams/params/enum_param.h"
@@ -12,6 +13,7 @@ namespace client {
 namespace {
 
 using namespace std::string_literals;
+using namespace std::string_view_literals;
 using client_testing::failureOf;
 
 using LPARAMS::Server::EnumParam;
@@ -20,12 +22,12 @@ using LPARAMS::Server::ParamGroup;
 using LPARAMS::Server::Variant;
 
 struct LegalRow {
-  std::string name;
-  std::string text;
-  std::string shown;
+  const char* name;
+  const char* text;
+  const char* shown;
 };
 
-const LegalRow LEGAL[] = {
+constexpr LegalRow LEGAL[] = {
     {"IKE.IKE_PORT", "1", "1"},
     {"IKE.IKE_PORT", "65535", "65535"},
     {"IKE.IKE_PORT", "000500", "500"},
@@ -60,12 +62,12 @@ TEST(ClientValues, LegalTextIsStoredAndShown) {
 }
 
 struct IllegalRow {
-  std::string name;
-  std::string text;
-  std::string message;
+  const char* name;
+  std::string_view text;
+  const char* message;
 };
 
-const IllegalRow ILLEGAL[] = {
+constexpr IllegalRow ILLEGAL[] = {
     {"IKE.IKE_PORT", "", "IKE.IKE_PORT: \"\" is not a whole number from 1 to 65535"},
     {"IKE.IKE_PORT", "0", "IKE.IKE_PORT: \"0\" is not a whole number from 1 to 65535"},
     {"IKE.IKE_PORT", "65536", "IKE.IKE_PORT: \"65536\" is not a whole number from 1 to 65535"},
@@ -99,7 +101,7 @@ const IllegalRow ILLEGAL[] = {
      "TFC_PADDING_ON"},
     {"ADMIN.ADMIN_GROUP", "a\nIKE_PORT=1",
      R"(ADMIN.ADMIN_GROUP: "a\x0aIKE_PORT=1" is not one line of text without control characters)"},
-    {"ADMIN.ADMIN_GROUP", "a\0"s,
+    {"ADMIN.ADMIN_GROUP", "a\0"sv,
      R"(ADMIN.ADMIN_GROUP: "a\x00" is not one line of text without control characters)"},
     {"ADMIN.ADMIN_GROUP", "a\r",
      R"(ADMIN.ADMIN_GROUP: "a\x0d" is not one line of text without control characters)"},
@@ -112,7 +114,8 @@ TEST(ClientValues, IllegalTextIsRefusedInWordsAndChangesNothing) {
     Settings settings;
     Param& param = settings.param(settings.place(row.name));
     const std::string before = valueText(param);
-    EXPECT_EQ(failureOf([&] { setValue(param, row.text, row.name); }), "2: " + row.message);
+    EXPECT_EQ(failureOf([&] { setValue(param, std::string(row.text), row.name); }),
+              std::string("2: ") + row.message);
     EXPECT_EQ(valueText(param), before) << row.name;
   }
 }

@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "tests/module/loaded_module.h"
+#include "tests/module/scripted_document.h"
 #include "tests/support/readable_bytes.h"
 #include "tests/support/recording_load_log.h"
 
@@ -113,6 +114,30 @@ TEST_F(Concurrency, AnythingAtOnceLeavesAFileThatLoads) {
   EXPECT_TRUE(root().load(&log));
   EXPECT_THAT(log.reports, testing::IsEmpty());
   EXPECT_EQ(root().rawSettings, readFile(settingsPath));
+}
+
+TEST_F(Concurrency, AnImportMayMeetTheQuestionForChanges) {
+  const Element subject{"Param", "LOCAL_CERT_FOR_PM_SUBJECT", std::string(100, 's'), {}};
+  const Element level{"Param", "PMS_LOG_LEVEL", "2", {}};
+  const Element policy{"Param", "ike_nat_t_policy", "3", {}};
+  document() = {};
+  document().elements = {{"LocalSettings",
+                          {},
+                          {},
+                          {{"Module", "USER_ACT_MODULE_ID", {}, {subject, level}},
+                           {"Module", "ISAKMP_MODULE_ID", {}, {policy}}}}};
+  std::atomic<int> failures = 0;
+  const auto import = [&] {
+    testing_support::RecordingLoadLog log;
+    repeat(20, [&](int) {
+      writeFile(directory.path + "localsettings.xml", "any text");
+      if (!root().load(&log)) ++failures;
+    });
+  };
+  const auto askForChanges = [&] { repeat(200, [&](int) { (void)root().isChanged(); }); };
+  runTogether({import, askForChanges});
+  EXPECT_EQ(failures, 0);
+  EXPECT_EQ(root().POLICY->LOCAL_CERT_SUBJECT.value, subject.text);
 }
 
 TEST_F(Concurrency, UnknownAndMalformedCommandsDisturbNobody) {

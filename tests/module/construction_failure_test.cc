@@ -1,19 +1,17 @@
 // Start-ups that fail. An exception that leaves the module's start-up ends the process, after
 // everything that was built has been destroyed again.
 #include <dlfcn.h>
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <exception>
+#include <stdexcept>
 
-#include "tests/module/call_log.h"
 #include "tests/module/child_process.h"
 #include "tests/module/failing_allocation.h"
 #include "tests/module/loaded_module.h"
 #include "tests/module/lock_calls.h"
-
-using testing::ElementsAre;
 
 namespace host {
 namespace {

@@ -6,7 +6,8 @@
 namespace host {
 
 /// Gives the calling process mounts of its own; they go away with it. Throws std::system_error with
-/// the reason if the system does not allow that. REQUIRES: the process has one thread.
+/// the reason if the system does not allow that. REQUIRES: the process has one thread; the thread
+/// sanitizer adds one, so that its tests have to be run as root.
 void enterPrivateMounts();
 
 // REQUIRES of all the following: enterPrivateMounts(). They throw std::system_error.

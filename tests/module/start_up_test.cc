@@ -77,6 +77,15 @@ TEST_F(StartUp, UnloadingDestroysEverythingInReverseOrderOfConstruction) {
   EXPECT_EQ(locksDestroyed(), made);
 }
 
+TEST_F(StartUp, UnloadingDestroysTheUsersToo) {
+  recordLocks();
+  LoadedModule module;
+  (void)module.addUser();
+  (void)module.addUser();
+  module.unload();
+  EXPECT_THAT(locksDestroyed(), testing::UnorderedElementsAreArray(locksMade()));
+}
+
 TEST_F(StartUp, UnloadingLeavesNothingOfTheModuleInTheProcess) {
   EXPECT_FALSE(isResident());
   LoadedModule module;

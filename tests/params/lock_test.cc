@@ -4,6 +4,7 @@
 #include <functional>
 #include <future>
 #include <sstream>
+#include <stdexcept>
 
 #include "lparams/params/enum_param.h"
 #include "lparams/params/line_string_param.h"
@@ -110,6 +111,20 @@ TEST_F(LockTest, AGroupHoldsItsLockWhileItsMembersWriteAndRead) {
 
 TEST_F(LockTest, ACommandThatIsTooShortReleasesEveryLock) {
   EXPECT_EQ(readBytes(group, unhex("01 00")).thrown, "CommandStreamError");
+  EXPECT_FALSE(isLocked(group));
+  for (Param* param : group.fileParams) {
+    EXPECT_FALSE(isLocked(*param)) << param->name;
+  }
+}
+
+TEST_F(LockTest, AStreamThatThrowsWhileAGroupIsSavedReleasesEveryLock) {
+  int flushes = 0;
+  WatchedBuffer buffer([&] {
+    if (++flushes == 3) throw std::runtime_error("no room");  // in the second member
+  });
+  std::ostream os(&buffer);
+  os.exceptions(std::ios::badbit);
+  EXPECT_THROW(group.save(os, 0), std::runtime_error);
   EXPECT_FALSE(isLocked(group));
   for (Param* param : group.fileParams) {
     EXPECT_FALSE(isLocked(*param)) << param->name;

@@ -175,6 +175,22 @@ TEST_F(SimpleParamTest, LoadOfANumberOutOfTheTypesRangeKeepsTheValue) {
               {"9999999999999999999\n", -7, {"badValue(NUMBER, \"\")"}}});
 }
 
+TEST_F(SimpleParamTest, LoadFromAStreamThatHasFailedKeepsTheValueAndGetsTheStreamGoing) {
+  const std::string before = savedText(group);
+  for (const std::ios::iostate failure : {std::ios::failbit, std::ios::badbit}) {
+    for (Param* param : group.fileParams) {
+      ActiveLoadLog log;
+      std::istringstream is("1\nnext");
+      is.setstate(failure);
+      EXPECT_TRUE(param->load(is));
+      EXPECT_EQ(log.reports,
+                std::vector<std::string>{std::string("badValue(") + param->name + ", \"1\")"});
+      EXPECT_EQ(unreadText(is), "next");
+    }
+  }
+  EXPECT_EQ(savedText(group), before);
+}
+
 TEST_F(SimpleParamTest, LoadOfAnIntTakesASign) {
   checkLoads(
       number, -7,

@@ -3,8 +3,10 @@
 #include "lparams/params/text_form.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
-#include <iomanip>
+#include <cstdio>
+#include <fstream>
 #include <locale>
 #include <sstream>
 
@@ -85,6 +87,11 @@ const StreamRow STREAMS[] = {
      [](std::ios& s) { s.setf(std::ios::showpos | std::ios::uppercase | std::ios::showpoint); }},
     {"white space not skipped", [](std::ios& s) { s.unsetf(std::ios::skipws); }},
     {"flushed by itself", [](std::ios& s) { s.setf(std::ios::unitbuf); }},
+    {"tied to another stream",
+     [](std::ios& s) {
+       static std::ostringstream other;
+       s.tie(&other);
+     }},
     {"grouping locale", [](std::ios& s) { s.imbue(oddLocale()); }},
     {"all at once",
      [](std::ios& s) {
@@ -156,6 +163,26 @@ TEST(TextForm, GroupedDigitsAreNotOneNumberInAnyLocale) {
   EXPECT_TRUE(group.count.load(is));
   EXPECT_EQ(group.count.value, 10u);
   EXPECT_EQ(log.reports, std::vector<std::string>{"extraText(COUNT, \".485.760\")"});
+}
+
+TEST(TextForm, AStreamForBothDirectionsTakesAndGives) {
+  std::stringstream both;
+  saveChanged(both);
+  saveChanged(both);
+  loadChanged(both);
+  loadChanged(both);
+  EXPECT_EQ(both.get(), std::char_traits<char>::eof());
+}
+
+TEST(TextForm, AFileTakesAndGives) {
+  const std::string path = testing::TempDir() + "text_form_test_" + std::to_string(getpid());
+  {
+    std::ofstream file(path);
+    for (int i = 0; i < 100; ++i) saveChanged(file);  // more than the stream's buffer
+  }
+  std::ifstream file(path);
+  for (int i = 0; i < 100; ++i) loadChanged(file);
+  std::remove(path.c_str());
 }
 
 TEST(TextForm, TheStreamGetsItsStateBack) {
