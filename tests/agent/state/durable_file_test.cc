@@ -9,7 +9,6 @@
 #include <csignal>
 #include <filesystem>
 #include <functional>
-#include <regex>
 #include <system_error>
 
 #include "tests/agent/state/scratch_directory.h"
@@ -161,8 +160,8 @@ TEST_F(DurableFile, EveryErrorNamesThePath) {
 }
 
 TEST_F(DurableFile, NamesAsideTellWhatAndWhen) {
-  EXPECT_TRUE(std::regex_match(nameAside("/state/file", "damaged"),
-                               std::regex("/state/file\\.damaged-20[0-9]{6}T[0-9]{6}Z")));
+  EXPECT_THAT(nameAside("/state/file", "damaged"),
+              testing::MatchesRegex("/state/file\\.damaged-20[0-9]{6}T[0-9]{6}Z"));
 }
 
 }  // namespace
