@@ -1,14 +1,13 @@
 #include "agent/bridge_server.h"
 
 #include <gmock/gmock.h>
-#include <grp.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <filesystem>
 #include <stdexcept>
 #include <string>
 
+#include "tests/agent/another_user.h"
 #include "tests/module/child_process.h"
 #include "tests/module/temp_directory.h"
 
@@ -16,8 +15,6 @@ using testing::HasSubstr;
 
 namespace agent {
 namespace {
-
-constexpr uid_t NOBODY = 65534;
 
 /// Why nobody can listen there; empty if it is possible.
 std::string refusalOf(const std::string& path) {
@@ -37,15 +34,11 @@ TEST(BridgeServer, LeavesASocketAloneThatItMayNotTry) {
   const BridgeServer server(io, path);
   ASSERT_EQ(chmod(path.c_str(), 0000), 0);
   ASSERT_EQ(chmod(directory.path.c_str(), 0777), 0);
-  EXPECT_TRUE(host::passesInChild([&] {
-    // Root may try every socket.
-    if (geteuid() == 0) {
-      ASSERT_EQ(setgroups(0, nullptr), 0);
-      ASSERT_EQ(setuid(NOBODY), 0);
-    }
+  host::runInChild([&] {
+    agent_testing::dropRights();
     EXPECT_THAT(refusalOf(path), HasSubstr("whether an agent uses it cannot be found out: "
                                            "Permission denied"));
-  }));
+  });
   EXPECT_TRUE(host::exists(path));
 }
 

@@ -1,14 +1,13 @@
 #include "agent/settings_file_check.h"
 
 #include <gmock/gmock.h>
-#include <grp.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <filesystem>
 #include <stdexcept>
 #include <string>
 
+#include "tests/agent/another_user.h"
 #include "tests/module/child_process.h"
 #include "tests/module/temp_directory.h"
 #include "tests/support/readable_bytes.h"
@@ -17,8 +16,6 @@ namespace agent {
 namespace {
 
 using testing_support::inQuotes;
-
-constexpr uid_t NOBODY = 65534;
 
 class SettingsFileCheck : public testing::Test {
  protected:
@@ -103,14 +100,10 @@ TEST_F(SettingsFileCheck, RefusesAFileThatTheAgentsUserCannotRead) {
   host::writeFile(path, "/ROOT=\nend=\n");
   ASSERT_EQ(chmod(path.c_str(), 0000), 0);
   ASSERT_EQ(chmod(directory.path.c_str(), 0755), 0);
-  EXPECT_TRUE(host::passesInChild([this] {
-    // Root reads everything.
-    if (geteuid() == 0) {
-      ASSERT_EQ(setgroups(0, nullptr), 0);
-      ASSERT_EQ(setuid(NOBODY), 0);
-    }
+  host::runInChild([this] {
+    agent_testing::dropRights();
     EXPECT_EQ(refusal(), refused("cannot be opened: Permission denied"));
-  }));
+  });
 }
 
 }  // namespace

@@ -1,11 +1,11 @@
 // A client that is neither root nor the agent's own user.
 #include <gmock/gmock.h>
-#include <grp.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <string>
 
+#include "tests/agent/another_user.h"
 #include "tests/module/child_process.h"
 #include "tests/system/system_test.h"
 
@@ -14,8 +14,6 @@ using bridge::Reason;
 namespace system_testing {
 namespace {
 
-constexpr uid_t NOBODY = 65534;
-
 TEST_F(SystemTest, AnotherUserMayReadButNeitherWriteNorSave) {
   ASSERT_EQ(geteuid(), 0U) << "only root can take on another user's identity for this test";
   start();
@@ -23,10 +21,8 @@ TEST_F(SystemTest, AnotherUserMayReadButNeitherWriteNorSave) {
   ASSERT_EQ(chmod(socketPath.c_str(), 0666), 0);
   const std::string before = connect().read("ADMIN").output;
 
-  EXPECT_TRUE(host::passesInChild([&] {
-    ASSERT_EQ(setgroups(0, nullptr), 0);
-    ASSERT_EQ(setgid(NOBODY), 0);
-    ASSERT_EQ(setuid(NOBODY), 0);
+  host::runInChild([&] {
+    agent_testing::dropRights();
     const BridgeClient client = connect();
     EXPECT_EQ(client.read("ADMIN").output, before);
 
@@ -48,7 +44,7 @@ TEST_F(SystemTest, AnotherUserMayReadButNeitherWriteNorSave) {
     EXPECT_EQ(client.call({SETTINGS_MODULE, WRITE_GROUP, "x"}).reason, Reason::NotAuthorised);
     EXPECT_EQ(client.call({SETTINGS_MODULE, 5, {}}).reason, Reason::ModuleRefused);
     EXPECT_EQ(client.read("IKE").result, 1);
-  }));
+  });
   EXPECT_EQ(connect().read("ADMIN").output, before);
   EXPECT_FALSE(host::exists(settingsPath));
 }
