@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <iostream>
 #include <stdexcept>
 
 namespace system_testing {
@@ -10,6 +11,7 @@ SystemTest::SystemTest() { std::filesystem::create_directory(stateDir); }
 
 void SystemTest::TearDown() {
   if (agent && agent->runs()) stop();
+  if (agent && HasFailure()) std::cout << "The agent's log:\n" << agent->log();
 }
 
 std::vector<std::string> SystemTest::arguments(Options options) const {
