@@ -1,11 +1,11 @@
 // A client that is neither root nor the agent's own user.
 #include <gmock/gmock.h>
-#include <grp.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <string>
 
+#include "tests/agent/another_user.h"
 #include "tests/module/child_process.h"
 #include "tests/system/system_test.h"
 
@@ -13,8 +13,6 @@ using bridge::Reason;
 
 namespace system_testing {
 namespace {
-
-constexpr uid_t NOBODY = 65534;
 
 TEST_F(SystemTest, AnotherUserMayReadButNeitherWriteNorSave) {
   ASSERT_EQ(geteuid(), 0U) << "only root can take on another user's identity for this test";
@@ -24,9 +22,7 @@ TEST_F(SystemTest, AnotherUserMayReadButNeitherWriteNorSave) {
   const std::string before = connect().read("ADMIN").output;
 
   host::runInChild([&] {
-    ASSERT_EQ(setgroups(0, nullptr), 0);
-    ASSERT_EQ(setgid(NOBODY), 0);
-    ASSERT_EQ(setuid(NOBODY), 0);
+    agent_testing::dropRights();
     const BridgeClient client = connect();
     EXPECT_EQ(client.read("ADMIN").output, before);
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <iostream>
 #include <stdexcept>
 
 namespace system_testing {
@@ -13,6 +14,7 @@ SystemTest::SystemTest() {
 
 void SystemTest::TearDown() {
   if (agent && agent->runs()) stop();
+  if (agent && HasFailure()) std::cout << "The agent's log:\n" << agent->log();
 }
 
 std::vector<std::string> SystemTest::arguments(Options options) const {

@@ -1,14 +1,13 @@
 #include "agent/bridge/bridge_server.h"
 
 #include <gmock/gmock.h>
-#include <grp.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <filesystem>
 #include <stdexcept>
 #include <string>
 
+#include "tests/agent/another_user.h"
 #include "tests/agent/bridge/served_module.h"
 #include "tests/module/child_process.h"
 #include "tests/module/temp_directory.h"
@@ -18,8 +17,6 @@ using testing::HasSubstr;
 
 namespace agent {
 namespace {
-
-constexpr uid_t NOBODY = 65534;
 
 /// Why nobody can listen there; empty if it is possible.
 std::string refusalOf(ServedModule& served, const std::string& path) {
@@ -40,14 +37,10 @@ TEST(BridgeServer, LeavesASocketAloneThatItMayNotTry) {
   const BridgeServer server(io, path, std::nullopt, served.service());
   ASSERT_EQ(chmod(path.c_str(), 0000), 0);
   if (geteuid() == 0) {
-    ASSERT_EQ(chown(directory.path.c_str(), NOBODY, NOBODY), 0);
+    ASSERT_EQ(chown(directory.path.c_str(), agent_testing::NOBODY, agent_testing::NOBODY), 0);
   }
   host::runInChild([&] {
-    // Root may try every socket.
-    if (geteuid() == 0) {
-      ASSERT_EQ(setgroups(0, nullptr), 0);
-      ASSERT_EQ(setuid(NOBODY), 0);
-    }
+    agent_testing::dropRights();
     EXPECT_THAT(refusalOf(served, path), HasSubstr("whether an agent uses it cannot be found out: "
                                                    "Permission denied"));
   });
