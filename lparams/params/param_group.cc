@@ -102,16 +102,14 @@ bool ParamGroup::load(std::istream& is) {
   while (readKey(reader, key)) {
     if (key.name == END_KEY) {
       skipNewline(is);
-      if (remaining >= 1 && g_loadlog != nullptr) {
-        g_loadlog->paramsMissing(remaining, total, name);
-      }
+      if (remaining >= 1) reportMissing(remaining, total, name);
       return true;
     }
     const bool asExpected = expected != fileParams.end() && key.name == (*expected)->name;
     const std::string other(asExpected ? std::string_view() : key.name);
     if (Param* member = asExpected ? *expected++ : getParam(other)) {
       if (!member->load(is)) {
-        if (g_loadlog != nullptr) g_loadlog->paramFailed(asExpected ? member->name : other, name);
+        reportFailed(member->name, name);
         return false;
       }
       --remaining;

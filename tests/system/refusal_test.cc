@@ -16,7 +16,6 @@ using testing::AllOf;
 using testing::HasSubstr;
 using testing::MatchesRegex;
 using testing::Not;
-using testing::StartsWith;
 
 namespace system_testing {
 namespace {

@@ -8,7 +8,6 @@
 using agent_testing::chars;
 using agent_testing::DocumentFile;
 using agent_testing::errorOf;
-using testing::AllOf;
 using testing::ContainsRegex;
 using testing::HasSubstr;
 
