@@ -15,6 +15,14 @@ void reportUnknown(const std::string& key, const std::string& group) {
   if (g_loadlog != nullptr) g_loadlog->unknownParam(key, group);
 }
 
+void reportFailed(const std::string& key, const std::string& group) {
+  if (g_loadlog != nullptr) g_loadlog->paramFailed(key, group);
+}
+
+void reportMissing(int missing, int total, const std::string& group) {
+  if (g_loadlog != nullptr) g_loadlog->paramsMissing(missing, total, group);
+}
+
 /// A key of the file, without what precedes it on its line. Valid until the stream is used again.
 struct Key {
   std::string_view name;

@@ -9,7 +9,6 @@
 #include "tests/system/system_test.h"
 
 using client_testing::printed;
-using testing::HasSubstr;
 using testing_support::inQuotes;
 
 namespace system_testing {

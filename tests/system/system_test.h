@@ -26,8 +26,8 @@ class SystemTest : public testing::Test {
   /// Options of the agent and their values.
   using Options = std::map<std::string, std::string>;
 
-  /// The arguments for the test's state directory and socket, and others besides or instead, and the
-  /// flags.
+  /// The arguments for the test's state directory and socket, and others besides or instead, and
+  /// the flags.
   std::vector<std::string> arguments(Options options = {}) const;
 
   /// Starts the agent and waits until it listens.

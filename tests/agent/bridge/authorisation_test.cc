@@ -10,7 +10,6 @@ namespace agent {
 namespace {
 
 using agent_testing::strangersUid;
-using testing::HasSubstr;
 
 const std::string GROUP = "daemon";  // exists on every system
 

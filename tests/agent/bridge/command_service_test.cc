@@ -15,8 +15,6 @@ using agent_testing::ServedModule;
 using bridge::Reason;
 using bridge::Reply;
 using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::StartsWith;
 
 class Service : public testing::Test {
  protected:

@@ -13,7 +13,6 @@
 namespace agent {
 namespace {
 
-using agent_testing::BACKUP;
 using agent_testing::exampleSettings;
 using agent_testing::KeptSettings;
 using agent_testing::SETTINGS;

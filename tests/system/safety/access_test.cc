@@ -17,7 +17,6 @@ using agent_testing::exampleSettings;
 using agent_testing::RawClient;
 using bridge::Reason;
 using bridge::Reply;
-using testing::AllOf;
 using testing::HasSubstr;
 using testing::StartsWith;
 

@@ -17,6 +17,8 @@
 
 namespace safety {
 
+inline constexpr const char* AGENT = PRODUCTS_DIR "/lparams_agent";
+
 inline const char* const SETTINGS = "localsettings.ini";
 inline const char* const TWIN = "localsettings.ini.good";
 inline const char* const BACKUP = "localsettings.ini.bak";
@@ -75,8 +77,7 @@ class AgentTest : public testing::Test {
   bool logTells(const std::string& text) { return agent_->waitFor(text); }
 
   Arguments commandLine(const Arguments& options) const {
-    Arguments arguments = {PRODUCTS_DIR "/lparams_agent", "--state-dir", state_.path, "--socket",
-                           socket_};
+    Arguments arguments = {AGENT, "--state-dir", state_.path, "--socket", socket_};
     for (const std::string& option : options) {
       // One that is given again is meant to be given once.
       if (option == "--socket") arguments.resize(3);

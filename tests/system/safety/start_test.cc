@@ -72,8 +72,7 @@ TEST_F(Start, OneAgentPerDirectoryAndPerSocket) {
                 "state directory " + state_.path + " is in use by another agent",
                 {"--socket", place_.at("run/other.sock")});
   const agent_testing::ScratchDirectory otherState;
-  const Outcome outcome =
-      run({PRODUCTS_DIR "/lparams_agent", "--state-dir", otherState.path, "--socket", socket_});
+  const Outcome outcome = run({AGENT, "--state-dir", otherState.path, "--socket", socket_});
   EXPECT_EQ(outcome.exitCode, agent::EXIT_UNAVAILABLE);
   EXPECT_THAT(outcome.output,
               HasSubstr("error: socket " + socket_ + " is in use by another agent\n"));
@@ -107,7 +106,7 @@ TEST_F(Start, NothingButADirectory) {
   for (const auto& [path, why] :
        {std::pair{place_.at("absent"), "cannot be used: No such file or directory"},
         {file, "is not a directory"}}) {
-    const Outcome outcome = run({PRODUCTS_DIR "/lparams_agent", "--state-dir", path});
+    const Outcome outcome = run({AGENT, "--state-dir", path});
     EXPECT_EQ(outcome, (Outcome{agent::EXIT_BAD_CONFIG, "lparams_agent: error: state directory " +
                                                             path + " " + why + "\n"}));
   }
