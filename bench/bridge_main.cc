@@ -69,6 +69,7 @@ int main(int argc, char** argv) try {
   if (argc != 3) return 2;
   const std::string directory = argv[2];
   std::filesystem::create_directories(directory);
+  std::filesystem::permissions(directory, std::filesystem::perms::owner_all);
   const auto agent = bench::startCommand(
       {argv[1], "--state-dir", directory, "--socket", directory + "/agent.sock"});
   std::vector<Service> services{bench::echoService(directory + "/echo.sock"),

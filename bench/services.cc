@@ -63,8 +63,9 @@ Service bridgeService(const std::string& path) {
             receiveAll(socket, buffer.data(), bridge::HELLO_SIZE);
             return [socket, request = readRequest(), buffer]() mutable {
               sendAll(socket, request);
-              bridge::Reply reply;
-              if (!bridge::decode(receiveFrame(socket, buffer), reply) || reply.result != 1) {
+              const auto message = bridge::decodeMessage(receiveFrame(socket, buffer));
+              const auto* const reply = message ? std::get_if<bridge::Reply>(&*message) : nullptr;
+              if (reply == nullptr || reply->result != 1) {
                 throw std::runtime_error("the agent refused a read");
               }
             };
