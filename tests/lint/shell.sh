@@ -3,4 +3,4 @@
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 
-git ls-files -z --cached --others --exclude-standard -- dev .ci/run '*.sh' | xargs -0 shellcheck
+git grep --untracked -lzE '^#!.*sh$' | xargs -0 shellcheck
