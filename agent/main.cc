@@ -53,15 +53,17 @@ std::string loadSettings(LPARAMS::Server::Server_t& server, const StateDirectory
   return {};
 }
 
-void endWithUnsaved(const Options& options, Module& module, SettingsKeeper& keeper) {
-  if (!module.server().isChanged()) return;
+/// Returns the exit status.
+int endWithUnsaved(const Options& options, Module& module, SettingsKeeper& keeper) {
+  if (!module.server().isChanged()) return EXIT_OK;
   if (!options.saveOnExit) {
-    return log(Level::Warning, "stopped with changes that were not saved and are lost");
+    log(Level::Warning, "stopped with changes that were not saved and are lost");
+    return EXIT_OK;
   }
   const std::string failure = keeper.save(false);
-  if (!failure.empty()) {
-    log(Level::Error, "the changes could not be saved at the end", {{"reason", failure}});
-  }
+  if (failure.empty()) return EXIT_OK;
+  log(Level::Error, "the changes could not be saved at the end", {{"reason", failure}});
+  return EXIT_NOT_SAVED;
 }
 
 /// `phase` is what the exit status says if it throws.
@@ -83,9 +85,9 @@ int run(const Options& options, int& phase) {
 
   phase = EXIT_UNAVAILABLE;
   serve(options, module.server(), keeper);
-  endWithUnsaved(options, module, keeper);
+  const int status = endWithUnsaved(options, module, keeper);
   log(Level::Info, "stopped");
-  return EXIT_OK;
+  return status;
 }
 
 int runOrExplain(const Options& options) {
