@@ -47,10 +47,11 @@ TEST_F(UnknownBlockTest, AnEmptyOneIsReportedByItsHeadAlone) {
 }
 
 TEST_F(UnknownBlockTest, TheTextBehindItsHeadBelongsToItsFirstKey) {
-  EXPECT_TRUE(load("\n/FOO=junk\nA=1\nend=\nNUM=5\nend=\n"));
+  EXPECT_TRUE(load("\n/FOO=junk\nA=1\n/BAR=more\nB=2\nend=\nend=\nNUM=5\nend=\n"));
   EXPECT_EQ(number.value, 5u);
   EXPECT_THAT(log.reports,
-              ElementsAre("unknownParam(\"FOO\", G)", "unknownParam(\"junk\\nA\", FOO)"));
+              ElementsAre("unknownParam(\"FOO\", G)", "unknownParam(\"junk\\nA\", FOO)",
+                          "unknownParam(\"BAR\", FOO)", "unknownParam(\"more\\nB\", BAR)"));
 }
 
 TEST_F(UnknownBlockTest, TheFirstSlashAloneIsNotPartOfTheName) {
