@@ -1,14 +1,14 @@
 // Times the agent's bridge, a bare echo and, in the native width, a message bus: in rounds, one
 // after the other, all on the processor that the caller has pinned this program to.
 //
-// Usage: bridge_bench AGENT DIRECTORY
+// Usage: bridge_bench AGENT DIRECTORY REPORT
 #include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <exception>
 #include <filesystem>
-#include <iostream>
+#include <fstream>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <thread>
@@ -66,7 +66,7 @@ double requestsPerSecond(const std::vector<RoundTrip>& clients) {
 }  // namespace
 
 int main(int argc, char** argv) try {
-  if (argc != 3) return 2;
+  if (argc != 4) return 2;
   const std::string directory = argv[2];
   std::filesystem::create_directories(directory);
   std::filesystem::permissions(directory, std::filesystem::perms::owner_all);
@@ -94,7 +94,7 @@ int main(int argc, char** argv) try {
   }
   nlohmann::json report;
   for (auto& [name, values] : figures) report[name] = at(values, 0.5);
-  std::cout << report.dump(2) << '\n';
+  std::ofstream(argv[3]) << report.dump(2) << '\n';
   return 0;
 } catch (const std::exception& failure) {
   std::fprintf(stderr, "bridge_bench: %s\n", failure.what());

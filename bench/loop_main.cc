@@ -1,11 +1,11 @@
 // The front end where Google Benchmark is not packaged, in 32 bit: a loop of the same shape that
-// prints the same report, as far as it is read.
+// writes the same report, as far as it is read.
 //
-// Usage: store_bench MODULE DIRECTORY
+// Usage: store_bench MODULE DIRECTORY REPORT
 #include <algorithm>
 #include <cstdio>
 #include <exception>
-#include <iostream>
+#include <fstream>
 #include <nlohmann/json.hpp>
 #include <random>
 
@@ -41,8 +41,8 @@ double median(std::vector<double> values) {
 }  // namespace
 
 int main(int argc, char** argv) try {
-  if (argc != 3) return 2;
-  bench::runAll(argv[1], argv[2], [](const bench::Subjects& subjects, const bench::Facts& facts) {
+  if (argc != 4) return 2;
+  bench::runAll(argv[1], argv[2], [&](const bench::Subjects& subjects, const bench::Facts& facts) {
     std::vector<Timing> timings;
     for (const auto& subject : subjects) timings.push_back({&subject, batchOf(subject), {}});
     std::minstd_rand random;
@@ -59,7 +59,7 @@ int main(int argc, char** argv) try {
                                       {"real_time", median(timing.seconds) * 1e9},
                                       {"time_unit", "ns"}});
     }
-    std::cout << report.dump(2) << '\n';
+    std::ofstream(argv[3]) << report.dump(2) << '\n';
   });
   return 0;
 } catch (const std::exception& failure) {

@@ -1,9 +1,10 @@
 #!/usr/bin/env python3
 """Prints the figures of a benchmark run as tables, and draws cost against users.
 
-Usage: report.py DIRECTORY [PLOT]
+Usage: report.py PLOT DIRECTORY...
 
-DIRECTORY holds store-WIDTH.json and bridge-WIDTH.json for the widths that were run.
+Each DIRECTORY holds store-WIDTH.json and bridge-WIDTH.json of one run. The ratios are those of every
+run, the other figures and the plot those of the last.
 """
 import json
 import math
@@ -45,10 +46,8 @@ def read_figures(directory, width):
     for name, value in store["context"].items():
         if name.endswith(" per user") or name.startswith("resident"):
             figures[name] = float(value)
-    bridge = directory / f"bridge-{width}.json"
-    if bridge.exists():
-        for name, value in json.loads(bridge.read_text()).items():
-            figures["bridge/" + name] = value
+    bridge = json.loads((directory / f"bridge-{width}.json").read_text())
+    figures.update({"bridge/" + name: value for name, value in bridge.items()})
     return figures
 
 
@@ -63,19 +62,24 @@ def readable(name, value):
     return f"{value:.3g} ns"
 
 
-def print_ratios(widths):
+def ratio_of(subject, against, sense, figures):
+    ratio = figures[subject] / figures[against]
+    return ratio if sense == "<" else 1 / ratio
+
+
+def print_ratios(runs):
     print("| subject | against | bits | subject takes | against takes | ratio | reach | |")
     print("|---|---|---|---|---|---|---|---|")
     for subject, against, sense, *limits in RATIOS:
-        for (width, figures), limit in zip(widths.items(), limits):
-            if limit is None or subject not in figures or against not in figures:
+        for (width, last), limit in zip(runs[-1].items(), limits):
+            if limit is None or subject not in last or against not in last:
                 continue
-            ratio = figures[subject] / figures[against]
-            ratio = ratio if sense == "<" else 1 / ratio
-            met = ratio <= limit if sense == "<" else ratio >= limit
+            ratios = [ratio_of(subject, against, sense, run[width]) for run in runs]
+            met = all(ratio <= limit if sense == "<" else ratio >= limit for ratio in ratios)
             bound = f"at most {limit}" if sense == "<" else f"at least {limit}"
-            print(f"| {subject} | {against} | {width} | {readable(subject, figures[subject])} "
-                  f"| {readable(against, figures[against])} | {ratio:.2f} | {bound} "
+            print(f"| {subject} | {against} | {width} | {readable(subject, last[subject])} "
+                  f"| {readable(against, last[against])} "
+                  f"| {', '.join(f'{ratio:.2f}' for ratio in ratios)} | {bound} "
                   f"| {'met' if met else '**missed**'} |")
 
 
@@ -129,13 +133,12 @@ def draw(figures, path):
 
 
 def main():
-    directory = Path(sys.argv[1])
-    widths = {width: read_figures(directory, width) for width in (64, 32)
-              if (directory / f"store-{width}.json").exists()}
-    print_ratios(widths)
-    print_figures(widths)
-    if len(sys.argv) > 2:
-        draw(widths[64], Path(sys.argv[2]))
+    plot, *directories = map(Path, sys.argv[1:])
+    runs = [{width: read_figures(directory, width) for width in (64, 32)}
+            for directory in directories]
+    print_ratios(runs)
+    print_figures(runs[-1])
+    draw(runs[-1][64], plot)
 
 
 main()

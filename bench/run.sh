@@ -1,38 +1,62 @@
 #!/usr/bin/env bash
 # Builds and runs the benchmark against the modules and agents that stand in build/release and
-# build/release-32, and prints its tables. `./dev bench` installs what it needs and calls it.
+# build/release-32, prints its tables and writes docs/performance.svg. `./dev bench` installs what it
+# needs and calls it.
 #
-# Usage: bench/run.sh [PLOT]
+# Usage: bench/run.sh [RUNS]
 set -euo pipefail
 
 root=$(dirname "$(dirname "$(readlink -f "$0")")")
 results=$root/build/bench
+runs=${1-1}
 memory=/dev/shm/lparams-bench-$$
 processor=$(($(nproc) - 1))
 trap 'rm -rf "$memory"' EXIT
 mkdir -p "$results" "$memory"
 
-# measure WIDTH PRESET [CMAKE ARGUMENT...]
-measure() {
-  local width=$1 products=$root/build/$2 build=$results/$1 options=()
-  shift 2
-  cmake -S "$root/bench" -B "$build" -G Ninja "$@" >"$results/build-$width.log"
-  cmake --build "$build" >>"$results/build-$width.log" || {
-    cat "$results/build-$width.log"
+# logged LOG COMMAND...: shows what the command has to say only if it fails.
+logged() {
+  local log=$1
+  shift
+  "$@" >"$log" 2>&1 || {
+    cat "$log" >&2
     return 1
   }
-  echo "measuring the store in $width bit" >&2
-  if ((width == 64)); then
-    options=(--benchmark_repetitions=15 --benchmark_enable_random_interleaving
-      --benchmark_min_time=0.02 --benchmark_report_aggregates_only --benchmark_format=json)
-  fi
-  "$build/store_bench" "$products/lparams_server.so" "$memory/store" \
-    ${options[@]+"${options[@]}"} >"$results/store-$width.json" 2>"$results/store-$width.log"
-  echo "measuring the bridge in $width bit" >&2
-  taskset -c "$processor" "$build/bridge_bench" "$products/lparams_agent" "$memory/bridge" \
-    >"$results/bridge-$width.json" 2>"$results/bridge-$width.log"
 }
 
-measure 64 release
-measure 32 release-32 -DCMAKE_CXX_FLAGS=-m32
-"$root/bench/report.py" "$results" "$@" | tee "$results/report.md"
+# build WIDTH [CMAKE ARGUMENT...]
+build() {
+  local width=$1
+  shift
+  logged "$results/$width.log" cmake -S "$root/bench" -B "$results/$width" -G Ninja "$@"
+  logged "$results/$width.log" cmake --build "$results/$width"
+}
+
+# measure RUN WIDTH PRESET
+measure() {
+  local to=$results/run-$1 width=$2 products=$root/build/$3 options=()
+  local log=$to/$width.log from=$results/$width here=$memory/$1-$2
+  mkdir -p "$to"
+  echo "run $1: the store in $width bit" >&2
+  if ((width == 64)); then
+    options=(--benchmark_repetitions=15 --benchmark_enable_random_interleaving
+      --benchmark_min_time=0.02 --benchmark_report_aggregates_only
+      --benchmark_out="$to/store-$width.json" --benchmark_out_format=json)
+  else
+    options=("$to/store-$width.json")
+  fi
+  logged "$log" "$from/store_bench" "$products/lparams_server.so" "$here-store" "${options[@]}"
+  echo "run $1: the bridge in $width bit" >&2
+  logged "$log" taskset -c "$processor" "$from/bridge_bench" "$products/lparams_agent" \
+    "$here-bridge" "$to/bridge-$width.json"
+}
+
+build 64
+build 32 -DCMAKE_CXX_FLAGS=-m32
+directories=()
+for ((run = 1; run <= runs; ++run)); do
+  measure "$run" 64 release
+  measure "$run" 32 release-32
+  directories+=("$results/run-$run")
+done
+"$root/bench/report.py" "$root/docs/performance.svg" "${directories[@]}" | tee "$results/report.md"
