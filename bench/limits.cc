@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
-#include <ostream>
+#include <optional>
 #include <sstream>
 #include <stdexcept>
 #include <string_view>
@@ -29,47 +29,66 @@ void scan(const std::string& text) {
   }
 }
 
-// The text through the inserters, as one would write it without a thought of speed.
+/// The text through the inserters, as one would write it without a thought of speed.
+class InsertedText {
+ public:
+  /// With the locks of the store or without them.
+  InsertedText(const Settings& settings, bool locking) : locking_(locking) {
+    insertHead(0, "ROOT");
+    for (const Block& group : settings.groups) insertBlock(1, group.name, group);
+    insertHead(1, "USERS");
+    for (const Block& user : settings.users) insertBlock(2, USER_t::GROUP_NAME, user);
+    insertEnd(1);
+    insertEnd(0);
+  }
 
-void insertHead(std::ostream& os, int indent, std::string_view name) {
-  for (; indent > 0; --indent) os << "    ";
-  os << "/" << name << "=" << std::endl;
-}
+  std::string take() { return std::move(os_).str(); }
 
-void insertEnd(std::ostream& os, int indent) {
-  for (; indent > 0; --indent) os << "    ";
-  os << "end=" << std::endl;
-}
+ private:
+  using Lock = std::optional<ObjectLevelLockable::Lock>;
 
-void insertBlock(std::ostream& os, int indent, std::string_view name, const Block& block) {
-  insertHead(os, indent, name);
-  for (const Setting& setting : block.settings) {
-    for (int i = 0; i <= indent; ++i) os << "    ";
-    os << setting.name << "=";
+  void insertIndent(int indent) {
+    for (; indent > 0; --indent) os_ << "    ";
+  }
+
+  void insertHead(int indent, const char* name) {
+    insertIndent(indent);
+    os_ << "/" << name << "=" << std::endl;
+  }
+
+  void insertEnd(int indent) {
+    insertIndent(indent);
+    os_ << "end=" << std::endl;
+  }
+
+  void insertBlock(int indent, const std::string& name, const Block& block) {
+    Lock lock;
+    if (locking_) lock.emplace(*block.param);
+    insertHead(indent, name.c_str());
+    for (const Setting& setting : block.settings) insertSetting(indent + 1, setting);
+    insertEnd(indent);
+  }
+
+  void insertSetting(int indent, const Setting& setting) {
+    Lock lock;
+    if (locking_) lock.emplace(*setting.param);
+    insertIndent(indent);
+    os_ << setting.param->name << "=";
     switch (setting.kind) {
       case Kind::Flag:
       case Kind::Number:
-        os << setting.number;
+        os_ << setting.number;
         break;
       case Kind::Name:
       case Kind::Text:
-        os << setting.text;
+        os_ << setting.text;
     }
-    os << std::endl;
+    os_ << std::endl;
   }
-  insertEnd(os, indent);
-}
 
-std::string insertAll(const Settings& settings) {
-  std::ostringstream os;
-  insertHead(os, 0, "ROOT");
-  for (const Block& group : settings.groups) insertBlock(os, 1, group.name, group);
-  insertHead(os, 1, "USERS");
-  for (const Block& user : settings.users) insertBlock(os, 2, USER_t::GROUP_NAME, user);
-  insertEnd(os, 1);
-  insertEnd(os, 0);
-  return std::move(os).str();
-}
+  const bool locking_;
+  std::ostringstream os_;
+};
 
 /// The system calls of a save, with nothing between them.
 void writeLines(const std::string& text, const std::string& path) {
@@ -105,8 +124,9 @@ void lockGroup(ObjectLevelLockable& module, ParamGroup& group) {
 void addLimitSubjects(Subjects& subjects, const Place& place, unsigned users) {
   auto store = makeStore(place, "limits", users);
   auto text = std::make_shared<const std::string>(fileText(*store));
-  auto settings = std::make_shared<const Settings>(settingsOf(store->root()));
-  if (insertAll(*settings) != *text) throw std::logic_error("the inserters make another text");
+  auto inserted = makeStore(place, "inserted", users);  // keeps its users, whose locks are taken
+  auto settings = std::make_shared<const Settings>(settingsOf(inserted->root()));
+  if (InsertedText(*settings, true).take() != *text) throw std::logic_error("the inserters make another text");
 
   subjects.push_back({label("load", "memchr", users), timed([text] { scan(*text); })});
   subjects.push_back(
@@ -114,8 +134,12 @@ void addLimitSubjects(Subjects& subjects, const Place& place, unsigned users) {
          std::memcpy(copy->data(), text->data(), text->size());
          keep(copy->data());
        })});
-  subjects.push_back({label("text", "inserters", users),
-                      timed([settings] { keep(insertAll(*settings).size()); })});
+  for (const bool locking : {true, false}) {
+    const auto* const name = locking ? "inserters" : "inserters without locks";
+    subjects.push_back({label("text", name, users), timed([inserted, settings, locking] {
+                          keep(InsertedText(*settings, locking).take().size());
+                        })});
+  }
   subjects.push_back({label("save", "system calls", users),
                       timed([text, path = place.directory + "/limit" + std::to_string(users)] {
                         writeLines(*text, path);

@@ -58,7 +58,7 @@ Facts memoryFacts(const Place& place) {
   facts["strings and parameters per user"] = inChild([&] {
     auto store = makeStore(place, "memory", USERS);
     double strings = 0;
-    for (const auto* user : store->root().USERS->items)
+    for (auto* user : store->root().USERS->items)
       strings += static_cast<double>(textBytes(*user));
     std::ofstream(directory + "/users") << store->read("USERS");
     return strings / USERS + static_cast<double>(parameterBytes());

@@ -43,21 +43,24 @@ Setting settingOf(const Param& param) {
   throw std::logic_error(std::string("no plain form of ") + param.name);
 }
 
-Block blockOf(const ParamGroup& group, std::string name) {
-  Block block{std::move(name), {}};
-  for (const Param* param : group.fileParams) block.settings.push_back(settingOf(*param));
+Block blockOf(ParamGroup& group, std::string name) {
+  Block block{std::move(name), {}, &group};
+  for (Param* param : group.fileParams) {
+    block.settings.push_back(settingOf(*param));
+    block.settings.back().param = param;
+  }
   return block;
 }
 
 }  // namespace
 
-Settings settingsOf(const Server_t& root) {
+Settings settingsOf(Server_t& root) {
   Settings settings;
-  for (const Param* param : root.fileParams) {
+  for (Param* param : root.fileParams) {
     if (param->getTypeId() != TYPE_GROUP) continue;
-    settings.groups.push_back(blockOf(static_cast<const ParamGroup&>(*param), param->name));
+    settings.groups.push_back(blockOf(static_cast<ParamGroup&>(*param), param->name));
   }
-  for (const USER_t* user : root.USERS->items) {
+  for (USER_t* user : root.USERS->items) {
     const auto number = std::to_string(settings.users.size());
     settings.users.push_back(blockOf(*user, std::string(USER_t::GROUP_NAME) + number));
   }
@@ -75,7 +78,7 @@ void fillUser(USER_t& user, unsigned index) {
   user.PMP_CERT_SUBJECT.value = "C=EX,O=Example Networks,OU=Remote Access,CN=user-" + number;
 }
 
-size_t textBytes(const USER_t& user) {
+size_t textBytes(USER_t& user) {
   size_t bytes = 0;
   for (const Setting& setting : blockOf(user, {}).settings) {
     if (setting.kind == Kind::Text) bytes += setting.text.size();

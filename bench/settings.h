@@ -20,11 +20,13 @@ struct Setting {
   uint32_t min = 0;     ///< of a number
   uint32_t max = 0;     ///< of a number
   const LPARAMS::Server::Variant* variants = nullptr;  ///< of an enumeration; the module's
+  LPARAMS::Server::Param* param = nullptr;             ///< what it was copied from; the store's
 };
 
 struct Block {
   std::string name;  ///< users are numbered, so that every block has a name of its own
   std::vector<Setting> settings;
+  LPARAMS::Server::Param* param = nullptr;  ///< what it was copied from; the store's
 };
 
 struct Settings {
@@ -33,14 +35,14 @@ struct Settings {
 };
 
 /// Copies the values of the root.
-Settings settingsOf(const LPARAMS::Server::Server_t& root);
+Settings settingsOf(LPARAMS::Server::Server_t& root);
 
 /// Gives the new user number `index` values like those in use: a name, two texts, the rest at
 /// defaults.
 void fillUser(LPARAMS::Server::USER_t& user, unsigned index);
 
 /// Bytes of the texts of a user, and of its parameters as objects.
-size_t textBytes(const LPARAMS::Server::USER_t& user);
+size_t textBytes(LPARAMS::Server::USER_t& user);
 size_t parameterBytes();
 
 }  // namespace bench

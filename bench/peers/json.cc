@@ -25,9 +25,14 @@ class Json : public Peer {
   void load(const std::string& path, const Settings& settings, Values& values) override {
     std::ifstream file(path);
     document_ = json::parse(file);
-    for (const Block& block : settings.groups) fetch(block, document_.at(block.name), values);
-    auto user = document_.at("USERS").begin();
-    for (const Block& block : settings.users) fetch(block, *user++, values);
+    for (const Block& block : settings.groups) {
+      fetch(block, values, [&]() -> const json& { return document_.at(block.name); });
+    }
+    size_t user = 0;
+    for (const Block& block : settings.users) {
+      fetch(block, values, [&]() -> const json& { return document_.at("USERS").at(user); });
+      ++user;
+    }
   }
 
  private:
@@ -49,9 +54,10 @@ class Json : public Peer {
     return object;
   }
 
-  static void fetch(const Block& block, const json& object, Values& values) {
+  template <typename Find>
+  static void fetch(const Block& block, Values& values, Find findBlock) {
     for (const Setting& setting : block.settings) {
-      const json& value = object.at(setting.name);
+      const json& value = findBlock().at(setting.name);
       switch (setting.kind) {
         case Kind::Flag:
           values.take(setting, value.get<bool>() ? 1u : 0u);

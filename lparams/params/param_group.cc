@@ -36,9 +36,7 @@ bool readKey(TextReader& reader, Key& key) {
     if (key.name.empty() && reader.failed()) return false;
   } while (key.name.empty());
 
-  while (!key.name.empty() && static_cast<unsigned char>(key.name.front()) <= ' ') {
-    key.name.remove_prefix(1);
-  }
+  key.name = withoutIndent(key.name);
   key.namesGroup = key.name.starts_with('/');
   if (key.namesGroup) key.name.remove_prefix(1);
   return true;
@@ -103,24 +101,32 @@ bool ParamGroup::load(std::istream& is) {
   int remaining = total;
   clear();
 
+  const auto loadMember = [&](Param& member) {
+    if (member.load(is)) {
+      --remaining;
+      return true;
+    }
+    reportFailed(member.name, name);
+    return false;
+  };
+
   TextReader reader(is);
   Key key;
   // A file that a save has made names the members in their order; only others are searched for.
   auto expected = fileParams.begin();
-  while (readKey(reader, key)) {
+  for (;;) {
+    for (; expected != fileParams.end() && reader.takeKey((*expected)->name); ++expected) {
+      if (!loadMember(**expected)) return false;
+    }
+    if (!readKey(reader, key)) return false;
     if (key.name == END_KEY) {
       skipNewline(is);
       if (remaining >= 1) reportMissing(remaining, total, name);
       return true;
     }
-    const bool asExpected = expected != fileParams.end() && key.name == (*expected)->name;
-    const std::string other(asExpected ? std::string_view() : key.name);
-    if (Param* member = asExpected ? *expected++ : getParam(other)) {
-      if (!member->load(is)) {
-        reportFailed(member->name, name);
-        return false;
-      }
-      --remaining;
+    const std::string other(key.name);
+    if (Param* member = getParam(other)) {
+      if (!loadMember(*member)) return false;
     } else if (key.namesGroup) {
       reportUnknown(other, name);
       skipUnknownGroup(is, other);
@@ -129,7 +135,6 @@ bool ParamGroup::load(std::istream& is) {
       reportUnknown(other, name);
     }
   }
-  return false;
 }
 
 bool ParamGroup::write(CommandStreamOut& out) {

@@ -70,7 +70,7 @@ void extractNumber(std::istream& is, T& value) {
 }  // namespace
 
 void putPieces(std::ostream& os, int indent, std::initializer_list<std::string_view> pieces) {
-  for (; indent > 0; --indent) os.write("    ", 4);
+  for (; indent > 0; --indent) os.write(LEVEL.data(), LEVEL.size());
   for (const std::string_view piece : pieces) {
     os.write(piece.data(), static_cast<std::streamsize>(piece.size()));
   }

@@ -13,6 +13,7 @@
 #include <string_view>
 
 #include "lparams/params/stream_areas.h"
+#include "lparams/params/text_buffer.h"
 
 namespace LPARAMS::Server {
 
@@ -43,14 +44,15 @@ inline std::string_view textOf(bool value) { return value ? "1" : "0"; }
 
 inline std::string_view textOf(const std::string& value) { return value; }
 
-/// Appends the pieces as they are, behind the indentation of a nesting level: four spaces per
-/// level.
+/// What a line is indented by, once per nesting level.
+inline constexpr std::string_view LEVEL = "    ";
+
+/// Appends the pieces as they are, behind the indentation of a nesting level.
 void putPieces(std::ostream& os, int indent, std::initializer_list<std::string_view> pieces);
 
 /// The same, without a call where the stream's buffer has room for the whole.
 template <std::same_as<std::string_view>... Pieces>
 [[gnu::always_inline]] inline void putText(std::ostream& os, int indent, Pieces... pieces) {
-  constexpr std::string_view LEVEL = "    ";
   const size_t blanks = indent > 0 ? static_cast<size_t>(indent) * LEVEL.size() : 0;
   const size_t size = (blanks + ... + pieces.size());
   char* at = StreamAreas::room(os, size);
@@ -66,9 +68,10 @@ template <std::same_as<std::string_view>... Pieces>
 
 /// Appends a line of the pieces and hands it on to the file: every line is written on its own.
 template <std::convertible_to<std::string_view>... Pieces>
-void putLine(std::ostream& os, int indent, const Pieces&... pieces) {
+[[gnu::always_inline]] inline void putLine(std::ostream& os, int indent, const Pieces&... pieces) {
+  const bool inMemory = TextBuffer::isUnder(os);
   putText(os, indent, std::string_view(pieces)..., std::string_view("\n"));
-  os.flush();
+  if (!inMemory) os.flush();
 }
 
 // Each extractValue skips white space and reads a value as formatted input in the "C" locale does:
@@ -80,6 +83,19 @@ void extractValue(std::istream& is, unsigned short& value);
 void extractValue(std::istream& is, unsigned int& value);
 void extractValue(std::istream& is, int& value);
 void extractValue(std::istream& is, std::string& value);
+
+/// The text without the white space and control bytes in front of it.
+inline std::string_view withoutIndent(std::string_view text) {
+  for (;;) {
+    if (text.starts_with(LEVEL)) {
+      text.remove_prefix(LEVEL.size());
+    } else if (!text.empty() && static_cast<unsigned char>(text.front()) <= ' ') {
+      text.remove_prefix(1);
+    } else {
+      return text;
+    }
+  }
+}
 
 /// Takes text off a stream. What it returns is valid until the stream or the reader is used again.
 class TextReader {
@@ -101,6 +117,19 @@ class TextReader {
 
   /// Everything up to the next "=".
   std::string_view nextKey() { return upTo('='); }
+
+  /// Takes the next key if it is this name and the stream's buffer holds the whole of it. What
+  /// precedes a name on its line and the slash of a group do not count.
+  bool takeKey(const char* name) {
+    const std::string_view unread = StreamAreas::unread(is_);
+    std::string_view rest = withoutIndent(unread);
+    if (rest.starts_with('/')) rest.remove_prefix(1);
+    const std::string_view wanted = name;
+    if (rest.size() <= wanted.size() || rest[wanted.size()] != '=' || !rest.starts_with(wanted))
+      return false;
+    StreamAreas::consume(is_, static_cast<size_t>(rest.data() + wanted.size() + 1 - unread.data()));
+    return true;
+  }
 
   /// True once the input has ended before a text.
   bool failed() const { return is_.fail(); }

@@ -15,10 +15,22 @@ struct Variant {
 };
 
 /// The first record with the value, or null.
-const Variant* findVariant(const Variant* table, int32_t value);
+inline const Variant* findVariant(const Variant* table, int32_t value) {
+  while (table->name != nullptr && table->value != value) ++table;
+  return table->name != nullptr ? table : nullptr;
+}
 
-/// Equality of whole names without regard to ASCII case, whatever the locale.
-bool equalNames(std::string_view left, std::string_view right);
+/// The letters A to Z in lower case, whatever the locale.
+constexpr char lowerCase(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
+
+/// Equality of a text with a whole name without regard to ASCII case.
+inline bool equalNames(std::string_view text, const char* name) {
+  for (const char c : text) {
+    if (*name == '\0' || (c != *name && lowerCase(c) != lowerCase(*name))) return false;
+    ++name;
+  }
+  return *name == '\0';
+}
 
 /// True for a table that can be searched without surprises: closed by a null name, no value twice,
 /// no name twice. For static assertions.
