@@ -16,7 +16,7 @@ class ListenerRegistry::Call {
   ~Call() {
     if (entry_ == nullptr) return;
     const std::lock_guard lock(registry_.mutex_);
-    if (--entry_->running == 0) registry_.idle_.notify_all();
+    if (--entry_->running == 0 && entry_->removed) registry_.idle_.notify_all();
   }
   Call(Call&& other) noexcept
       : registry_(other.registry_), entry_(std::exchange(other.entry_, nullptr)) {}
