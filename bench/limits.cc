@@ -126,7 +126,8 @@ void addLimitSubjects(Subjects& subjects, const Place& place, unsigned users) {
   auto text = std::make_shared<const std::string>(fileText(*store));
   auto inserted = makeStore(place, "inserted", users);  // keeps its users, whose locks are taken
   auto settings = std::make_shared<const Settings>(settingsOf(inserted->root()));
-  if (InsertedText(*settings, true).take() != *text) throw std::logic_error("the inserters make another text");
+  if (InsertedText(*settings, true).take() != *text)
+    throw std::logic_error("the inserters make another text");
 
   subjects.push_back({label("load", "memchr", users), timed([text] { scan(*text); })});
   subjects.push_back(

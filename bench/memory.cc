@@ -58,8 +58,7 @@ Facts memoryFacts(const Place& place) {
   facts["strings and parameters per user"] = inChild([&] {
     auto store = makeStore(place, "memory", USERS);
     double strings = 0;
-    for (auto* user : store->root().USERS->items)
-      strings += static_cast<double>(textBytes(*user));
+    for (auto* user : store->root().USERS->items) strings += static_cast<double>(textBytes(*user));
     std::ofstream(directory + "/users") << store->read("USERS");
     return strings / USERS + static_cast<double>(parameterBytes());
   });
