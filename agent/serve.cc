@@ -2,12 +2,9 @@
 
 #include <asio/io_context.hpp>
 #include <asio/signal_set.hpp>
-#include <asio/steady_timer.hpp>
 #include <chrono>
-#include <condition_variable>
 #include <csignal>
 #include <cstdlib>
-#include <mutex>
 #include <optional>
 #include <stop_token>
 #include <thread>
@@ -21,40 +18,17 @@
 #include "agent/log.h"
 #include "agent/service_manager.h"
 #include "agent/status.h"
+#include "agent/stop_wait.h"
+#include "agent/watchdog.h"
 
 namespace agent {
 namespace {
 
 constexpr std::chrono::seconds DRAIN_LIMIT{15};  // for commands that run when the agent is stopped
 
-/// Tells the service manager, again and again, that the bridge's threads do their work.
-class Watchdog {
- public:
-  explicit Watchdog(asio::io_context& io) : timer_(io), interval_(watchdogInterval()) { tick(); }
-  void stop() { timer_.cancel(); }
-
- private:
-  void tick() {
-    if (!interval_) return;
-    timer_.expires_after(*interval_);
-    timer_.async_wait([this](const asio::error_code& cancelled) {
-      if (cancelled) return;
-      notifyServiceManager("WATCHDOG=1");
-      tick();
-    });
-  }
-
-  asio::steady_timer timer_;
-  const std::optional<std::chrono::microseconds> interval_;
-};
-
 /// Ends the process unless it is asked to stop within the limit.
 void enforceDrainLimit(const std::stop_token& stop) {
-  std::mutex mutex;
-  std::unique_lock lock(mutex);
-  std::condition_variable_any never;
-  (void)never.wait_for(lock, stop, DRAIN_LIMIT, [] { return false; });
-  if (stop.stop_requested()) return;
+  if (waitForStop(stop, DRAIN_LIMIT)) return;
   log(Level::Error, "a command did not end in time; what was not saved is lost");
   std::_Exit(EXIT_STUCK);
 }
@@ -73,15 +47,18 @@ void serve(const Options& options, LPARAMS::Server::Server_t& server, SettingsKe
                          [&] { return statusOf(options, server, keeper, *bridge); });
   bridge.emplace(io, options.socket, AccessRules::numberOf(rules.adminGroup()), service);
 
-  Watchdog watchdog(io);
   std::jthread drainLimit;
+  std::optional<Watchdog> watchdog;
+  if (const auto interval = watchdogInterval()) {
+    watchdog.emplace(io, server, *interval, [] { notifyServiceManager("WATCHDOG=1"); });
+  }
   asio::signal_set signals(io, SIGTERM, SIGINT);
   signals.async_wait([&](const asio::error_code& error, int signal) {
     if (error) return;
     log(Level::Info, "stopping", {{"signal", signal}});
     notifyServiceManager("STOPPING=1");
     drainLimit = std::jthread(enforceDrainLimit);
-    watchdog.stop();
+    if (watchdog) watchdog->stop();
     bridge->stop();
   });
   log(Level::Info, "listening", {{"socket", options.socket}});

@@ -1,6 +1,7 @@
 #include "agent/bridge/bridge_server.h"
 
 #include <fcntl.h>
+#include <pthread.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -72,6 +73,17 @@ void prepareDirectory(const std::string& path, std::optional<gid_t> group) {
   }
 }
 
+/// Of a session's thread, in bytes: the system's would fill a 32-bit address space with so many.
+constexpr size_t STACK_SIZE = 1024 * 1024;
+
+void limitStacks() {
+  pthread_attr_t attributes;
+  if (::pthread_attr_init(&attributes) != 0) return;
+  (void)::pthread_attr_setstacksize(&attributes, STACK_SIZE);
+  (void)::pthread_setattr_default_np(&attributes);
+  (void)::pthread_attr_destroy(&attributes);
+}
+
 /// The library opens and accepts sockets without the flag.
 template <typename Socket>
 void closeOnExec(Socket& socket) {
@@ -89,7 +101,7 @@ std::vector<gid_t> groupsOf(int socket) {
   }
 }
 
-std::optional<BridgeSession> peerOf(Session::Socket& socket) {
+std::optional<BridgeSession> peerOf(stream_protocol::socket& socket) {
   ucred peer{};
   socklen_t size = sizeof peer;
   const int handle = socket.native_handle();
@@ -119,13 +131,14 @@ BridgeServer::BridgeServer(asio::io_context& io, std::string path, std::optional
   }
   if (!error) (void)acceptor_.listen(asio::socket_base::max_listen_connections, error);
   if (error) fail(path_, "cannot be listened on: " + error.message());
+  limitStacks();
   acceptNext();
 }
 
 BridgeServer::~BridgeServer() { (void)::unlink(path_.c_str()); }
 
 void BridgeServer::acceptNext() {
-  acceptor_.async_accept([this](const asio::error_code& error, Session::Socket socket) {
+  acceptor_.async_accept([this](const asio::error_code& error, stream_protocol::socket socket) {
     if (!acceptor_.is_open()) return;
     if (!error) {
       open(std::move(socket));
@@ -139,7 +152,7 @@ void BridgeServer::acceptNext() {
   });
 }
 
-void BridgeServer::open(Session::Socket socket) {
+void BridgeServer::open(stream_protocol::socket socket) {
   closeOnExec(socket);
   const auto peer = peerOf(socket);
   if (!peer) return;
@@ -148,11 +161,23 @@ void BridgeServer::open(Session::Socket socket) {
         {{"sessions", static_cast<long long>(sessions_.size())}, {"uid", peer->uid}});
     return;
   }
+  asio::error_code failed;
+  const int handle = socket.release(failed);
+  if (failed) return;
   const auto place = sessions_.emplace(sessions_.end());
-  auto session = std::make_shared<Session>(std::move(socket), *peer, service_,
-                                           [this, place] { sessions_.erase(place); });
+  const auto leave = [this, place] {
+    sessions_.erase(place);
+    sessionCount_ = sessions_.size();
+  };
+  const auto session = std::make_shared<Session>(io_, handle, *peer, service_, leave);
   *place = session;
-  session->start();
+  sessionCount_ = sessions_.size();
+  try {
+    session->start();
+  } catch (const std::system_error& error) {
+    log(Level::Error, "a client was turned away: no thread for it", {{"reason", error.what()}});
+    leave();
+  }
 }
 
 void BridgeServer::stop() {

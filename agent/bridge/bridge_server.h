@@ -4,6 +4,7 @@
 #include <asio/io_context.hpp>
 #include <asio/local/stream_protocol.hpp>
 #include <asio/steady_timer.hpp>
+#include <atomic>
 #include <list>
 #include <memory>
 #include <optional>
@@ -15,13 +16,14 @@
 namespace agent {
 
 /// Listens on a Unix stream socket and serves each client that connects. Runs on the one thread
-/// that runs the context, and is used on no other.
+/// that runs the context, and is used on no other but where it says so.
 class BridgeServer {
  public:
   /// Starts to listen. A directory that is not there is made, and a socket that nobody listens on
   /// any more is replaced. The socket can be used by the agent's user and, if given, by the members
   /// of the group. Throws std::runtime_error, in words, if the path cannot be listened on or others
-  /// can enter its directory. REQUIRES: the context and the service outlive the server.
+  /// can enter its directory. Threads of the process have small stacks from then on. REQUIRES: the
+  /// context and the service outlive the server.
   BridgeServer(asio::io_context& io, std::string path, std::optional<gid_t> group,
                CommandService& service);
 
@@ -35,11 +37,12 @@ class BridgeServer {
   /// context then runs out of work.
   void stop();
 
-  size_t sessions() const { return sessions_.size(); }
+  /// How many there are. Thread-safe.
+  size_t sessions() const { return sessionCount_; }
 
  private:
   void acceptNext();
-  void open(Session::Socket socket);
+  void open(asio::local::stream_protocol::socket socket);
 
   asio::io_context& io_;
   CommandService& service_;
@@ -47,6 +50,7 @@ class BridgeServer {
   asio::local::stream_protocol::acceptor acceptor_;
   asio::steady_timer retry_;  // while no client can be taken, e.g. for want of descriptors
   std::list<std::weak_ptr<Session>> sessions_;
+  std::atomic<size_t> sessionCount_ = 0;
 };
 
 }  // namespace agent

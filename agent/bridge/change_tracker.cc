@@ -47,8 +47,10 @@ uint64_t ChangeTracker::revision(std::string_view group) const {
   return found == groups_.end() ? 0 : found->revision;
 }
 
-ChangeTracker::Ticket ChangeTracker::subscribe(Subscriber subscriber) {
+ChangeTracker::Ticket ChangeTracker::subscribe(Subscriber subscriber,
+                                               const std::function<void()>& begin) {
   const std::lock_guard lock(mutex_);
+  begin();
   return subscribers_.insert(subscribers_.end(), std::move(subscriber));
 }
 

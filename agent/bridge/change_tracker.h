@@ -36,8 +36,9 @@ class ChangeTracker {
   using Ticket = std::list<Subscriber>::iterator;
 
   /// Subscribers are called on the writing thread, with the tracker's lock held: they must not
-  /// wait, nor call the tracker.
-  Ticket subscribe(Subscriber subscriber);
+  /// wait, nor call the tracker. `begin` is called in the same way, before the first of them.
+  Ticket subscribe(
+      Subscriber subscriber, const std::function<void()>& begin = [] {});
   void unsubscribe(Ticket ticket);
 
   /// Tells the subscribers of a write of the group that will not report its end. Does nothing if

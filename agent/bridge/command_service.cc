@@ -85,10 +85,6 @@ Reply CommandService::execute(BridgeSession& session, const bridge::Command& com
   return call(session, command);
 }
 
-bool CommandService::isQuick(const bridge::Command& command) {
-  return command.module == LPARAMS_MODULE_ID && command.command == READ_GROUP;
-}
-
 Reply CommandService::readGroup(BridgeSession& session, const bridge::Command& command) {
   // Asked for before the values: a write in between makes the revision too old, never too new.
   const uint64_t revision = changes_.revision(groupName(command.input));

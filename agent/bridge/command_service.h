@@ -1,7 +1,6 @@
 // What the bridge does with a request.
 #pragma once
 
-#include <asio/thread_pool.hpp>
 #include <functional>
 #include <mutex>
 #include <string>
@@ -25,18 +24,10 @@ class CommandService {
 
   bridge::Reply execute(BridgeSession& session, const bridge::Command& command);
 
-  /// True for a command that waits for nothing but locks: not worth the way to another thread.
-  static bool isQuick(const bridge::Command& command);
-
-  /// Where the other commands run.
-  asio::thread_pool& workers() { return workers_; }
-
   bridge::Reply status() const;
   ChangeTracker& changes() { return changes_; }
 
  private:
-  static constexpr size_t WORKERS = 4;
-
   bridge::Reply readGroup(BridgeSession& session, const bridge::Command& command);
   bridge::Reply writeGroup(BridgeSession& session, const bridge::Command& command);
 
@@ -45,7 +36,6 @@ class CommandService {
   const std::function<std::string()> status_;
   /// Held from the look at a revision to the end of the write; taken before any lock of the module.
   std::mutex writing_;
-  asio::thread_pool workers_{WORKERS};
 };
 
 }  // namespace agent

@@ -82,6 +82,7 @@ void ListenerRegistry::forEachListener(Visit visit) {
 }
 
 void ListenerRegistry::sessionOpened(BridgeSession& session) {
+  const std::lock_guard telling(telling_);
   bool first = false;
   {
     const std::lock_guard lock(mutex_);
@@ -95,6 +96,7 @@ void ListenerRegistry::sessionOpened(BridgeSession& session) {
 }
 
 void ListenerRegistry::sessionClosed(BridgeSession& session) {
+  const std::lock_guard telling(telling_);
   bool last = false;
   bool lastOfUser = false;
   {

@@ -13,8 +13,8 @@
 
 namespace agent {
 
-/// Thread-safe. No lock is held while a listener runs, so commands of one listener run side by
-/// side.
+/// Thread-safe. No lock is held while a listener executes a command, so those of one listener run
+/// side by side; it is told of one session after the other.
 class ListenerRegistry {
  public:
   void add(CommandListener* listener);
@@ -57,7 +57,8 @@ class ListenerRegistry {
   template <typename Visit>
   void forEachListener(Visit visit);
 
-  std::mutex mutex_;  // protects everything below
+  std::mutex telling_;  // held while listeners are told of a session; taken before the other
+  std::mutex mutex_;    // protects everything below
   std::condition_variable idle_;
   std::list<Entry> entries_;  // a list: entries stay in place while calls run
   std::map<uid_t, int> sessionsOfUser_;

@@ -1,8 +1,15 @@
 #include "agent/bridge/session.h"
 
-#include <asio/buffer.hpp>
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
 #include <asio/executor_work_guard.hpp>
 #include <asio/post.hpp>
+#include <cerrno>
+#include <exception>
+#include <string_view>
 #include <utility>
 #include <variant>
 
@@ -21,221 +28,239 @@ constexpr std::chrono::seconds CLOCK_TICK{5};
 /// client that takes nothing must not keep the agent from ending well.
 constexpr std::chrono::seconds PATIENCE_AT_END{5};
 
-/// A subscriber that leaves more events than this untaken is closed.
-constexpr size_t MAX_PENDING = 1000;
-
 bridge::Reply failure(bridge::Reason reason, std::string text) {
   return {0, reason, std::move(text)};
 }
 
+bool isTooLarge(uint32_t frameSize) { return frameSize > bridge::MAX_FRAME_SIZE; }
+
+/// True if the bytes begin with a whole frame, or with the head of one that will not be read.
+bool holdsFrame(std::string_view bytes) {
+  if (bytes.size() < bridge::FRAME_HEAD_SIZE) return false;
+  const uint32_t size = bridge::decodeFrameHead(bytes);
+  return isTooLarge(size) || bytes.size() - bridge::FRAME_HEAD_SIZE >= size;
+}
+
 }  // namespace
 
-Session::Session(Socket socket, BridgeSession peer, CommandService& service,
+Session::Session(asio::io_context& io, int socket, BridgeSession peer, CommandService& service,
                  std::function<void()> onEnd)
-    : socket_(std::move(socket)),
-      timer_(socket_.get_executor()),
+    : io_(io),
+      socket_(socket),
+      timer_(io),
+      writable_(io),
       peer_(std::move(peer)),
       service_(service),
       onEnd_(std::move(onEnd)),
-      lastProgress_(Clock::now()) {
-  socket_.non_blocking(true);
-}
+      outbox_(
+          socket,
+          [this] { asio::post(io_, [self = shared_from_this()] { self->waitUntilWritable(); }); }),
+      owedSince_(Clock::now().time_since_epoch().count()) {}
+
+Session::~Session() { (void)::close(socket_); }
 
 void Session::start() {
+  thread_ = std::thread([self = shared_from_this(), work = asio::make_work_guard(io_)] {
+    self->run();
+    asio::post(work.get_executor(), [self] { self->finish(); });
+  });
   watchClock();
-  readMore();
 }
 
 void Session::stop() {
-  stopping_ = true;
-  endIfStopped();
+  // A session that runs something looks at its state when it is done.
+  if (state_.exchange(State::Stopping) == State::Waiting) (void)::shutdown(socket_, SHUT_RD);
 }
 
-void Session::readMore() {
-  if (ended_ || std::exchange(reading_, true)) return;
-  socket_.async_read_some(asio::buffer(chunk_),
-                          [self = shared_from_this()](const asio::error_code& error, size_t size) {
-                            self->reading_ = false;
-                            if (error) return self->end();
-                            if (self->input_.empty()) self->lastProgress_ = Clock::now();
-                            self->input_.append(self->chunk_.data(), size);
-                            self->handleInput();
-                          });
-}
-
-/// Handles what has arrived, as far as it is complete. A client that does not take its replies, or
-/// whose command runs, is not read from.
-void Session::handleInput() {
-  while (!ended_ && !stopping_ && !busy()) {
-    if (greeted_ ? handleFrame() : handleHello()) {
-      begun_ = false;
-      continue;
-    }
-    if (!input_.empty() && !std::exchange(begun_, true)) lastProgress_ = Clock::now();
-    return readMore();
+void Session::waitUntilWritable() {
+  // Not the socket itself: requests that arrive on it shall wake no thread but the session's.
+  const int twin = ::fcntl(socket_, F_DUPFD_CLOEXEC, 0);
+  if (twin < 0) return interrupt();
+  asio::error_code failed;
+  (void)writable_.assign(twin, failed);
+  if (failed) {
+    (void)::close(twin);
+    return interrupt();
   }
-}
-
-// Each handler returns false if the bytes are not all there yet.
-
-bool Session::handleHello() {
-  if (input_.size() < bridge::HELLO_SIZE) return false;
-  uint32_t version = 0;
-  if (!bridge::decodeHello(input_, version)) {
-    log(Level::Warning, "session closed: the client does not speak the bridge protocol",
-        {{"uid", peer_.uid}, {"pid", peer_.pid}});
-    end();
-    return true;
-  }
-  input_.erase(0, bridge::HELLO_SIZE);
-  greeted_ = version == bridge::PROTOCOL_VERSION;
-  if (greeted_) {
-    listenerRegistry().sessionOpened(peer_);
-  } else {
-    stopping_ = true;  // the answer tells the client which version would be right
-  }
-  send(bridge::encodeHello());
-  return true;
-}
-
-bool Session::handleFrame() {
-  if (input_.size() < bridge::FRAME_HEAD_SIZE) return false;
-  const uint32_t size = bridge::decodeFrameHead(input_);
-  if (size > bridge::MAX_FRAME_SIZE) {
-    stopping_ = true;
-    send(failure(bridge::Reason::MalformedFrame, "a frame of " + std::to_string(size) +
-                                                     " bytes is over the limit of " +
-                                                     std::to_string(bridge::MAX_FRAME_SIZE)));
-    return true;
-  }
-  if (input_.size() - bridge::FRAME_HEAD_SIZE < size) return false;
-  auto request =
-      bridge::decodeRequest(std::string_view(input_).substr(bridge::FRAME_HEAD_SIZE, size));
-  input_.erase(0, bridge::FRAME_HEAD_SIZE + size);
-  if (request) {
-    handleRequest(std::move(*request));
-  } else {
-    stopping_ = true;
-    send(failure(bridge::Reason::MalformedFrame, "the frame holds no request"));
-  }
-  return true;
-}
-
-void Session::handleRequest(bridge::Request request) {
-  if (auto* command = std::get_if<bridge::Command>(&request)) {
-    if (!CommandService::isQuick(*command)) return runOnWorker(std::move(*command));
-    send(service_.execute(peer_, *command));
-  } else if (std::holds_alternative<bridge::Subscription>(request)) {
-    send(subscribe());
-  } else {
-    send(service_.status());
-  }
-}
-
-void Session::runOnWorker(bridge::Command command) {
-  running_ = true;
-  asio::post(service_.workers(), [self = shared_from_this(), command = std::move(command),
-                                  work = asio::make_work_guard(socket_.get_executor())] {
-    asio::post(work.get_executor(),
-               [self, reply = self->service_.execute(self->peer_, command)]() mutable {
-                 self->running_ = false;
-                 if (self->ended_) return self->leave();
-                 self->send(std::move(reply));
-                 self->handleInput();
-               });
-  });
-}
-
-bridge::Reply Session::subscribe() {
-  if (!subscription_) {
-    // Called on the thread of whoever has written.
-    subscription_ = service_.changes().subscribe([weak = weak_from_this()](const auto& event) {
-      const auto self = weak.lock();
-      if (!self) return;
-      asio::post(self->socket_.get_executor(),
-                 [self, event] { self->send(bridge::encode(event)); });
-    });
-  }
-  return {1};
-}
-
-void Session::send(bridge::Reply reply) {
-  if (reply.output.size() > bridge::MAX_REPLY_OUTPUT) {
-    reply = failure(
-        bridge::Reason::ReplyTooLarge,
-        "the output of " + std::to_string(reply.output.size()) + " bytes does not fit a frame");
-  }
-  send(bridge::encode(std::move(reply)));
-}
-
-void Session::send(std::string frame) {
-  if (ended_) return;
-  if (output_.size() >= MAX_PENDING) {
-    log(Level::Warning, "session closed: the client does not take its events",
-        {{"uid", peer_.uid}, {"pid", peer_.pid}});
-    return end();
-  }
-  output_.push_back(std::move(frame));
-  flush();
-}
-
-/// Writes what the socket takes at once, and comes back when it takes more.
-void Session::flush() {
-  if (ended_ || waitingToWrite_) return;
-  while (!output_.empty()) {
-    asio::error_code error;
-    written_ += socket_.write_some(asio::buffer(output_.front()) + written_, error);
-    if (error == asio::error::would_block) {
-      waitingToWrite_ = true;
-      lastProgress_ = Clock::now();
-      return socket_.async_wait(Socket::wait_write,
-                                [self = shared_from_this()](const asio::error_code& failed) {
-                                  self->waitingToWrite_ = false;
-                                  if (failed) return self->end();
-                                  self->flush();
-                                  self->handleInput();
-                                });
-    }
-    if (error) return end();
-    if (written_ == output_.front().size()) {
-      output_.pop_front();
-      written_ = 0;
-    }
-  }
-  endIfStopped();
-}
-
-void Session::endIfStopped() {
-  if (stopping_ && !busy()) end();
+  writable_.async_wait(asio::posix::descriptor_base::wait_write,
+                       [self = shared_from_this()](const asio::error_code& /*ended*/) {
+                         asio::error_code ignored;
+                         (void)self->writable_.close(ignored);
+                         self->outbox_.writeMore();
+                       });
 }
 
 void Session::watchClock() {
   timer_.expires_after(CLOCK_TICK);
-  timer_.async_wait([self = shared_from_this()](const asio::error_code& error) {
-    if (error || self->ended_) return;
-    const bool clientsTurn = !self->greeted_ || !self->input_.empty() || !self->output_.empty();
-    const auto patience = self->stopping_ ? PATIENCE_AT_END : PATIENCE;
-    if (clientsTurn && !self->running_ && Clock::now() - self->lastProgress_ > patience) {
+  timer_.async_wait([self = shared_from_this()](const asio::error_code& /*cancelled*/) {
+    if (self->ended_) return;
+    if (self->isOverdue()) {
       log(Level::Warning, "session closed: the client does not go on with what it has begun",
           {{"uid", self->peer_.uid}, {"pid", self->peer_.pid}});
-      return self->end();
+      self->interrupt();
     }
     self->watchClock();
   });
 }
 
-void Session::end() {
-  if (std::exchange(ended_, true)) return;
-  asio::error_code ignored;
-  socket_.close(ignored);
-  timer_.cancel();
-  if (!running_) leave();  // else when the command is done
+bool Session::isOverdue() const {
+  const auto latest = Clock::now() - (state_ == State::Stopping ? PATIENCE_AT_END : PATIENCE);
+  const Clock::rep owedSince = owedSince_;
+  const auto untakenSince = outbox_.untakenSince();
+  return (owedSince != NOTHING && Clock::time_point(Clock::duration(owedSince)) < latest) ||
+         (untakenSince && *untakenSince < latest);
 }
 
-void Session::leave() {
-  if (subscription_) service_.changes().unsubscribe(*subscription_);
-  if (greeted_) listenerRegistry().sessionClosed(peer_);
+void Session::finish() {
+  ended_ = true;
+  thread_.join();
+  timer_.cancel();
+  asio::error_code ignored;
+  (void)writable_.close(ignored);
   onEnd_();
+}
+
+void Session::run() {
+  bool greeted = false;
+  try {
+    greeted = handleHello();
+    if (greeted) {
+      listenerRegistry().sessionOpened(peer_);
+      serve();
+    }
+  } catch (const std::exception& failed) {
+    log(Level::Error, "session closed: its request cannot be handled",
+        {{"reason", failed.what()}, {"uid", peer_.uid}, {"pid", peer_.pid}});
+  }
+  if (subscription_) service_.changes().unsubscribe(*subscription_);
+  if (greeted) listenerRegistry().sessionClosed(peer_);
+  (void)outbox_.waitUntilWritten();
+}
+
+/// False if the session ends with it.
+bool Session::handleHello() {
+  while (input_.size() < bridge::HELLO_SIZE) {
+    if (!readMore()) return false;
+  }
+  uint32_t version = 0;
+  if (!bridge::decodeHello(input_, version)) {
+    log(Level::Warning, "session closed: the client does not speak the bridge protocol",
+        {{"uid", peer_.uid}, {"pid", peer_.pid}});
+    return false;
+  }
+  input_.erase(0, bridge::HELLO_SIZE);
+  owedSince_ = NOTHING;
+  (void)post(bridge::encodeHello());  // tells the client of another version which would be right
+  return version == bridge::PROTOCOL_VERSION;
+}
+
+void Session::serve() {
+  while (awaitFrame()) {
+    State state = State::Waiting;
+    if (!state_.compare_exchange_strong(state, State::Running)) return;
+    if (!handleFrame()) return;
+    state = State::Running;
+    if (!state_.compare_exchange_strong(state, State::Waiting)) return;
+  }
+}
+
+/// False if the client sends no more.
+bool Session::awaitFrame() {
+  bool owed = false;
+  while (!holdsFrame(input_)) {
+    if (!input_.empty() && !std::exchange(owed, true)) {
+      owedSince_ = Clock::now().time_since_epoch().count();
+    }
+    if (!readMore()) return false;
+  }
+  if (owed) owedSince_ = NOTHING;
+  return true;
+}
+
+bool Session::readMore() {
+  for (;;) {
+    const ssize_t size = ::recv(socket_, chunk_.data(), chunk_.size(), 0);
+    if (size > 0) {
+      input_.append(chunk_.data(), static_cast<size_t>(size));
+      return true;
+    }
+    if (size < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) {
+      // waitUntilWritable() has made it a socket that does not block.
+      pollfd readable{socket_, POLLIN, 0};
+      (void)::poll(&readable, 1, -1);
+    } else if (size == 0 || errno != EINTR) {
+      return false;
+    }
+  }
+}
+
+/// False if the session ends with its reply.
+bool Session::handleFrame() {
+  const uint32_t size = bridge::decodeFrameHead(input_);
+  if (isTooLarge(size)) {
+    (void)send(failure(bridge::Reason::MalformedFrame, "a frame of " + std::to_string(size) +
+                                                           " bytes is over the limit of " +
+                                                           std::to_string(bridge::MAX_FRAME_SIZE)));
+    return false;
+  }
+  const auto request =
+      bridge::decodeRequest(std::string_view(input_).substr(bridge::FRAME_HEAD_SIZE, size));
+  input_.erase(0, bridge::FRAME_HEAD_SIZE + size);
+  if (!request) {
+    (void)send(failure(bridge::Reason::MalformedFrame, "the frame holds no request"));
+    return false;
+  }
+  return handleRequest(*request);
+}
+
+bool Session::handleRequest(const bridge::Request& request) {
+  if (const auto* command = std::get_if<bridge::Command>(&request)) {
+    return send(service_.execute(peer_, *command));
+  }
+  if (std::holds_alternative<bridge::Subscription>(request)) return subscribe();
+  return send(service_.status());
+}
+
+bool Session::subscribe() {
+  const bridge::Reply done{1};
+  if (subscription_) return send(done);
+  Outbox::Outcome outcome{};
+  subscription_ = service_.changes().subscribe(
+      [this](const bridge::Event& event) { (void)post(bridge::encode(event)); },
+      [&] { outcome = post(bridge::encode(done)); });
+  return settle(outcome);
+}
+
+bool Session::send(const bridge::Reply& reply) {
+  if (reply.output.size() > bridge::MAX_REPLY_OUTPUT) {
+    return send(failure(
+        bridge::Reason::ReplyTooLarge,
+        "the output of " + std::to_string(reply.output.size()) + " bytes does not fit a frame"));
+  }
+  return settle(post(bridge::encode(reply)));
+}
+
+/// A client that does not take its replies is not read from. False if it never will take this one.
+bool Session::settle(Outbox::Outcome outcome) {
+  if (outcome == Outbox::Outcome::Pending) return outbox_.waitUntilWritten();
+  return outcome == Outbox::Outcome::Written;
+}
+
+/// For replies and, on the thread of whoever has written, for events. Does not wait.
+Outbox::Outcome Session::post(std::string_view frame) {
+  const Outbox::Outcome outcome = outbox_.send(frame);
+  if (outcome == Outbox::Outcome::Overflow) {
+    log(Level::Warning, "session closed: the client does not take its events",
+        {{"uid", peer_.uid}, {"pid", peer_.pid}});
+    interrupt();
+  }
+  return outcome;
+}
+
+/// Makes the session's thread come back from whatever it waits for from the client.
+void Session::interrupt() {
+  outbox_.close();
+  (void)::shutdown(socket_, SHUT_RDWR);
 }
 
 }  // namespace agent

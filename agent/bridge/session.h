@@ -2,18 +2,21 @@
 #pragma once
 
 #include <array>
-#include <asio/local/stream_protocol.hpp>
+#include <asio/io_context.hpp>
+#include <asio/posix/stream_descriptor.hpp>
 #include <asio/steady_timer.hpp>
+#include <atomic>
 #include <chrono>
-#include <deque>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <thread>
 
 #include "agent/bridge/bridge_session.h"
 #include "agent/bridge/command_service.h"
+#include "agent/bridge/outbox.h"
 
 namespace agent {
 
@@ -21,60 +24,77 @@ namespace agent {
 /// subscriber, the events, until the client goes, sends what is no request, stops in the middle of
 /// something, or stop() is called.
 ///
-/// Everything runs on the one thread that runs the socket's context, but for commands that may take
-/// long: those run on the service's workers. Keeps itself alive while it waits.
+/// A session has a thread of its own, which waits for the client, and for what the client's
+/// commands wait for: no session is held up by another. Its clock and its end are the matter of the
+/// thread that runs the context. Keeps itself alive until its end.
 class Session : public std::enable_shared_from_this<Session> {
  public:
-  using Socket = asio::local::stream_protocol::socket;
+  /// Takes the socket. `onEnd` is called once, on the context's thread. REQUIRES: the context and
+  /// the service outlive the session.
+  Session(asio::io_context& io, int socket, BridgeSession peer, CommandService& service,
+          std::function<void()> onEnd);
+  ~Session();
 
-  /// `onEnd` is called once. REQUIRES: the service outlives the session.
-  Session(Socket socket, BridgeSession peer, CommandService& service, std::function<void()> onEnd);
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
 
-  /// Starts to serve the client.
+  /// Starts to serve the client. Throws std::system_error if there can be no thread for it; `onEnd`
+  /// is not called then.
   void start();
 
   /// Ends the session as soon as the running command, if any, has been answered.
   void stop();
 
  private:
-  using Clock = std::chrono::steady_clock;
+  using Clock = Outbox::Clock;
 
-  bool busy() const { return running_ || !output_.empty(); }
-
-  void readMore();
-  void handleInput();
-  bool handleHello();
-  bool handleFrame();
-  void handleRequest(bridge::Request request);
-  void runOnWorker(bridge::Command command);
-  bridge::Reply subscribe();
-  void send(bridge::Reply reply);
-  void send(std::string frame);
-  void flush();
-  void endIfStopped();
+  // On the context's thread.
+  void waitUntilWritable();
   void watchClock();
-  void end();
-  void leave();
+  bool isOverdue() const;
+  void finish();
 
-  Socket socket_;
+  // On the session's own.
+  void run();
+  bool handleHello();
+  void serve();
+  bool awaitFrame();
+  bool readMore();
+  bool handleFrame();
+  bool handleRequest(const bridge::Request& request);
+  bool subscribe();
+  bool send(const bridge::Reply& reply);
+  bool settle(Outbox::Outcome outcome);
+
+  // On any.
+  Outbox::Outcome post(std::string_view frame);
+  void interrupt();
+
+  asio::io_context& io_;
+  const int socket_;
   asio::steady_timer timer_;
-  BridgeSession peer_;  // a worker's while `running_`
+  asio::posix::stream_descriptor writable_;  // the socket's twin, while it is full
+  BridgeSession peer_;
   CommandService& service_;
   std::function<void()> onEnd_;
+  Outbox outbox_;
+  std::thread thread_;
+  bool ended_ = false;
+
+  // Of the session's thread while there is one.
   std::optional<ChangeTracker::Ticket> subscription_;
   std::array<char, 4096> chunk_{};
-  std::string input_;               // received and not yet handled
-  std::deque<std::string> output_;  // frames to be written
-  size_t written_ = 0;              // bytes of the first of them
-  Clock::time_point lastProgress_;  // since when the client owes the rest of something
-  bool begun_ = false;  // the hello or frame at the front of `input_` has been waited for
-  bool reading_ = false;
-  bool waitingToWrite_ = false;
-  bool running_ = false;  // a command is on a worker
-  bool greeted_ = false;
-  bool stopping_ =
-      false;  // no further request; ends when nothing runs and nothing is left to write
-  bool ended_ = false;
+  std::string input_;  // received and not yet handled
+
+  enum class State {
+    Waiting,   // for a hello or a request
+    Running,   // a command, until its reply is written
+    Stopping,  // no further request
+  };
+  std::atomic<State> state_ = State::Waiting;
+
+  static constexpr Clock::rep NOTHING = 0;
+  std::atomic<Clock::rep> owedSince_;  // when the client began a hello or a frame; NOTHING if not
 };
 
 }  // namespace agent

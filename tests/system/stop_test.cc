@@ -1,9 +1,5 @@
 // How the agent ends.
-#include <fcntl.h>
 #include <gmock/gmock.h>
-#include <poll.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <string>
 #include <system_error>
@@ -11,6 +7,7 @@
 
 #include "lparams/catalogue/policy_group.h"
 #include "tests/support/param_forms.h"
+#include "tests/system/slow_save.h"
 #include "tests/system/system_test.h"
 
 using testing::AllOf;
@@ -52,41 +49,6 @@ TEST_P(Stop, EndsSessionsWhateverTheirClientsAreAbout) {
   EXPECT_EQ(agent->exitStatus(), 0);
   EXPECT_FALSE(host::exists(socketPath));
 }
-
-/// A save that does not end before the test says so: the temporary file of the twin is a pipe that
-/// holds less than the settings.
-class SlowSave {
- public:
-  explicit SlowSave(const std::string& temporaryPath) {
-    if (mkfifo(temporaryPath.c_str(), 0600) != 0) {
-      throw std::system_error(errno, std::generic_category(), temporaryPath);
-    }
-    pipe_ = open(temporaryPath.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-  }
-  ~SlowSave() { (void)close(pipe_); }
-
-  SlowSave(const SlowSave&) = delete;
-  SlowSave& operator=(const SlowSave&) = delete;
-
-  void waitForBegin() const {
-    pollfd writer{pipe_, POLLIN, 0};
-    (void)poll(&writer, 1, -1);
-  }
-
-  /// Takes all that is written. Returns how much it was.
-  size_t letItEnd() const {
-    (void)fcntl(pipe_, F_SETFL, 0);
-    std::vector<char> bytes(65536);
-    size_t total = 0;
-    for (ssize_t count; (count = ::read(pipe_, bytes.data(), bytes.size())) > 0;) {
-      total += static_cast<size_t>(count);
-    }
-    return total;
-  }
-
- private:
-  int pipe_;
-};
 
 TEST_P(Stop, TakesNoMoreClientsAndWaitsForTheRunningCommand) {
   constexpr size_t LARGE = 1024 * 1024;

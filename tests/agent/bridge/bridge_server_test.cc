@@ -1,6 +1,7 @@
 #include "agent/bridge/bridge_server.h"
 
 #include <gmock/gmock.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 #include <filesystem>
@@ -8,6 +9,7 @@
 #include <string>
 
 #include "tests/agent/another_user.h"
+#include "tests/agent/bridge/raw_client.h"
 #include "tests/agent/bridge/served_module.h"
 #include "tests/module/child_process.h"
 #include "tests/module/temp_directory.h"
@@ -45,6 +47,28 @@ TEST(BridgeServer, LeavesASocketAloneThatItMayNotTry) {
                                                    "Permission denied"));
   });
   EXPECT_TRUE(host::exists(path));
+}
+
+TEST(BridgeServer, TurnsAClientAwayForWhomThereIsNoThread) {
+  host::runInChild([] {
+    const host::TempDirectory directory;
+    ASSERT_EQ(chmod(directory.path.c_str(), 0700), 0);
+    if (geteuid() == 0) {
+      ASSERT_EQ(chown(directory.path.c_str(), agent_testing::NOBODY, agent_testing::NOBODY), 0);
+    }
+    ServedModule served;
+    agent_testing::dropRights();
+    asio::io_context io;
+    BridgeServer server(io, directory.path + "agent.sock", std::nullopt, served.service());
+    const agent_testing::RawClient client(directory.path + "agent.sock");
+    const rlimit none{0, 0};
+    ASSERT_EQ(setrlimit(RLIMIT_NPROC, &none), 0);
+    for (size_t handled = 0; handled == 0;) handled = io.run_one();
+    EXPECT_EQ(client.readToEnd(), "");
+    EXPECT_EQ(server.sessions(), 0u);
+    server.stop();
+    io.run();
+  });
 }
 
 TEST(BridgeServer, RemovesItsSocketAtTheEnd) {

@@ -3,6 +3,7 @@
 
 #include <asio/io_context.hpp>
 #include <asio/post.hpp>
+#include <atomic>
 #include <future>
 #include <list>
 #include <thread>
@@ -163,6 +164,37 @@ TEST_F(SessionLimits, ASubscriberThatTakesNoEventsIsClosed) {
   EXPECT_EQ(std::get<bridge::Event>(*first).revision, 2u);
   (void)sleeper.readToEnd();
   expectServed(writer);
+}
+
+TEST_F(SessionLimits, ASubscriberMayTakeItsEventsLate) {
+  const RawClient& sleeper = newClient();
+  EXPECT_EQ(sleeper.exchange(bridge::Subscription{}), (Reply{.result = 1}));
+  const RawClient& writer = newClient();
+  constexpr uint64_t LAST = 1000;  // more than the kernel takes, less than the session
+  while (writer.exchange(bridge::Command{13, 0, adminRecord(20)}).revision != LAST) continue;
+  for (uint64_t revision = 2; revision <= LAST; ++revision) {
+    const auto event = sleeper.receive();
+    ASSERT_TRUE(event);
+    ASSERT_EQ(std::get<bridge::Event>(*event).revision, revision);
+  }
+  expectServed(sleeper);
+}
+
+TEST_F(SessionLimits, EventsComeAfterTheReplyToTheSubscription) {
+  const RawClient& writer = newClient();
+  std::atomic<bool> done = false;
+  std::jthread writing([&] {
+    while (!done) (void)writer.exchange(bridge::Command{13, 0, adminRecord(20)});
+  });
+  for (int i = 0; i < 100; ++i) {
+    const RawClient& subscriber = newClient();
+    EXPECT_EQ(subscriber.exchange(bridge::Subscription{}), (Reply{.result = 1}));
+    const auto event = subscriber.receive();
+    ASSERT_TRUE(event);
+    EXPECT_TRUE(std::holds_alternative<bridge::Event>(*event));
+    clients_.pop_back();
+  }
+  done = true;
 }
 
 TEST_F(SessionLimits, ASilentClientIsClosedWhenItHasBegunSomething) {

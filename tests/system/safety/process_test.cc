@@ -14,6 +14,7 @@
 #include "client/record.h"
 #include "client/settings.h"
 #include "tests/system/safety/agent_test.h"
+#include "tests/system/slow_save.h"
 
 namespace safety {
 namespace {
@@ -43,24 +44,15 @@ class AgentProcess : public AgentTest {
     return 0;
   }
 
-  /// Starts a save that does not end before somebody reads the FIFO in the place of the twin's
-  /// temporary file.
+  /// A client that waits for a save, which has begun. The save does not end by itself.
   std::unique_ptr<RawClient> beginSave() {
-    set("IKE.IKE_PORT=501");
-    EXPECT_EQ(::mkfifo(fifo_.c_str(), 0600), 0);
     auto client = std::make_unique<RawClient>(socket_);
     EXPECT_TRUE(client->greet());
+    addManyUsers(*client);
+    slowSave_.emplace(beingWritten_);
     client->send(bridge::encode(bridge::Request(bridge::Command{13, 2})));
-    // Requests are looked at as they come: that one has been when this one is answered.
-    EXPECT_EQ(state("changed"), "yes");
+    slowSave_->waitForBegin();
     return client;
-  }
-
-  void letSaveEnd() {
-    const int fifo = ::open(fifo_.c_str(), O_RDONLY | O_CLOEXEC);
-    char buffer[4096];
-    while (::read(fifo, buffer, sizeof buffer) > 0) continue;
-    (void)::close(fifo);
   }
 
   /// Fills the user list, so that the reply to a read of it is more than a socket takes at once.
@@ -75,7 +67,8 @@ class AgentProcess : public AgentTest {
     return bridge::Command{13, 1, client::encodeName(client::Settings().users)};
   }
 
-  const std::string fifo_ = state_.at("localsettings.ini.good.new");
+  const std::string beingWritten_ = state_.at("localsettings.ini.good.new");
+  std::optional<system_testing::SlowSave> slowSave_;
 };
 
 TEST_F(AgentProcess, JournalPriorities) {
@@ -209,12 +202,12 @@ TEST_F(AgentProcess, AnswersARunningCommandBeforeItEnds) {
   const auto client = beginSave();
   agent_->send(SIGTERM);
   EXPECT_TRUE(logTells("info: stopping signal=15\n"));
-  letSaveEnd();
+  (void)slowSave_->letItEnd();
   const auto reply = client->receive();
   ASSERT_TRUE(reply);
   EXPECT_EQ(std::get<Reply>(*reply).reason, Reason::SaveRefused);
   EXPECT_THAT(std::get<Reply>(*reply).text,
-              HasSubstr(fifo_ + " cannot be synced: Invalid argument"));
+              HasSubstr(beingWritten_ + " cannot be synced: Invalid argument"));
   EXPECT_EQ(client->readToEnd(), "");
   EXPECT_EQ(agent_->wait(), 0);
   EXPECT_FALSE(std::filesystem::exists(socket_));

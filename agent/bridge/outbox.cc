@@ -1,0 +1,92 @@
+#include "agent/bridge/outbox.h"
+
+#include <sys/socket.h>
+
+#include <cerrno>
+#include <string_view>
+#include <utility>
+
+namespace agent {
+namespace {
+
+/// More frames than this are not kept for a client.
+constexpr size_t MAX_PENDING = 1000;
+
+/// Takes off the front of the bytes what the socket takes at once. False if it takes nothing any
+/// more.
+bool writeWhatFits(int socket, std::string_view& bytes) {
+  while (!bytes.empty()) {
+    const ssize_t size = ::send(socket, bytes.data(), bytes.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
+    if (size >= 0) {
+      bytes.remove_prefix(static_cast<size_t>(size));
+    } else if (errno != EINTR) {
+      return errno == EAGAIN || errno == EWOULDBLOCK;
+    }
+  }
+  return true;
+}
+
+}  // namespace
+
+Outbox::Outbox(int socket, std::function<void()> onBacklog)
+    : socket_(socket), onBacklog_(std::move(onBacklog)) {}
+
+Outbox::Outcome Outbox::send(std::string_view frame) {
+  const std::lock_guard lock(mutex_);
+  if (closed_) return Outcome::Closed;
+  if (frames_.empty()) {
+    if (!writeWhatFits(socket_, frame)) {
+      closeLocked();
+      return Outcome::Closed;
+    }
+    if (frame.empty()) return Outcome::Written;
+    lastProgress_ = Clock::now();
+    onBacklog_();
+  } else if (frames_.size() >= MAX_PENDING) {
+    closeLocked();
+    return Outcome::Overflow;
+  }
+  frames_.emplace_back(frame);
+  return Outcome::Pending;
+}
+
+void Outbox::writeMore() {
+  const std::lock_guard lock(mutex_);
+  while (!frames_.empty()) {
+    std::string_view rest = std::string_view(frames_.front()).substr(taken_);
+    if (!writeWhatFits(socket_, rest)) return closeLocked();
+    if (!rest.empty()) {
+      taken_ = frames_.front().size() - rest.size();
+      lastProgress_ = Clock::now();
+      return onBacklog_();
+    }
+    frames_.pop_front();
+    taken_ = 0;
+  }
+  written_.notify_all();
+}
+
+bool Outbox::waitUntilWritten() {
+  std::unique_lock lock(mutex_);
+  written_.wait(lock, [this] { return frames_.empty(); });
+  return !closed_;
+}
+
+void Outbox::close() {
+  const std::lock_guard lock(mutex_);
+  closeLocked();
+}
+
+void Outbox::closeLocked() {
+  closed_ = true;
+  frames_.clear();
+  written_.notify_all();
+}
+
+std::optional<Outbox::Clock::time_point> Outbox::untakenSince() const {
+  const std::lock_guard lock(mutex_);
+  if (frames_.empty()) return std::nullopt;
+  return lastProgress_;
+}
+
+}  // namespace agent

@@ -1,0 +1,61 @@
+// What is on its way to a client.
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <cstddef>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace agent {
+
+/// Writes frames to a client's socket in the order in which they are sent, and keeps what the
+/// socket does not take. Thread-safe; nothing but waitUntilWritten() waits for the client. Its lock
+/// is the innermost: nobody is called while it is held but `onBacklog`.
+class Outbox {
+ public:
+  using Clock = std::chrono::steady_clock;
+
+  /// `onBacklog` is called when the socket is full, with the lock held: it sees to it that
+  /// writeMore() is called when the socket takes more. REQUIRES: the socket stays open while the
+  /// object is used.
+  Outbox(int socket, std::function<void()> onBacklog);
+
+  enum class Outcome {
+    Written,
+    Pending,   ///< to be written when the client takes more
+    Overflow,  ///< the client leaves too much untaken; closed now
+    Closed,    ///< now or before
+  };
+  Outcome send(std::string_view frame);
+
+  /// Writes what the socket takes; `onBacklog` is called again if that is not all.
+  void writeMore();
+
+  /// Returns when nothing is left to be written; false if that is because it was closed.
+  bool waitUntilWritten();
+
+  /// Drops what is left, and what is sent from now on.
+  void close();
+
+  /// Since when the client has taken nothing although there is something; empty if there is not.
+  std::optional<Clock::time_point> untakenSince() const;
+
+ private:
+  void closeLocked();
+
+  const int socket_;
+  const std::function<void()> onBacklog_;
+  mutable std::mutex mutex_;  // protects everything below
+  std::condition_variable written_;
+  std::deque<std::string> frames_;
+  size_t taken_ = 0;  // bytes of the first of them
+  Clock::time_point lastProgress_;
+  bool closed_ = false;
+};
+
+}  // namespace agent
