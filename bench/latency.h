@@ -42,7 +42,8 @@ void sendAll(int socket, const std::string& bytes);
 /// Throws unless all the bytes arrive.
 void receiveAll(int socket, char* bytes, size_t size);
 
-/// A read of IKE through the agent that listens there.
+/// A read of IKE through the agent that listens there. The client looks whether the reply is the
+/// first one again: what is timed is the agent.
 Service bridgeService(const std::string& path);
 
 /// The same request to a process that sends back what it gets. Its process ends with the last

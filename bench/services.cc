@@ -61,12 +61,18 @@ Service bridgeService(const std::string& path) {
             sendAll(socket, bridge::encodeHello());
             std::string buffer(64 * 1024, '\0');
             receiveAll(socket, buffer.data(), bridge::HELLO_SIZE);
-            return [socket, request = readRequest(), buffer]() mutable {
+            const std::string request = readRequest();
+            sendAll(socket, request);
+            const std::string expected(receiveFrame(socket, buffer));
+            const auto message = bridge::decodeMessage(expected);
+            const auto* const reply = message ? std::get_if<bridge::Reply>(&*message) : nullptr;
+            if (reply == nullptr || reply->result != 1) {
+              throw std::runtime_error("the agent refused a read");
+            }
+            return [socket, request, expected, buffer]() mutable {
               sendAll(socket, request);
-              const auto message = bridge::decodeMessage(receiveFrame(socket, buffer));
-              const auto* const reply = message ? std::get_if<bridge::Reply>(&*message) : nullptr;
-              if (reply == nullptr || reply->result != 1) {
-                throw std::runtime_error("the agent refused a read");
+              if (receiveFrame(socket, buffer) != expected) {
+                throw std::runtime_error("the agent has changed its answer");
               }
             };
           }};
