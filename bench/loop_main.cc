@@ -13,8 +13,8 @@
 
 namespace {
 
-constexpr int ROUNDS = 15;
-constexpr double ROUND_SECONDS = 0.02;
+constexpr int ROUNDS = 45;
+constexpr double ROUND_SECONDS = 0.007;
 
 struct Timing {
   const bench::Subject* subject;

@@ -39,8 +39,8 @@ measure() {
   mkdir -p "$to"
   echo "run $1: the store in $width bit" >&2
   if ((width == 64)); then
-    options=(--benchmark_repetitions=15 --benchmark_enable_random_interleaving
-      --benchmark_min_time=0.02 --benchmark_report_aggregates_only
+    options=(--benchmark_repetitions=45 --benchmark_enable_random_interleaving
+      --benchmark_min_time=0.007 --benchmark_report_aggregates_only
       --benchmark_out="$to/store-$width.json" --benchmark_out_format=json)
   else
     options=("$to/store-$width.json")
