@@ -3,6 +3,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <chrono>
+#include <stop_token>
+#include <thread>
 #include <variant>
 
 #include "bridge/protocol.h"
@@ -147,9 +150,6 @@ TEST_F(Access, SubscribersHearWhoWroteWhat) {
   const RawClient subscriber(socket_);
   ASSERT_TRUE(subscriber.greet());
   EXPECT_EQ(subscriber.exchange(bridge::Subscription{}), (Reply{.result = 1}));
-  Process watch({PRODUCTS_DIR "/lparamsctl", "--socket", socket_, "watch"});
-  while (state("sessions") != "3") continue;  // status counts itself
-
   const RawClient writer(socket_);
   ASSERT_TRUE(writer.greet());
   client::Settings settings;
@@ -158,8 +158,18 @@ TEST_F(Access, SubscribersHearWhoWroteWhat) {
     const bridge::Event event{"LOG", revision, ::getuid(), ::getpid()};
     EXPECT_EQ(std::get<bridge::Event>(subscriber.receive().value()), event);
   }
-  EXPECT_TRUE(watch.waitFor("LOG revision 3 by uid " + std::to_string(::getuid()) + " pid " +
+
+  Process watch({PRODUCTS_DIR "/lparamsctl", "--socket", socket_, "watch"});
+  const std::jthread writing([&](const std::stop_token& stop) {
+    // Nothing says when the other one has subscribed.
+    while (!stop.stop_requested()) {
+      (void)writer.exchange(bridge::Command{13, 0, recordOf(settings.log)});
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+  });
+  EXPECT_TRUE(watch.waitFor(" by uid " + std::to_string(::getuid()) + " pid " +
                             std::to_string(::getpid()) + "\n"));
+  EXPECT_THAT(watch.output(), testing::StartsWith("LOG revision "));
 }
 
 }  // namespace

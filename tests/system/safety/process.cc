@@ -18,6 +18,9 @@ namespace {
 
 constexpr unsigned DEADLINE = 100;  // seconds; only a program that hangs sees it
 
+/// Bytes. A program whose output nobody reads for a while must not wait for that.
+constexpr int PIPE_SIZE = 1024 * 1024;
+
 void require(bool success, const char* what) {
   if (!success) throw std::system_error(errno, std::generic_category(), what);
 }
@@ -46,6 +49,7 @@ void require(bool success, const char* what) {
 Process::Process(std::vector<std::string> arguments, const Surroundings& surroundings) {
   int ends[2];
   require(::pipe2(ends, O_CLOEXEC) == 0, "pipe");
+  require(::fcntl(ends[0], F_SETPIPE_SZ, PIPE_SIZE) >= PIPE_SIZE, "F_SETPIPE_SZ");
   pid_ = ::fork();
   require(pid_ >= 0, "fork");
   if (pid_ == 0) become(arguments, surroundings, ends[1]);
