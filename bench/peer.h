@@ -47,9 +47,7 @@ class Peer {
   /// Drops the document.
   virtual void clear() = 0;
 
-  /// Reads the file into an empty document and fetches each value of the settings once, by its name
-  /// in its block, as a program does that wants one setting. Only where the library cannot reach
-  /// the n-th user directly does it go from one to the next.
+  /// Reads the file into an empty document and fetches each value of the settings once.
   virtual void load(const std::string& path, const Settings& settings, Values& values) = 0;
 };
 

@@ -25,14 +25,9 @@ class Json : public Peer {
   void load(const std::string& path, const Settings& settings, Values& values) override {
     std::ifstream file(path);
     document_ = json::parse(file);
-    for (const Block& block : settings.groups) {
-      fetch(block, values, [&]() -> const json& { return document_.at(block.name); });
-    }
-    size_t user = 0;
-    for (const Block& block : settings.users) {
-      fetch(block, values, [&]() -> const json& { return document_.at("USERS").at(user); });
-      ++user;
-    }
+    for (const Block& block : settings.groups) fetch(block, document_.at(block.name), values);
+    auto user = document_.at("USERS").begin();
+    for (const Block& block : settings.users) fetch(block, *user++, values);
   }
 
  private:
@@ -54,10 +49,9 @@ class Json : public Peer {
     return object;
   }
 
-  template <typename Find>
-  static void fetch(const Block& block, Values& values, Find findBlock) {
+  static void fetch(const Block& block, const json& object, Values& values) {
     for (const Setting& setting : block.settings) {
-      const json& value = findBlock().at(setting.name);
+      const json& value = object.at(setting.name);
       switch (setting.kind) {
         case Kind::Flag:
           values.take(setting, value.get<bool>() ? 1u : 0u);

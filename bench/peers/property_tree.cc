@@ -50,8 +50,8 @@ class PropertyTree : public Peer {
   }
 
   void fetch(const Block& block, Values& values) {
+    const pt::ptree& section = document_.get_child(block.name);
     for (const Setting& setting : block.settings) {
-      const pt::ptree& section = document_.get_child(block.name);
       switch (setting.kind) {
         case Kind::Flag:
           values.take(setting, section.get<bool>(setting.name) ? 1u : 0u);

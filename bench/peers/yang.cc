@@ -117,10 +117,13 @@ class Yang : public Peer {
     check(lyd_insert_sibling(tree_, node, &tree_));
   }
 
-  void fetch(const Block& block, const lyd_node* node, Values& values) const {
+  /// In the order of the document: the cheapest way that the library offers.
+  static void fetch(const Block& block, const lyd_node* node, Values& values) {
+    const lyd_node* leaf = lyd_child(node);
     for (const Setting& setting : block.settings) {
-      lyd_node* leaf = nullptr;
-      check(lyd_find_path(node, setting.name.c_str(), 0, &leaf));
+      if (leaf == nullptr || setting.name != leaf->schema->name) {
+        throw std::logic_error("a peer lacks " + setting.name);
+      }
       const lyd_value& value = reinterpret_cast<const lyd_node_term*>(leaf)->value;
       switch (setting.kind) {
         case Kind::Flag:
@@ -135,6 +138,7 @@ class Yang : public Peer {
         case Kind::Text:
           values.take(setting, std::string_view(lyd_get_value(leaf)));
       }
+      leaf = leaf->next;
     }
   }
 
