@@ -1,6 +1,7 @@
 // Named values of an enumeration.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -23,13 +24,11 @@ inline const Variant* findVariant(const Variant* table, int32_t value) {
 /// The letters A to Z in lower case, whatever the locale.
 constexpr char lowerCase(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
 
-/// Equality of a text with a whole name without regard to ASCII case.
-inline bool equalNames(std::string_view text, const char* name) {
-  for (const char c : text) {
-    if (*name == '\0' || (c != *name && lowerCase(c) != lowerCase(*name))) return false;
-    ++name;
-  }
-  return *name == '\0';
+/// Equality of two names without regard to ASCII case.
+inline bool equalNames(std::string_view a, std::string_view b) {
+  const auto equalLetters = [](char x, char y) { return lowerCase(x) == lowerCase(y); };
+  return a.size() == b.size() &&
+         (a == b || std::equal(a.begin(), a.end(), b.begin(), equalLetters));
 }
 
 /// True for a table that can be searched without surprises: closed by a null name, no value twice,
