@@ -3,6 +3,7 @@
 #include <exception>
 #include <fstream>
 #include <locale>
+#include <memory>
 
 #include "lparams/params/module_objects.h"
 #include "lparams/storage/change_detection.h"
@@ -15,6 +16,7 @@ namespace LPARAMS::Server {
 namespace {
 
 constexpr const char* SETTINGS_FILE_NAME = "localsettings.ini";
+constexpr size_t READ_BUFFER_SIZE = 65536;  // bytes; the file of a hundred users fits
 constexpr const char* WRITTEN = "file: ";
 
 }  // namespace
@@ -63,7 +65,9 @@ bool Server_t::load(LoadLog* log) {
   g_loadlog = log;  // stays set if anything but a std::exception gets out of here
   bool loaded = false;
   try {
+    const auto buffer = std::make_unique_for_overwrite<char[]>(READ_BUFFER_SIZE);
     std::ifstream file;
+    file.rdbuf()->pubsetbuf(buffer.get(), READ_BUFFER_SIZE);
     file.imbue(std::locale::classic());
     file.open(default_file_name_());
     if (file.is_open()) {
