@@ -10,7 +10,7 @@
 namespace LPARAMS::Server {
 
 bool Param::save(std::ostream& os, int indent) {
-  putText(os, indent, std::string_view(name), std::string_view("="));
+  putPieces(os, indent, {name, "="});
   return true;
 }
 

@@ -31,19 +31,22 @@ class StreamAreas : std::streambuf {
     (is.rdbuf()->*&StreamAreas::gbump)(static_cast<int>(size));
   }
 
+  /// The buffer of the stream, if it is to be filled in place; else null.
+  static std::streambuf* fillable(std::ostream& os) {
+    const bool plain =
+        os.good() && os.tie() == nullptr && (os.flags() & std::ios_base::unitbuf) == 0;
+    return plain ? os.rdbuf() : nullptr;
+  }
+
   /// Where the next `size` bytes of output go; null if the buffer has no room for them.
-  static char* room(std::ostream& os, size_t size) {
-    if (!os.good() || os.tie() != nullptr || (os.flags() & std::ios_base::unitbuf) != 0) {
-      return nullptr;
-    }
-    const std::streambuf& buffer = *os.rdbuf();
+  static char* room(const std::streambuf& buffer, size_t size) {
     char* const begin = (buffer.*&StreamAreas::pptr)();
     return size <= bounded((buffer.*&StreamAreas::epptr)() - begin) ? begin : nullptr;
   }
 
   /// REQUIRES: so many bytes of the room have been filled.
-  static void produce(std::ostream& os, size_t size) {
-    (os.rdbuf()->*&StreamAreas::pbump)(static_cast<int>(size));
+  static void produce(std::streambuf& buffer, size_t size) {
+    (buffer.*&StreamAreas::pbump)(static_cast<int>(size));
   }
 
  private:

@@ -5,15 +5,15 @@
 
 #include <charconv>
 #include <concepts>
-#include <cstring>
 #include <initializer_list>
 #include <iterator>
 #include <limits>
 #include <string>
 #include <string_view>
 
+#include "lparams/params/copy_text.h"
 #include "lparams/params/stream_areas.h"
-#include "lparams/params/text_buffer.h"
+#include "lparams/params/text_stream.h"
 
 namespace LPARAMS::Server {
 
@@ -50,28 +50,35 @@ inline constexpr std::string_view LEVEL = "    ";
 /// Appends the pieces as they are, behind the indentation of a nesting level.
 void putPieces(std::ostream& os, int indent, std::initializer_list<std::string_view> pieces);
 
-/// The same, without a call where the stream's buffer has room for the whole.
+/// The same, without a call where the buffer has room for the whole. REQUIRES: the buffer is the
+/// stream's or null.
 template <std::same_as<std::string_view>... Pieces>
-[[gnu::always_inline]] inline void putText(std::ostream& os, int indent, Pieces... pieces) {
-  const size_t blanks = indent > 0 ? static_cast<size_t>(indent) * LEVEL.size() : 0;
+[[gnu::always_inline]] inline void putText(std::ostream& os, std::streambuf* buffer, int indent,
+                                           Pieces... pieces) {
+  constexpr std::string_view BLANKS = "            ";  // as deep as the catalogue; copied whole
+  const size_t blanks = static_cast<size_t>(indent) * LEVEL.size();
   const size_t size = (blanks + ... + pieces.size());
-  char* at = StreamAreas::room(os, size);
+  const bool isShallow = indent >= 0 && blanks <= BLANKS.size();
+  char* at =
+      isShallow && buffer != nullptr ? StreamAreas::room(*buffer, size + BLANKS.size()) : nullptr;
   if (at == nullptr) return putPieces(os, indent, {pieces...});
+  BLANKS.copy(at, BLANKS.size());
+  at += blanks;
   const auto append = [&at](std::string_view piece) {
-    std::memcpy(at, piece.data(), piece.size());
+    copyText(at, piece);
     at += piece.size();
   };
-  for (int level = 0; level < indent; ++level) append(LEVEL);
   (append(pieces), ...);
-  StreamAreas::produce(os, size);
+  StreamAreas::produce(*buffer, size);
 }
 
 /// Appends a line of the pieces and hands it on to the file: every line is written on its own.
 template <std::convertible_to<std::string_view>... Pieces>
 [[gnu::always_inline]] inline void putLine(std::ostream& os, int indent, const Pieces&... pieces) {
-  const bool inMemory = TextBuffer::isUnder(os);
-  putText(os, indent, std::string_view(pieces)..., std::string_view("\n"));
-  if (!inMemory) os.flush();
+  std::streambuf* const memory = TextStream::bufferOf(os);
+  putText(os, memory != nullptr ? memory : StreamAreas::fillable(os), indent,
+          std::string_view(pieces)..., std::string_view("\n"));
+  if (memory == nullptr) os.flush();
 }
 
 // Each extractValue skips white space and reads a value as formatted input in the "C" locale does:

@@ -1,20 +1,16 @@
 #include "lparams/storage/change_detection.h"
 
-#include <locale>
-#include <ostream>
 #include <string>
 #include <utility>
 
-#include "lparams/params/text_buffer.h"
+#include "lparams/params/text_stream.h"
 
 namespace LPARAMS::Server {
 
 void raw_settings_(ParamGroup& group, std::string& out) {
-  TextBuffer text(std::move(out));
-  std::ostream os(&text);
-  os.imbue(std::locale::classic());
+  TextStream os(std::move(out));
   (void)group.save(os, 0);
-  out = text.take();
+  out = os.take();
 }
 
 bool is_not_changed_(ParamGroup& group, const std::string& raw, std::string& current) {

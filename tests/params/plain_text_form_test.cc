@@ -12,6 +12,7 @@
 #include "lparams/catalogue/ike_group.h"
 #include "lparams/catalogue/user_list.h"
 #include "lparams/params/mask_param.h"
+#include "lparams/storage/change_detection.h"
 #include "tests/support/param_forms.h"
 #include "tests/support/recording_load_log.h"
 
@@ -168,6 +169,9 @@ Outcome load(const std::string& text, size_t pieceSize) {
   std::ostream unbuffered(&sink);
   root.save(unbuffered, 0);
   EXPECT_EQ(savedText(root), sink.text);
+  std::string inMemory(pieceSize % 5000, '?');  // of a former text, longer or shorter than this one
+  raw_settings_(root, inMemory);
+  EXPECT_EQ(inMemory, sink.text);
   return {result, log.reports, sink.text};
 }
 
