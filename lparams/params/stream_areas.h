@@ -44,9 +44,9 @@ class StreamAreas : std::streambuf {
     return size <= bounded((buffer.*&StreamAreas::epptr)() - begin) ? begin : nullptr;
   }
 
-  /// REQUIRES: so many bytes of the room have been filled.
-  static void produce(std::streambuf& buffer, size_t size) {
-    (buffer.*&StreamAreas::pbump)(static_cast<int>(size));
+  /// REQUIRES: the room has been filled up to here.
+  static void produce(std::streambuf& buffer, const char* end) {
+    (buffer.*&StreamAreas::pbump)(static_cast<int>(end - (buffer.*&StreamAreas::pptr)()));
   }
 
  private:

@@ -50,34 +50,36 @@ inline constexpr std::string_view LEVEL = "    ";
 /// Appends the pieces as they are, behind the indentation of a nesting level.
 void putPieces(std::ostream& os, int indent, std::initializer_list<std::string_view> pieces);
 
-/// The same, without a call where the buffer has room for the whole. REQUIRES: the buffer is the
-/// stream's or null.
+/// The same in place. Returns false, with nothing done, if the buffer has no room for it or the
+/// nesting is deeper than the catalogue's.
 template <std::same_as<std::string_view>... Pieces>
-[[gnu::always_inline]] inline void putText(std::ostream& os, std::streambuf* buffer, int indent,
-                                           Pieces... pieces) {
-  constexpr std::string_view BLANKS = "            ";  // as deep as the catalogue; copied whole
-  const size_t blanks = static_cast<size_t>(indent) * LEVEL.size();
-  const size_t size = (blanks + ... + pieces.size());
-  const bool isShallow = indent >= 0 && blanks <= BLANKS.size();
-  char* at =
-      isShallow && buffer != nullptr ? StreamAreas::room(*buffer, size + BLANKS.size()) : nullptr;
-  if (at == nullptr) return putPieces(os, indent, {pieces...});
+[[gnu::always_inline]] inline bool putInPlace(std::streambuf& buffer, int indent,
+                                              Pieces... pieces) {
+  constexpr std::string_view BLANKS = "            ";  // copied whole, whatever the level
+  constexpr size_t DEEPEST = BLANKS.size() / LEVEL.size();
+  char* at = StreamAreas::room(buffer, (BLANKS.size() + ... + pieces.size()));
+  const auto level = static_cast<size_t>(indent);
+  if (at == nullptr || level > DEEPEST) return false;
   BLANKS.copy(at, BLANKS.size());
-  at += blanks;
+  at += level * LEVEL.size();
   const auto append = [&at](std::string_view piece) {
     copyText(at, piece);
     at += piece.size();
   };
   (append(pieces), ...);
-  StreamAreas::produce(*buffer, size);
+  StreamAreas::produce(buffer, at);
+  return true;
 }
 
 /// Appends a line of the pieces and hands it on to the file: every line is written on its own.
 template <std::convertible_to<std::string_view>... Pieces>
 [[gnu::always_inline]] inline void putLine(std::ostream& os, int indent, const Pieces&... pieces) {
+  constexpr std::string_view END = "\n";
   std::streambuf* const memory = TextStream::bufferOf(os);
-  putText(os, memory != nullptr ? memory : StreamAreas::fillable(os), indent,
-          std::string_view(pieces)..., std::string_view("\n"));
+  std::streambuf* const buffer = memory != nullptr ? memory : StreamAreas::fillable(os);
+  if (buffer == nullptr || !putInPlace(*buffer, indent, std::string_view(pieces)..., END)) {
+    putPieces(os, indent, {std::string_view(pieces)..., END});
+  }
   if (memory == nullptr) os.flush();
 }
 
