@@ -75,11 +75,16 @@ void Session::stop() {
 void Session::waitUntilWritable() {
   // Not the socket itself: requests that arrive on it shall wake no thread but the session's.
   const int twin = ::fcntl(socket_, F_DUPFD_CLOEXEC, 0);
-  if (twin < 0) return interrupt();
   asio::error_code failed;
-  (void)writable_.assign(twin, failed);
+  if (twin < 0) {
+    failed.assign(errno, asio::error::get_system_category());
+  } else {
+    (void)writable_.assign(twin, failed);
+    if (failed) (void)::close(twin);
+  }
   if (failed) {
-    (void)::close(twin);
+    log(Level::Error, "session closed: its client cannot be waited for",
+        {{"reason", failed.message()}, {"uid", peer_.uid}, {"pid", peer_.pid}});
     return interrupt();
   }
   writable_.async_wait(asio::posix::descriptor_base::wait_write,

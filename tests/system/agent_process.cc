@@ -4,6 +4,7 @@
 #include <sched.h>
 #include <sys/mount.h>
 #include <sys/prctl.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -88,6 +89,15 @@ bool AgentProcess::waitForLog(const std::string& text) {
 }
 
 void AgentProcess::signal(int number) const { (void)kill(id_, number); }
+
+void AgentProcess::limitDescriptors(unsigned limit) const {
+  rlimit limits{};
+  if (prlimit(id_, RLIMIT_NOFILE, nullptr, &limits) == 0) {
+    limits.rlim_cur = limit;
+    if (prlimit(id_, RLIMIT_NOFILE, &limits, nullptr) == 0) return;
+  }
+  throw std::system_error(errno, std::generic_category(), "the agent's descriptors");
+}
 
 bool AgentProcess::runs() {
   int status = 0;

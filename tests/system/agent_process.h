@@ -26,6 +26,9 @@ class AgentProcess {
 
   void signal(int number) const;
 
+  /// The number of descriptors below which the agent's next one has to be.
+  void limitDescriptors(unsigned limit) const;
+
   /// True until the process has ended.
   bool runs();
 

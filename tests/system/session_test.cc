@@ -73,6 +73,20 @@ TEST_F(Sessions, ThatStopHalfWayHoldUpNobody) {
   for (int i = 0; i < 10; ++i) EXPECT_EQ(client.read("ADMIN").result, 1);
 }
 
+TEST_F(Sessions, ThatTheAgentCannotWaitForAreClosedAndTold) {
+  makePolicyLarge();
+  const BridgeClient other = connect();
+  const BridgeClient reader = connect();
+  agent->limitDescriptors(3);
+  reader.send(bridge::encode(bridge::Command{SETTINGS_MODULE, READ_GROUP, groupInput("POLICY")}));
+  EXPECT_TRUE(agent->waitForLog("its client cannot be waited for"));
+  EXPECT_NE(lineWith(agent->logLines(), {"reason=", "Too many open files"}), "");
+  EXPECT_LT(reader.receive(2 * LARGE).size(), LARGE);
+  EXPECT_EQ(other.read("ADMIN").result, 1);
+  agent->limitDescriptors(1000);
+  EXPECT_EQ(connect().read("ADMIN").result, 1);
+}
+
 // Takes as long as the agent's patience, 20 s and up to 5 more.
 TEST_F(Sessions, ThatStopHalfWayAreEndedAndIdleOnesAreNot) {
   makePolicyLarge();
