@@ -27,13 +27,13 @@ namespace {
 
 /// Returns why the settings are not whole; empty if they are.
 std::string loadSettings(LPARAMS::Server::Server_t& server, const StateDirectory& directory,
-                         const StartingPoint& start, bool importing) {
+                         const StartingPoint& start, std::optional<size_t> importing) {
   std::ostringstream defaults;
   (void)server.save(defaults, 0);
   LoadReport report(server);
   bool loaded = false;
   {
-    const LoadLimit limit(start.text.size());
+    const LoadLimit limit(start.text.size() + importing.value_or(0));
     loaded = server.load(&report);
   }
   log(Level::Info, "settings loaded",
@@ -71,7 +71,8 @@ int run(const Options& options, int& phase) {
   phase = EXIT_BAD_CONFIG;
   const StateDirectory directory(options.stateDir);
   StartingPoint start = prepareStart(directory, options.allowDefaults);
-  const bool importing = start.source == StartingPoint::FirstStart && keepLegacySettings(directory);
+  std::optional<size_t> importing;  // bytes
+  if (start.source == StartingPoint::FirstStart) importing = keepLegacySettings(directory);
   setSystemVarDir(directory.path());
 
   phase = EXIT_UNAVAILABLE;

@@ -78,7 +78,7 @@ StartingPoint prepareStart(const StateDirectory& directory, bool allowDefaults) 
   return {StartingPoint::Recovered, std::move(*chosen->text)};
 }
 
-bool keepLegacySettings(const StateDirectory& directory) {
+std::optional<size_t> keepLegacySettings(const StateDirectory& directory) {
   const auto interrupted = readLegacy(directory.importing());
   const auto own = readLegacy(directory.legacy());
   const auto system = readLegacy(LEGACY_SYSTEM_FILE);
@@ -95,7 +95,10 @@ bool keepLegacySettings(const StateDirectory& directory) {
     placeFile(directory.importing(), *system);
   }
   if (system && (own || interrupted)) keepImported(directory, *system);
-  return own || interrupted || system;
+  for (const auto* imported : {&own, &interrupted, &system}) {
+    if (*imported) return (*imported)->size();
+  }
+  return {};
 }
 
 void finishImport(const StateDirectory& directory) {

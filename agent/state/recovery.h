@@ -1,6 +1,8 @@
 // What the agent does to the state directory before the module sees it, and after its load.
 #pragma once
 
+#include <cstddef>
+#include <optional>
 #include <string>
 
 #include "agent/state/state_directory.h"
@@ -27,8 +29,9 @@ struct StartingPoint {
 StartingPoint prepareStart(const StateDirectory& directory, bool allowDefaults);
 
 /// Keeps the settings of earlier versions while the module imports and deletes them. Brings back
-/// those of an import that was cut short. False if there are none. REQUIRES: it is a first start.
-bool keepLegacySettings(const StateDirectory& directory);
+/// those of an import that was cut short. Returns how many bytes will be imported, or nothing if
+/// there are no such settings. REQUIRES: it is a first start.
+std::optional<size_t> keepLegacySettings(const StateDirectory& directory);
 
 /// Gives the kept settings, if there are any, their final name. REQUIRES: what was imported from
 /// them is durable.
