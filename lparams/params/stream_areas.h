@@ -31,7 +31,7 @@ class StreamAreas : std::streambuf {
     (is.rdbuf()->*&StreamAreas::gbump)(static_cast<int>(size));
   }
 
-  /// The buffer of the stream, if it is to be filled in place; else null.
+  /// The buffer of the stream; null where it is not to be filled in place.
   static std::streambuf* fillable(std::ostream& os) {
     const bool plain =
         os.good() && os.tie() == nullptr && (os.flags() & std::ios_base::unitbuf) == 0;

@@ -169,7 +169,7 @@ Outcome load(const std::string& text, size_t pieceSize) {
   std::ostream unbuffered(&sink);
   root.save(unbuffered, 0);
   EXPECT_EQ(savedText(root), sink.text);
-  std::string inMemory(pieceSize % 5000, '?');  // of a former text, longer or shorter than this one
+  std::string inMemory(pieceSize, '?');  // of a former text, longer or shorter than this one
   raw_settings_(root, inMemory);
   EXPECT_EQ(inMemory, sink.text);
   return {result, log.reports, sink.text};
