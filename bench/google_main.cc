@@ -1,38 +1,46 @@
 // The native front end: Google Benchmark.
 //
-// Usage: store_bench MODULE DIRECTORY [options of Google Benchmark]
+// Usage: store_bench MODULE DIRECTORY QUIET [options of Google Benchmark]
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
 #include <exception>
 
-#include "bench/subject.h"
+#include "bench/quiet_processor.h"
 
 namespace {
 
-void registerSubject(const bench::Subject& subject) {
+void registerSubject(const bench::Subject& subject, bench::QuietProcessor& processor) {
   const int batch = bench::batchOf(subject);
-  benchmark::RegisterBenchmark(subject.name.c_str(), [subject, batch](benchmark::State& state) {
+  const auto run = [subject, batch, &processor](benchmark::State& state) {
     while (state.KeepRunningBatch(batch)) {
-      state.SetIterationTime(subject.measure(batch));
+      const auto [seconds, quiet] = processor.measure(subject, batch);
+      state.SetIterationTime(seconds * batch);
+      state.counters["quiet"] = quiet ? 1 : 0;
     }
-  })->UseManualTime();
+  };
+  benchmark::RegisterBenchmark(subject.name.c_str(), run)
+      ->UseManualTime()
+      ->Iterations(batch)
+      ->Repetitions(bench::ROUNDS);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) try {
-  if (argc < 3) return 2;
+  if (argc < 4) return 2;
   const std::string module = argv[1];
   const std::string directory = argv[2];
-  argv[2] = argv[0];
-  int rest = argc - 2;
+  const std::string quiet = argv[3];
+  argv[3] = argv[0];
+  int rest = argc - 3;
   bench::runAll(module, directory, [&](const bench::Subjects& subjects, const bench::Facts& facts) {
     for (const auto& [name, value] : facts) {
       benchmark::AddCustomContext(name, std::to_string(value));
     }
-    for (const bench::Subject& subject : subjects) registerSubject(subject);
-    benchmark::Initialize(&rest, argv + 2);
+    bench::QuietProcessor processor(quiet);
+    for (const bench::Subject& subject : subjects) registerSubject(subject, processor);
+    benchmark::Initialize(&rest, argv + 3);
     benchmark::RunSpecifiedBenchmarks();
   });
   return 0;

@@ -4,10 +4,14 @@
 Usage: report.py PLOT DIRECTORY...
 
 Each DIRECTORY holds store-WIDTH.json and bridge-WIDTH.json of one run. The ratios are those of every
-run, the other figures and the plot those of the last.
+run, the other figures and the plot those of the last. Times are medians of the rounds in which the
+processor was quiet. "Disturbed" is the share of the others, of the subject or of what it is measured
+against: the larger one.
 """
 import json
 import math
+import re
+import statistics
 import sys
 from pathlib import Path
 
@@ -28,27 +32,60 @@ RATIOS = [
     ("write USERS/lparams/100", "write USERS/assignment/100", "<", 1.5, 1.5),
     ("bridge/p50/lparams", "bridge/p50/echo", "<", 1.5, 1.5),
     ("bridge/p50/lparams", "bridge/p50/D-Bus", ">", 4, None),
-    ("load/lparams/10000", "load/lparams/100", "<", 150, 150),
+    ("load/lparams/10000", "100 loads/lparams/100", "<", 150, 150),
     ("resident per user, written", "strings and parameters per user", "<", 2.0, 2.0),
 ]
+WIDTHS = (64, 32)
+QUIET_ROUNDS = 5  # as many make a median
 NANOSECONDS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
 COLOURS = ["#0060a8", "#c03000", "#208020", "#806000", "#8030a0", "#606060"]
 
 
-def read_figures(directory, width):
-    """All figures of one width by name; times in nanoseconds."""
-    figures = {}
-    store = json.loads((directory / f"store-{width}.json").read_text())
+def read_timings(store):
+    """By subject the timings of all rounds: pairs of the nanoseconds and whether it was quiet."""
+    timings = {}
     for timing in store["benchmarks"]:
-        if timing.get("aggregate_name") == "median":
-            name = timing["run_name"].removesuffix("/manual_time")
-            figures[name] = timing["real_time"] * NANOSECONDS[timing["time_unit"]]
-    for name, value in store["context"].items():
-        if name.endswith(" per user") or name.startswith("resident"):
-            figures[name] = float(value)
-    bridge = json.loads((directory / f"bridge-{width}.json").read_text())
-    figures.update({"bridge/" + name: value for name, value in bridge.items()})
-    return figures
+        if timing["run_type"] == "iteration":
+            name = re.sub("/iterations:.*", "", timing["run_name"])
+            time = timing["real_time"] * NANOSECONDS[timing["time_unit"]]
+            timings.setdefault(name, []).append((time, timing["quiet"] == 1))
+    return timings
+
+
+def is_quiet(timings):
+    return sum(was_quiet for _, was_quiet in timings) >= QUIET_ROUNDS
+
+
+def median_of(timings, quiet):
+    """The median of the rounds in which the processor was quiet, or of all."""
+    return statistics.median(time for time, was_quiet in timings if was_quiet or not quiet)
+
+
+class Run:
+    """One run in one width: figures by name, times in nanoseconds, and the rounds behind them."""
+
+    def __init__(self, directory, width):
+        store = json.loads((directory / f"store-{width}.json").read_text())
+        self.timings = read_timings(store)
+        self.figures = {name: median_of(of_subject, is_quiet(of_subject))
+                        for name, of_subject in self.timings.items()}
+        for name, value in store["context"].items():
+            if name.endswith(" per user") or name.startswith("resident"):
+                self.figures[name] = float(value)
+        bridge = json.loads((directory / f"bridge-{width}.json").read_text())
+        self.figures.update({"bridge/" + name: value for name, value in bridge.items()})
+
+    def pair(self, *names):
+        """Two figures to compare: from quiet rounds, or if one has next to none, both from all."""
+        if not all(name in self.timings for name in names):
+            return [self.figures[name] for name in names]
+        quiet = all(is_quiet(self.timings[name]) for name in names)
+        return [median_of(self.timings[name], quiet) for name in names]
+
+    def disturbed(self, *names):
+        """The share of the rounds in which a neighbour disturbed them, of the one that had more."""
+        return max((sum(not was_quiet for _, was_quiet in self.timings[name])
+                    / len(self.timings[name]) for name in names if name in self.timings), default=0)
 
 
 def readable(name, value):
@@ -62,25 +99,24 @@ def readable(name, value):
     return f"{value:.3g} ns"
 
 
-def ratio_of(subject, against, sense, figures):
-    ratio = figures[subject] / figures[against]
-    return ratio if sense == "<" else 1 / ratio
-
-
 def print_ratios(runs):
-    print("| subject | against | bits | subject takes | against takes | ratio | reach | |")
-    print("|---|---|---|---|---|---|---|---|")
+    print("| subject | against | bits | subject takes | against takes | ratio | reach | | disturbed |")
+    print("|---|---|---|---|---|---|---|---|---|")
     for subject, against, sense, *limits in RATIOS:
-        for (width, last), limit in zip(runs[-1].items(), limits):
+        for width, limit in zip(WIDTHS, limits):
+            last = runs[-1][width].figures
             if limit is None or subject not in last or against not in last:
                 continue
-            ratios = [ratio_of(subject, against, sense, run[width]) for run in runs]
+            pairs = [run[width].pair(subject, against) for run in runs]
+            ratios = [one / other if sense == "<" else other / one for one, other in pairs]
             met = all(ratio <= limit if sense == "<" else ratio >= limit for ratio in ratios)
             bound = f"at most {limit}" if sense == "<" else f"at least {limit}"
-            print(f"| {subject} | {against} | {width} | {readable(subject, last[subject])} "
-                  f"| {readable(against, last[against])} "
+            shares = [run[width].disturbed(subject, against) for run in runs]
+            print(f"| {subject} | {against} | {width} | {readable(subject, pairs[-1][0])} "
+                  f"| {readable(against, pairs[-1][1])} "
                   f"| {', '.join(f'{ratio:.2f}' for ratio in ratios)} | {bound} "
-                  f"| {'met' if met else '**missed**'} |")
+                  f"| {'met' if met else '**missed**'} "
+                  f"| {', '.join(f'{share:.0%}' for share in shares) if any(shares) else ''} |")
 
 
 def print_figures(widths):
@@ -134,11 +170,10 @@ def draw(figures, path):
 
 def main():
     plot, *directories = map(Path, sys.argv[1:])
-    runs = [{width: read_figures(directory, width) for width in (64, 32)}
-            for directory in directories]
+    runs = [{width: Run(directory, width) for width in WIDTHS} for directory in directories]
     print_ratios(runs)
-    print_figures(runs[-1])
-    draw(runs[-1][64], plot)
+    print_figures({width: run.figures for width, run in runs[-1].items()})
+    draw(runs[-1][64].figures, plot)
 
 
 main()

@@ -39,13 +39,13 @@ measure() {
   mkdir -p "$to"
   echo "run $1: the store in $width bit" >&2
   if ((width == 64)); then
-    options=(--benchmark_repetitions=45 --benchmark_enable_random_interleaving
-      --benchmark_min_time=0.007 --benchmark_report_aggregates_only
-      --benchmark_out="$to/store-$width.json" --benchmark_out_format=json)
+    options=(--benchmark_enable_random_interleaving --benchmark_out="$to/store-$width.json"
+      --benchmark_out_format=json)
   else
     options=("$to/store-$width.json")
   fi
-  logged "$log" "$from/store_bench" "$products/lparams_server.so" "$here-store" "${options[@]}"
+  logged "$log" "$from/store_bench" "$products/lparams_server.so" "$here-store" \
+    "$results/quiet-$width" "${options[@]}"
   echo "run $1: the bridge in $width bit" >&2
   logged "$log" taskset -c "$processor" "$from/bridge_bench" "$products/lparams_agent" \
     "$here-bridge" "$to/bridge-$width.json"

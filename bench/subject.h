@@ -73,6 +73,9 @@ std::function<double(int)> timed(Prepare prepare, Run run) {
   };
 }
 
+/// Each subject has its turn in each round.
+constexpr int ROUNDS = 45;
+
 /// How often to execute a subject in one go, so that reading the clock does not count.
 int batchOf(const Subject& subject);
 
