@@ -7,6 +7,7 @@
 #include <exception>
 
 #include "bench/quiet_processor.h"
+#include "bench/subject.h"
 
 namespace {
 

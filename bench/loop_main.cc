@@ -8,6 +8,8 @@
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <random>
+#include <utility>
+#include <vector>
 
 #include "bench/quiet_processor.h"
 #include "bench/subject.h"

@@ -12,7 +12,7 @@ namespace bench {
 /// A neighbour on the core, in another virtual machine say, slows locks, stores and allocations by
 /// a third and more, and a search through memory not at all: figures of such times do not compare.
 /// He comes and goes within milliseconds, so a timing counts if the processor was quiet right
-/// before it and right after it, which some thousand cycles of stores tell. Every subject is
+/// before it and right after it, which some microseconds of stores tell. Every subject is
 /// treated alike, and what it took itself is not looked at.
 ///
 /// Not thread-safe.

@@ -32,7 +32,7 @@ RATIOS = [
     ("write USERS/lparams/100", "write USERS/assignment/100", "<", 1.5, 1.5),
     ("bridge/p50/lparams", "bridge/p50/echo", "<", 1.5, 1.5),
     ("bridge/p50/lparams", "bridge/p50/D-Bus", ">", 4, None),
-    ("load/lparams/10000", "100 loads/lparams/100", "<", 150, 150),
+    ("load/lparams/10000", "load/lparams/100", "<", 150, 150),
     ("resident per user, written", "strings and parameters per user", "<", 2.0, 2.0),
 ]
 WIDTHS = (64, 32)
@@ -52,7 +52,7 @@ def read_timings(store):
     return timings
 
 
-def is_quiet(timings):
+def enough_quiet(timings):
     return sum(was_quiet for _, was_quiet in timings) >= QUIET_ROUNDS
 
 
@@ -67,7 +67,7 @@ class Run:
     def __init__(self, directory, width):
         store = json.loads((directory / f"store-{width}.json").read_text())
         self.timings = read_timings(store)
-        self.figures = {name: median_of(of_subject, is_quiet(of_subject))
+        self.figures = {name: median_of(of_subject, enough_quiet(of_subject))
                         for name, of_subject in self.timings.items()}
         for name, value in store["context"].items():
             if name.endswith(" per user") or name.startswith("resident"):
@@ -79,7 +79,7 @@ class Run:
         """Two figures to compare: from quiet rounds, or if one has next to none, both from all."""
         if not all(name in self.timings for name in names):
             return [self.figures[name] for name in names]
-        quiet = all(is_quiet(self.timings[name]) for name in names)
+        quiet = all(enough_quiet(self.timings[name]) for name in names)
         return [median_of(self.timings[name], quiet) for name in names]
 
     def disturbed(self, *names):

@@ -38,16 +38,6 @@ void addStoreSubjects(Subjects& subjects, const Place& place, unsigned users) {
     subjects.push_back({nameOf("load", users),
                         timed([store] { store->clearUsers(); }, [store] { store->load(); })});
   }
-  if (users == 100) {
-    // What a load of 10,000 users is measured against: it takes about as long, too long for a quiet
-    // moment, so that a neighbour slows both alike. The time is that of one.
-    auto store = makeStore(place, "loads", users);
-    subjects.push_back(
-        {nameOf("100 loads", users),
-         [loads = timed([store] { store->clearUsers(); }, [store] { store->load(); })](int times) {
-           return loads(100 * times) / 100;
-         }});
-  }
   {
     // With a snapshot of another length the text is built, and no byte of it compared.
     auto store = makeStore(place, "text", users);
