@@ -1,3 +1,7 @@
+// The narrow calls and the wide ones are defined here: their names have to stay two.
+#undef _FILE_OFFSET_BITS
+#undef _TIME_BITS
+
 #include "tests/module/file_calls.h"
 
 #include <fcntl.h>

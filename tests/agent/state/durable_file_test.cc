@@ -128,6 +128,12 @@ TEST_F(DurableFile, ReadsUpToTheLimit) {
   EXPECT_EQ(readFile(directory_.at("absent"), 100), std::nullopt);
 }
 
+TEST_F(DurableFile, ReadsTheBeginningOfAHugeFile) {
+  directory_.write("file", "12345");
+  ASSERT_EQ(::truncate(file_.c_str(), off_t{3} << 30), 0);
+  EXPECT_EQ(readFile(file_, 4), "1234");
+}
+
 TEST_F(DurableFile, ReadsNothingButRegularFiles) {
   (void)::mkdir(directory_.at("directory").c_str(), 0700);
   (void)::mkfifo(directory_.at("fifo").c_str(), 0600);

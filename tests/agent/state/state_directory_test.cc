@@ -1,5 +1,6 @@
 #include "agent/state/state_directory.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -51,6 +52,13 @@ TEST_F(StateDirectoryTest, Modes) {
     (void)::chmod(path_.c_str(), row.mode);
     EXPECT_EQ(refusalOf(path_), row.refused ? refusal : "") << std::oct << row.mode;
   }
+}
+
+TEST_F(StateDirectoryTest, MayBeChangedAfter2038) {
+  const timespec in2100{4102444800, 0};
+  const timespec times[] = {in2100, in2100};
+  ASSERT_EQ(::utimensat(AT_FDCWD, path_.c_str(), times, 0), 0);
+  EXPECT_EQ(refusalOf(path_), "");
 }
 
 TEST_F(StateDirectoryTest, MustBeADirectory) {
