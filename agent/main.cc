@@ -20,6 +20,7 @@
 #include "agent/state/recovery.h"
 #include "agent/state/save_hook.h"
 #include "agent/state/settings_keeper.h"
+#include "agent/state/settings_text.h"
 #include "agent/state/state_directory.h"
 
 namespace agent {
@@ -44,7 +45,7 @@ std::string loadSettings(LPARAMS::Server::Server_t& server, const StateDirectory
   // The module takes what it cannot open for a file that is not there, and reports nothing.
   const bool onlyDefaults = report.reports() == 0 && server.rawSettings == defaults.str();
   if (onlyDefaults && start.source != StartingPoint::FirstStart &&
-      start.text != server.rawSettings) {
+      withoutByteOrderMark(start.text) != server.rawSettings) {
     return "nothing was read from the settings file";
   }
   if (importing && markupDocumentsRead() == 0) {

@@ -26,7 +26,7 @@ std::string incompleteBecause(std::string_view text) {
   if (text.empty()) return "it is empty";
   if (text.size() > MAX_SETTINGS_SIZE) return "it is larger than 16 MiB";
   if (text.find('\0') != std::string_view::npos) return "it holds a zero byte";
-  if (text.starts_with(BYTE_ORDER_MARK)) text.remove_prefix(BYTE_ORDER_MARK.size());
+  text = withoutByteOrderMark(text);
   if (!text.starts_with(ROOT_HEAD)) return "it does not begin with " + std::string(ROOT_HEAD);
   text.remove_prefix(ROOT_HEAD.size());
 
@@ -46,6 +46,11 @@ std::string incompleteBecause(std::string_view text) {
   }
   if (!withoutLeadingBlanks(text).empty()) return "text follows the end of its root block";
   return {};
+}
+
+std::string_view withoutByteOrderMark(std::string_view text) {
+  if (text.starts_with(BYTE_ORDER_MARK)) text.remove_prefix(BYTE_ORDER_MARK.size());
+  return text;
 }
 
 }  // namespace agent

@@ -1,4 +1,4 @@
-// Whether a text is a whole settings file.
+// The text of a settings file, and whether it is whole.
 #pragma once
 
 #include <string>
@@ -14,5 +14,8 @@ inline constexpr size_t MAX_SETTINGS_SIZE = 16 * 1024 * 1024;
 /// the root's end line, and holds no zero byte. Reads keys as the module does: up to the next "=",
 /// over line ends, without the white space before them.
 std::string incompleteBecause(std::string_view text);
+
+/// The text behind the byte-order mark that some editors put in front.
+std::string_view withoutByteOrderMark(std::string_view text);
 
 }  // namespace agent

@@ -144,6 +144,17 @@ TEST_F(Save, ADoubtfulStartMayBeRepeated) {
   }
 }
 
+TEST_F(Save, DefaultsThatAnEditorHasMarkedAreNoDoubt) {
+  state_.remove(SETTINGS);
+  start();
+  kill();
+  const std::string marked = "\xEF\xBB\xBF" + state_.text(SETTINGS);
+  state_.write(SETTINGS, marked);
+  start();
+  EXPECT_EQ(state("degraded"), "no");
+  expectBothHold(marked);
+}
+
 TEST_F(Save, AtTheEndIfItIsWanted) {
   start({"--save-on-exit"});
   set("IKE.IKE_PORT=501");
