@@ -32,14 +32,14 @@ int main(int argc, char** argv) try {
   if (argc < 4) return 2;
   const std::string module = argv[1];
   const std::string directory = argv[2];
-  const std::string quiet = argv[3];
+  const std::string quietFile = argv[3];
   argv[3] = argv[0];
   int rest = argc - 3;
   bench::runAll(module, directory, [&](const bench::Subjects& subjects, const bench::Facts& facts) {
     for (const auto& [name, value] : facts) {
       benchmark::AddCustomContext(name, std::to_string(value));
     }
-    bench::QuietProcessor processor(quiet);
+    bench::QuietProcessor processor(quietFile);
     for (const bench::Subject& subject : subjects) registerSubject(subject, processor);
     benchmark::Initialize(&rest, argv + 3);
     benchmark::RunSpecifiedBenchmarks();
