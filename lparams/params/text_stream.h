@@ -11,11 +11,13 @@
 namespace LPARAMS::Server {
 
 /// A stream that keeps all that is written to it, in the memory of a former text. It is in the "C"
-/// locale. Not thread-safe.
+/// locale. Whatever makes it fail is thrown, so that half a text is never taken for the whole one.
+/// Not thread-safe.
 class TextStream final : public std::ostream {
  public:
   explicit TextStream(std::string memory) : std::ostream(nullptr), buffer_(std::move(memory)) {
     rdbuf(&buffer_);
+    exceptions(std::ios::badbit | std::ios::failbit);
     imbue(std::locale::classic());
   }
 

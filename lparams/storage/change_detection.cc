@@ -1,21 +1,26 @@
 #include "lparams/storage/change_detection.h"
 
 #include <string>
-#include <utility>
 
 #include "lparams/params/text_stream.h"
 
 namespace LPARAMS::Server {
+namespace {
 
-void raw_settings_(ParamGroup& group, std::string& out) {
-  TextStream os(std::move(out));
+/// The text that a save would write now, built apart from any other: one that breaks off is given
+/// up with its memory. `size` is the size to expect.
+std::string currentText(ParamGroup& group, size_t size) {
+  TextStream os(std::string(size, '\0'));
   (void)group.save(os, 0);
-  out = os.take();
+  return os.take();
 }
 
+}  // namespace
+
+void raw_settings_(ParamGroup& group, std::string& out) { out = currentText(group, out.size()); }
+
 bool is_not_changed_(ParamGroup& group, const std::string& raw, std::string& current) {
-  current.resize(raw.size());  // the text seldom changes its size
-  raw_settings_(group, current);
+  current = currentText(group, raw.size());  // the text seldom changes its size
   return !raw.empty() && raw == current;
 }
 

@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <new>
+#include <utility>
 
 namespace host {
 namespace {
@@ -11,6 +12,10 @@ constinit thread_local int allocationsLeft = 0;
 }  // namespace
 
 void failAllocation(int number) { allocationsLeft = number; }
+bool allocationHasFailed() { return allocationsLeft == 0; }
+
+OwnAllocations::OwnAllocations() : left_(std::exchange(allocationsLeft, 0)) {}
+OwnAllocations::~OwnAllocations() { allocationsLeft = left_; }
 
 }  // namespace host
 
@@ -23,7 +28,11 @@ void* operator new(size_t size) {
   return memory;
 }
 
+void* operator new[](size_t size) { return operator new(size); }
+
 void operator delete(void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, size_t /*size*/) noexcept { std::free(memory); }
+void operator delete[](void* memory) noexcept { std::free(memory); }
+void operator delete[](void* memory, size_t /*size*/) noexcept { std::free(memory); }
 
 #pragma GCC visibility pop

@@ -13,6 +13,7 @@
 #include <string_view>
 
 #include "tests/module/call_log.h"
+#include "tests/module/failing_allocation.h"
 #include "tests/module/next_function.h"
 
 namespace host {
@@ -116,11 +117,13 @@ int fclose(FILE* stream) {
 }
 
 int remove(const char* path) noexcept {
+  const host::OwnAllocations own;
   host::recordFile("remove", path);
   return host::isHidden(path) ? -1 : host::nextFunction<int(const char*)>("remove")(path);
 }
 
 int rename(const char* from, const char* to) noexcept {
+  const host::OwnAllocations own;
   std::string_view target(to);
   if (target.starts_with(host::watched)) target.remove_prefix(host::watched.size());
   host::recordFile("rename", from, " " + std::string(target));

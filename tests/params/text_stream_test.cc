@@ -78,6 +78,12 @@ TEST(TextStream, GivesBackMemoryThatIsFarTooLarge) {
   EXPECT_LT(text.capacity(), 1000u);
 }
 
+TEST(TextStream, ThrowsWhatMakesItFail) {
+  TextStream os{std::string()};
+  EXPECT_THROW(os.setstate(std::ios::badbit), std::ios::failure);
+  EXPECT_THROW(os.setstate(std::ios::failbit), std::ios::failure);
+}
+
 TEST(TextStream, IsKnownByItsBufferAndOtherStreamsAreNot) {
   TextStream os{std::string()};
   EXPECT_EQ(TextStream::bufferOf(os), os.rdbuf());
