@@ -6,7 +6,7 @@
 #include <csignal>
 #include <string_view>
 
-#include "agent/exit_codes.h"
+#include "agent/base/exit_status.h"
 
 namespace agent {
 namespace {

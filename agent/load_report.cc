@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "agent/param_words.h"
+#include "agent/base/param_words.h"
 
 namespace agent {
 namespace {

@@ -1,7 +1,7 @@
 // Tells the operator, in words, what a load of the settings could not take.
 #pragma once
 
-#include "agent/log.h"
+#include "agent/base/log.h"
 #include "lparams/params/load_log.h"
 #include "lparams/server.h"
 

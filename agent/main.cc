@@ -5,54 +5,24 @@
 #include <csignal>
 #include <exception>
 #include <optional>
-#include <sstream>
 #include <string>
+#include <utility>
 
-#include "agent/exit_codes.h"
-#include "agent/load_limit.h"
-#include "agent/load_report.h"
-#include "agent/log.h"
+#include "agent/base/exit_status.h"
+#include "agent/base/log.h"
+#include "agent/base/start_failure.h"
+#include "agent/load_settings.h"
 #include "agent/module.h"
 #include "agent/options.h"
+#include "agent/save_hook.h"
 #include "agent/serve.h"
-#include "agent/services/markup_count.h"
 #include "agent/services/paths_service.h"
 #include "agent/state/recovery.h"
-#include "agent/state/save_hook.h"
 #include "agent/state/settings_keeper.h"
-#include "agent/state/settings_text.h"
 #include "agent/state/state_directory.h"
 
 namespace agent {
 namespace {
-
-/// Returns why the settings are not whole; empty if they are.
-std::string loadSettings(LPARAMS::Server::Server_t& server, const StateDirectory& directory,
-                         const StartingPoint& start, std::optional<size_t> importing) {
-  std::ostringstream defaults;
-  (void)server.save(defaults, 0);
-  LoadReport report(server);
-  bool loaded = false;
-  {
-    const LoadLimit limit(start.text.size() + importing.value_or(0));
-    loaded = server.load(&report);
-  }
-  log(Level::Info, "settings loaded",
-      {{"state-dir", directory.path()}, {"reports", report.reports()}});
-  if (!loaded) return "the settings file was not read to its end";
-  if (report.groupsMissing()) return "the settings file lacks groups";
-
-  // The module takes what it cannot open for a file that is not there, and reports nothing.
-  const bool onlyDefaults = report.reports() == 0 && server.rawSettings == defaults.str();
-  if (onlyDefaults && start.source != StartingPoint::FirstStart &&
-      withoutByteOrderMark(start.text) != server.rawSettings) {
-    return "nothing was read from the settings file";
-  }
-  if (importing && markupDocumentsRead() == 0) {
-    return "the settings of earlier versions could not be read";
-  }
-  return {};
-}
 
 /// Returns the exit status.
 int endWithUnsaved(const Options& options, Module& module, SettingsKeeper& keeper) {
@@ -67,25 +37,23 @@ int endWithUnsaved(const Options& options, Module& module, SettingsKeeper& keepe
   return EXIT_NOT_SAVED;
 }
 
-/// `phase` is what the exit status says if it throws.
-int run(const Options& options, int& phase) {
-  phase = EXIT_BAD_CONFIG;
+/// Returns the exit status.
+int run(const Options& options) {
   const StateDirectory directory(options.stateDir);
-  StartingPoint start = prepareStart(directory, options.allowDefaults);
   std::optional<size_t> importing;  // bytes
-  if (start.source == StartingPoint::FirstStart) importing = keepLegacySettings(directory);
+  StartingPoint start = startStep(EXIT_BAD_CONFIG, [&] {
+    StartingPoint prepared = prepareStart(directory, options.allowDefaults);
+    if (prepared.source == StartingPoint::FirstStart) importing = keepLegacySettings(directory);
+    return prepared;
+  });
   setSystemVarDir(directory.path());
 
-  phase = EXIT_UNAVAILABLE;
   Module module(options.module);
   std::string doubt = loadSettings(module.server(), directory, start, importing);
-
-  phase = EXIT_NOT_SAVED;
   SettingsKeeper keeper(module.server(), directory);
-  keeper.adopt(std::move(start), std::move(doubt));
+  startStep(EXIT_NOT_SAVED, [&] { keeper.adopt(std::move(start), std::move(doubt)); });
   const SaveHook hook(module.server(), keeper);
 
-  phase = EXIT_UNAVAILABLE;
   serve(options, module.server(), keeper);
   const int status = endWithUnsaved(options, module, keeper);
   log(Level::Info, "stopped");
@@ -93,15 +61,14 @@ int run(const Options& options, int& phase) {
 }
 
 int runOrExplain(const Options& options) {
-  int phase = EXIT_UNAVAILABLE;
   try {
-    return run(options, phase);
-  } catch (const DirectoryInUse& error) {
-    log(Level::Error, error.what());
-    return EXIT_IN_USE;
+    return run(options);
+  } catch (const StartFailure& failure) {
+    log(Level::Error, failure.what());
+    return failure.exitStatus;
   } catch (const std::exception& error) {
     log(Level::Error, error.what());
-    return phase;
+    return EXIT_UNAVAILABLE;
   }
 }
 

@@ -2,7 +2,7 @@
 
 #include <dlfcn.h>
 
-#include <stdexcept>
+#include "agent/base/start_failure.h"
 
 namespace agent {
 namespace {
@@ -10,7 +10,7 @@ namespace {
 constexpr const char* SERVER_SYMBOL = "_ZN7LPARAMS6serverE";  // LPARAMS::server
 
 [[noreturn]] void fail(const std::string& path) {
-  throw std::runtime_error("module " + path + " cannot be loaded: " + ::dlerror());
+  throw StartFailure(EXIT_UNAVAILABLE, "module " + path + " cannot be loaded: " + ::dlerror());
 }
 
 }  // namespace
@@ -21,7 +21,8 @@ Module::Module(const std::string& path) : handle_(::dlopen(path.c_str(), RTLD_NO
   if (symbol == nullptr) {
     const std::string reason = ::dlerror();
     (void)::dlclose(handle_);
-    throw std::runtime_error("module " + path + " is not the settings module: " + reason);
+    throw StartFailure(EXIT_UNAVAILABLE,
+                       "module " + path + " is not the settings module: " + reason);
   }
   server_ = *static_cast<LPARAMS::Server::Server_t* const*>(symbol);
 }

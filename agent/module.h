@@ -11,7 +11,7 @@ namespace agent {
 /// listener back and unmaps the module.
 class Module {
  public:
-  /// Throws std::runtime_error, with the loader's words, if the file is no such module.
+  /// Throws StartFailure, with the loader's words, if the file is no such module.
   explicit Module(const std::string& path);
   ~Module();
 

@@ -3,7 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <filesystem>
 
-#include "agent/exit_codes.h"
+#include "agent/base/exit_status.h"
 
 namespace agent {
 namespace {

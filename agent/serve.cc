@@ -9,16 +9,16 @@
 #include <stop_token>
 #include <thread>
 
+#include "agent/base/exit_status.h"
+#include "agent/base/log.h"
+#include "agent/base/stop_wait.h"
 #include "agent/bridge/authorisation.h"
 #include "agent/bridge/bridge_server.h"
 #include "agent/bridge/change_tracker.h"
 #include "agent/bridge/command_service.h"
 #include "agent/bridge/record_check.h"
-#include "agent/exit_codes.h"
-#include "agent/log.h"
 #include "agent/service_manager.h"
 #include "agent/status.h"
-#include "agent/stop_wait.h"
 #include "agent/watchdog.h"
 
 namespace agent {

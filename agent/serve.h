@@ -8,7 +8,7 @@
 namespace agent {
 
 /// Returns after SIGTERM or SIGINT, when every running command has been answered; ends the process
-/// with EXIT_STUCK if that takes too long. Throws std::exception, in words, if it cannot listen.
+/// with EXIT_STUCK if that takes too long. Throws StartFailure if it cannot listen.
 void serve(const Options& options, LPARAMS::Server::Server_t& server, SettingsKeeper& keeper);
 
 }  // namespace agent

@@ -3,7 +3,7 @@
 #include <asio/post.hpp>
 #include <utility>
 
-#include "agent/stop_wait.h"
+#include "agent/base/stop_wait.h"
 
 namespace agent {
 

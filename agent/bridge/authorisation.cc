@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "agent/bridge/bridge_session.h"
+#include "agent/base/bridge_session.h"
 #include "platform/command_bridge.h"
 
 namespace agent {
@@ -58,8 +58,9 @@ bool _BridgeServerSide_AuthSession(BridgeSession& session, ModuleIdType module, 
     const auto number = group.empty() ? std::nullopt : AccessRules::numberOf(group);
     if (number && agent::isMember(session, *number)) return true;
   }
-  session.refusal = "user " + std::to_string(session.uid) + " may not use module " +
-                    std::to_string(module) + " at level " + std::to_string(level) +
-                    "; the agent's user, root and the members of the group \"" + group + "\" may";
+  session.command.refusal = "user " + std::to_string(session.uid) + " may not use module " +
+                            std::to_string(module) + " at level " + std::to_string(level) +
+                            "; the agent's user, root and the members of the group \"" + group +
+                            "\" may";
   return false;
 }

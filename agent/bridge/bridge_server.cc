@@ -9,12 +9,12 @@
 
 #include <cerrno>
 #include <filesystem>
-#include <stdexcept>
 #include <system_error>
 #include <utility>
 #include <vector>
 
-#include "agent/log.h"
+#include "agent/base/log.h"
+#include "agent/base/start_failure.h"
 
 namespace agent {
 namespace {
@@ -27,7 +27,7 @@ constexpr size_t MAX_SESSIONS = 256;
 constexpr std::chrono::milliseconds RETRY_PAUSE{100};
 
 [[noreturn]] void fail(const std::string& path, const std::string& reason) {
-  throw std::runtime_error("socket " + path + " " + reason);
+  throw StartFailure(EXIT_UNAVAILABLE, "socket " + path + " " + reason);
 }
 
 stream_protocol::endpoint endpointAt(const std::string& path) {

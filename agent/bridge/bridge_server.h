@@ -21,7 +21,7 @@ class BridgeServer {
  public:
   /// Starts to listen. A directory that is not there is made, and a socket that nobody listens on
   /// any more is replaced. The socket can be used by the agent's user and, if given, by the members
-  /// of the group. Throws std::runtime_error, in words, if the path cannot be listened on or others
+  /// of the group. Throws StartFailure if the path cannot be listened on or others
   /// can enter its directory. Threads of the process have small stacks from then on. REQUIRES: the
   /// context and the service outlive the server.
   BridgeServer(asio::io_context& io, std::string path, std::optional<gid_t> group,

@@ -5,7 +5,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include "agent/bridge/bridge_session.h"
+#include "agent/base/bridge_session.h"
 
 namespace agent {
 namespace {

@@ -25,9 +25,7 @@ Reply failure(Reason reason, std::string text) { return {0, reason, std::move(te
 class CurrentSession {
  public:
   CurrentSession(BridgeSession& session, bool force) : session_(session) {
-    session.force = force;
-    session.refusal.clear();
-    session.saveFailure.clear();
+    session.command = {.force = force};
     BridgeSession::current() = &session_;
   }
   ~CurrentSession() { BridgeSession::current() = nullptr; }
@@ -51,8 +49,12 @@ Reply call(BridgeSession& session, const bridge::Command& command) {
       reply.result = result.value;
       return reply;
     case Outcome::Refused:
-      if (!session.refusal.empty()) return failure(Reason::NotAuthorised, session.refusal);
-      if (!session.saveFailure.empty()) return failure(Reason::SaveRefused, session.saveFailure);
+      if (const std::string& refusal = session.command.refusal; !refusal.empty()) {
+        return failure(Reason::NotAuthorised, refusal);
+      }
+      if (const std::string& reason = session.command.saveFailure; !reason.empty()) {
+        return failure(Reason::SaveRefused, reason);
+      }
       return failure(Reason::ModuleRefused, "the module does not know this command or its subject");
     case Outcome::MalformedInput:
       return failure(Reason::MalformedInput,
@@ -95,9 +97,9 @@ Reply CommandService::readGroup(BridgeSession& session, const bridge::Command& c
 
 Reply CommandService::writeGroup(BridgeSession& session, const bridge::Command& command) {
   // The module authorises the write too; here it comes first, so that a stranger learns nothing.
-  session.refusal.clear();
+  session.command = {};
   if (!_BridgeServerSide_AuthSession(session, LPARAMS_MODULE_ID, WRITE_ACCESS)) {
-    return failure(Reason::NotAuthorised, session.refusal);
+    return failure(Reason::NotAuthorised, session.command.refusal);
   }
   if (check_ != nullptr) {
     if (std::string refusal = check_->refusal(command.input); !refusal.empty()) {

@@ -5,7 +5,7 @@
 #include <mutex>
 #include <string>
 
-#include "agent/bridge/bridge_session.h"
+#include "agent/base/bridge_session.h"
 #include "agent/bridge/change_tracker.h"
 #include "agent/bridge/record_check.h"
 #include "bridge/protocol.h"

@@ -8,7 +8,7 @@
 #include <mutex>
 #include <string>
 
-#include "agent/bridge/bridge_session.h"
+#include "agent/base/bridge_session.h"
 #include "platform/command_bridge.h"
 
 namespace agent {

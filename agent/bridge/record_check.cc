@@ -5,8 +5,8 @@
 #include <cstring>
 #include <stdexcept>
 
-#include "agent/log.h"
-#include "agent/param_words.h"
+#include "agent/base/log.h"
+#include "agent/base/param_words.h"
 #include "lparams/params/enum_param.h"
 #include "lparams/params/numeric_param.h"
 

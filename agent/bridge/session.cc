@@ -13,8 +13,8 @@
 #include <utility>
 #include <variant>
 
+#include "agent/base/log.h"
 #include "agent/bridge/listener_registry.h"
-#include "agent/log.h"
 #include "bridge/protocol.h"
 
 namespace agent {

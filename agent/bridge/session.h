@@ -14,7 +14,7 @@
 #include <string_view>
 #include <thread>
 
-#include "agent/bridge/bridge_session.h"
+#include "agent/base/bridge_session.h"
 #include "agent/bridge/command_service.h"
 #include "agent/bridge/outbox.h"
 

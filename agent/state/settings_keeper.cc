@@ -5,7 +5,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include "agent/log.h"
+#include "agent/base/log.h"
 #include "agent/state/durable_file.h"
 #include "agent/state/settings_text.h"
 

@@ -1,22 +1,15 @@
 // The directory that holds the settings, and the names of what may lie in it.
 #pragma once
 
-#include <stdexcept>
 #include <string>
 
 namespace agent {
 
-/// Another agent uses the directory.
-class DirectoryInUse : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
-
 /// Holds the directory for one agent, as long as it lives.
 class StateDirectory {
  public:
-  /// Throws std::runtime_error, in words, unless the path is a directory that belongs to the
-  /// agent's user and that nobody else can write to; DirectoryInUse if another agent holds it.
+  /// Throws StartFailure unless the path is a directory that belongs to the agent's user, that
+  /// nobody else can write to and that no other agent holds.
   explicit StateDirectory(std::string path);
   ~StateDirectory();
 

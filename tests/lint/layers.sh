@@ -13,15 +13,19 @@ declare -A may_include=(
   [lparams/storage]='platform lparams/params lparams/catalogue'
   [lparams]='platform lparams/params lparams/catalogue lparams/storage'
   [bridge]=''
-  [agent]='platform lparams lparams/params lparams/catalogue bridge'
+  [agent/base]='platform lparams/params'
+  [agent/services]='platform agent/base'
+  [agent/state]='platform lparams lparams/params lparams/catalogue agent/base'
+  [agent/bridge]='platform lparams lparams/params lparams/catalogue bridge agent/base'
+  [agent]='platform lparams lparams/params lparams/catalogue agent/base agent/services agent/state agent/bridge'
   [client]='platform lparams/params lparams/catalogue bridge'
   [tools]='platform lparams/params lparams/catalogue'
 )
 
-# Every folder of lparams/ is a layer; elsewhere only the folders at the root are.
+# Every folder of lparams/ and of agent/ is a layer; elsewhere only the folders at the root are.
 layer_of() {
   local folder=${1%/*}
-  [[ $folder == lparams/* ]] && echo "$folder" || echo "${folder%%/*}"
+  [[ $folder == @(lparams|agent)/* ]] && echo "$folder" || echo "${folder%%/*}"
 }
 
 faults=0

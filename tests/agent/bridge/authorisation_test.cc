@@ -75,9 +75,10 @@ TEST(Authorisation, TheRefusalSaysWhoMay) {
   const agent_testing::ServedModule module({.adminGroup = GROUP});
   BridgeSession session(strangersUid(), 65534, 1, {});
   EXPECT_FALSE(_BridgeServerSide_AuthSession(session, LPARAMS_MODULE_ID, 2));
-  EXPECT_EQ(session.refusal, "user " + std::to_string(strangersUid()) +
-                                 " may not use module 13 at level 2; the agent's user, root and "
-                                 "the members of the group \"daemon\" may");
+  EXPECT_EQ(session.command.refusal,
+            "user " + std::to_string(strangersUid()) +
+                " may not use module 13 at level 2; the agent's user, root and "
+                "the members of the group \"daemon\" may");
 }
 
 TEST(Authorisation, WithoutRulesOnlyTheAgentsUserAndRootAreIn) {

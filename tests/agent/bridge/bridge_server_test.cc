@@ -8,6 +8,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "agent/base/start_failure.h"
 #include "tests/agent/another_user.h"
 #include "tests/agent/bridge/raw_client.h"
 #include "tests/agent/bridge/served_module.h"
@@ -26,7 +27,7 @@ std::string refusalOf(ServedModule& served, const std::string& path) {
     asio::io_context io;
     const BridgeServer server(io, path, std::nullopt, served.service());
     return "";
-  } catch (const std::runtime_error& error) {
+  } catch (const StartFailure& error) {
     return error.what();
   }
 }

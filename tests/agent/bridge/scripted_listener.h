@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "agent/bridge/bridge_session.h"
+#include "agent/base/bridge_session.h"
 #include "platform/command_bridge.h"
 
 namespace agent_testing {

@@ -6,8 +6,8 @@
 #include <optional>
 #include <string>
 
+#include "agent/base/bridge_session.h"
 #include "agent/bridge/authorisation.h"
-#include "agent/bridge/bridge_session.h"
 #include "agent/bridge/change_tracker.h"
 #include "agent/bridge/command_service.h"
 #include "agent/bridge/record_check.h"

@@ -9,18 +9,21 @@
 #include <filesystem>
 #include <optional>
 
+#include "agent/base/start_failure.h"
 #include "tests/agent/state/scratch_directory.h"
 
 namespace agent {
 namespace {
 
-/// What keeps the directory from being used; empty if it can be.
-std::string refusalOf(const std::string& path) {
+/// What keeps the directory from being used; empty if it can be. Expects the exit status that goes
+/// with it.
+std::string refusalOf(const std::string& path, int exitStatus = EXIT_BAD_CONFIG) {
   try {
     const StateDirectory directory(path);
     return {};
-  } catch (const std::runtime_error& error) {
-    return error.what();
+  } catch (const StartFailure& failure) {
+    EXPECT_EQ(failure.exitStatus, exitStatus);
+    return failure.what();
   }
 }
 
@@ -80,8 +83,8 @@ TEST_F(StateDirectoryTest, MustBelongToTheAgentsUser) {
 
 TEST_F(StateDirectoryTest, HasOneHolder) {
   std::optional<StateDirectory> first(path_);
-  EXPECT_THROW({ const StateDirectory second(path_); }, DirectoryInUse);
-  EXPECT_EQ(refusalOf(path_), "state directory " + path_ + " is in use by another agent");
+  EXPECT_EQ(refusalOf(path_, EXIT_IN_USE),
+            "state directory " + path_ + " is in use by another agent");
   first.reset();
   EXPECT_EQ(refusalOf(path_), "");
 }
@@ -90,7 +93,7 @@ TEST_F(StateDirectoryTest, HasOneHolderAmongProcesses) {
   const StateDirectory held(path_);
   const std::string expected = "state directory " + path_ + " is in use by another agent";
   const pid_t child = ::fork();
-  if (child == 0) ::_exit(refusalOf(path_) == expected ? 0 : 1);
+  if (child == 0) ::_exit(refusalOf(path_, EXIT_IN_USE) == expected ? 0 : 1);
   int status = -1;
   ASSERT_EQ(::waitpid(child, &status, 0), child);
   EXPECT_EQ(status, 0);

@@ -9,7 +9,7 @@
 #include <sstream>
 #include <thread>
 
-#include "agent/exit_codes.h"
+#include "agent/base/exit_status.h"
 #include "bridge/protocol.h"
 #include "client/record.h"
 #include "client/settings.h"

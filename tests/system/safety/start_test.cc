@@ -3,7 +3,7 @@
 #include <sys/mount.h>
 #include <unistd.h>
 
-#include "agent/exit_codes.h"
+#include "agent/base/exit_status.h"
 #include "tests/system/safety/agent_test.h"
 
 namespace safety {

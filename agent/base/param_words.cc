@@ -1,4 +1,4 @@
-#include "agent/param_words.h"
+#include "agent/base/param_words.h"
 
 #include <sstream>
 

@@ -1,9 +1,9 @@
-#include "agent/state/save_hook.h"
+#include "agent/save_hook.h"
 
 #include <string>
 
-#include "agent/bridge/bridge_session.h"
-#include "agent/log.h"
+#include "agent/base/bridge_session.h"
+#include "agent/base/log.h"
 
 namespace agent {
 namespace {
@@ -12,14 +12,14 @@ SettingsKeeper* g_keeper = nullptr;  // the hook is a plain function; constant w
 
 int saveThroughKeeper(const char* /*section*/) {
   BridgeSession* session = BridgeSession::current();
-  const bool force = session != nullptr && session->force;
+  const bool force = session != nullptr && session->command.force;
   const std::string failure = g_keeper->save(force);
   if (failure.empty()) {
     log(Level::Info, force ? "settings saved, forced" : "settings saved");
     return 1;
   }
   log(Level::Error, "settings not saved", {{"reason", failure}});
-  if (session != nullptr) session->saveFailure = failure;
+  if (session != nullptr) session->command.saveFailure = failure;
   return 0;
 }
 

@@ -1,4 +1,4 @@
-#include "agent/log.h"
+#include "agent/base/log.h"
 
 #include <unistd.h>
 

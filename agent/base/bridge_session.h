@@ -1,0 +1,38 @@
+// One client's session on the bridge, as the callbacks of the modules see it.
+#pragma once
+
+#include <sys/types.h>
+
+#include <string>
+#include <utility>
+#include <vector>
+
+/// Who is at the other end, from the kernel's word for it, and the command that runs, if one does.
+/// One command of a session runs at a time, on one thread.
+class BridgeSession {
+ public:
+  /// What a command and the callbacks that it ends in tell each other, beyond input and result.
+  struct RunningCommand {
+    bool force = false;            ///< it confirms a save that would be refused otherwise
+    std::string refusal = {};      ///< why it was not authorised, in words; empty if it was
+    std::string saveFailure = {};  ///< why its save failed, in words; empty if none did
+  };
+
+  /// `groups` are the groups of the client's process besides `gid`.
+  BridgeSession(uid_t uid, gid_t gid, pid_t pid, std::vector<gid_t> groups = {})
+      : uid(uid), gid(gid), pid(pid), groups(std::move(groups)) {}
+
+  const uid_t uid;
+  const gid_t gid;
+  const pid_t pid;
+  const std::vector<gid_t> groups;
+
+  RunningCommand command;
+
+  /// The session whose command runs on this thread; null outside of one. For a callback that is
+  /// told nothing: the save hook.
+  static BridgeSession*& current() {
+    thread_local BridgeSession* session = nullptr;
+    return session;
+  }
+};

@@ -1,0 +1,40 @@
+#include "agent/load_settings.h"
+
+#include <sstream>
+
+#include "agent/base/log.h"
+#include "agent/load_limit.h"
+#include "agent/load_report.h"
+#include "agent/services/markup_count.h"
+#include "agent/state/settings_text.h"
+
+namespace agent {
+
+std::string loadSettings(LPARAMS::Server::Server_t& server, const StateDirectory& directory,
+                         const StartingPoint& start, std::optional<size_t> importing) {
+  std::ostringstream defaults;
+  (void)server.save(defaults, 0);
+  LoadReport report(server);
+  bool loaded = false;
+  {
+    const LoadLimit limit(start.text.size() + importing.value_or(0));
+    loaded = server.load(&report);
+  }
+  log(Level::Info, "settings loaded",
+      {{"state-dir", directory.path()}, {"reports", report.reports()}});
+  if (!loaded) return "the settings file was not read to its end";
+  if (report.groupsMissing()) return "the settings file lacks groups";
+
+  // The module takes what it cannot open for a file that is not there, and reports nothing.
+  const bool onlyDefaults = report.reports() == 0 && server.rawSettings == defaults.str();
+  if (onlyDefaults && start.source != StartingPoint::FirstStart &&
+      withoutByteOrderMark(start.text) != server.rawSettings) {
+    return "nothing was read from the settings file";
+  }
+  if (importing && markupDocumentsRead() == 0) {
+    return "the settings of earlier versions could not be read";
+  }
+  return {};
+}
+
+}  // namespace agent
