@@ -21,10 +21,7 @@ void callObservers(const ParamGroup& group, ObserverEvent event) {
 
 }  // namespace
 
-Factory::Factory() {
-  moduleId = LPARAMS_MODULE_ID;
-  AddCommandListener(this);
-}
+Factory::Factory() : CommandListener(LPARAMS_MODULE_ID) { AddCommandListener(this); }
 
 Factory::~Factory() { DelCommandListener(this); }
 

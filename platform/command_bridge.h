@@ -21,7 +21,7 @@ class BridgeSession;
 /// The order of the virtual operations is part of the interface.
 class CommandListener {
  public:
-  CommandListener() = default;
+  explicit CommandListener(ModuleIdType module = {}) : moduleId(module) {}
   virtual ~CommandListener() = default;
 
   CommandListener(const CommandListener&) = delete;
@@ -43,7 +43,7 @@ class CommandListener {
 
   /// The bridge's identifier of the module that this listener serves. Set once, before the
   /// listener is registered.
-  ModuleIdType moduleId{};
+  ModuleIdType moduleId;
 };
 
 /// Registers a listener; the bridge keeps the pointer, not the object. Thread-safe.

@@ -53,6 +53,42 @@ TEST(RootLayout, VirtualFunctionsOfAListener) {
   EXPECT_EQ(slotOf(&Factory::ExecCommand), 2u);
 }
 
+template <typename Operation, typename Signature>
+constexpr bool hasSignature = std::is_same_v<Operation, Signature>;
+
+static_assert(std::has_virtual_destructor_v<CommandListener>);
+static_assert(std::is_abstract_v<CommandListener> && !std::is_abstract_v<Factory>);
+static_assert(
+    hasSignature<decltype(&CommandListener::ExecCommand),
+                 int (CommandListener::*)(BridgeSession&, long, const std::string&, std::string&)>);
+static_assert(hasSignature<decltype(&CommandListener::OnOpenSession),
+                           void (CommandListener::*)(BridgeSession*)>);
+static_assert(hasSignature<decltype(&CommandListener::OnCloseSession),
+                           void (CommandListener::*)(BridgeSession*)>);
+static_assert(
+    hasSignature<decltype(&CommandListener::OnOpenFirstSession), void (CommandListener::*)()>);
+static_assert(
+    hasSignature<decltype(&CommandListener::OnCloseLastSession), void (CommandListener::*)()>);
+static_assert(hasSignature<decltype(&CommandListener::OnCloseLastSessionWithUser),
+                           void (CommandListener::*)(BridgeSession*)>);
+// The module overrides the destructor and ExecCommand only: the callbacks are still those of the
+// base.
+static_assert(
+    hasSignature<decltype(&Factory::ExecCommand),
+                 int (Factory::*)(BridgeSession&, long, const std::string&, std::string&)>);
+static_assert(
+    hasSignature<decltype(&Factory::OnOpenSession), decltype(&CommandListener::OnOpenSession)>);
+static_assert(
+    hasSignature<decltype(&Factory::OnCloseSession), decltype(&CommandListener::OnCloseSession)>);
+static_assert(hasSignature<decltype(&Factory::OnOpenFirstSession),
+                           decltype(&CommandListener::OnOpenFirstSession)>);
+static_assert(hasSignature<decltype(&Factory::OnCloseLastSession),
+                           decltype(&CommandListener::OnCloseLastSession)>);
+static_assert(hasSignature<decltype(&Factory::OnCloseLastSessionWithUser),
+                           decltype(&CommandListener::OnCloseLastSessionWithUser)>);
+static_assert(hasSignature<decltype(CommandListener::moduleId), ModuleIdType>);
+static_assert(hasSignature<decltype(Factory::server), Server_t>);
+
 TEST(RootLayout, FieldsOfTheListener) {
   ASSERT_EQ(fakePlatform().listeners.size(), 1u);
   const auto& factory = static_cast<const Factory&>(*fakePlatform().listeners.front());

@@ -1,5 +1,6 @@
 // Start-ups that fail. An exception that leaves the module's start-up ends the process, after
-// everything that was built has been destroyed again.
+// everything that was built has been destroyed again. What stays is a bare listener, with the
+// module's identifier.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -19,6 +20,7 @@ namespace {
 constexpr int LOADED = 10;
 constexpr int UNDONE_AND_TERMINATED = 20;
 constexpr int TERMINATED_WITH_REMAINS = 30;
+constexpr int TERMINATED_WITHOUT_IDENTIFIER = 40;
 
 /// All mutexes but the module's own lock, which is made first and belongs to no object that failed,
 /// are destroyed, in reverse order.
@@ -30,11 +32,15 @@ bool everythingBuiltIsDestroyed() {
   return locksDestroyed() == made;
 }
 
-/// Loads the module in this process, which ends with one of the three results.
+int resultOfTermination() {
+  if (!everythingBuiltIsDestroyed()) return TERMINATED_WITH_REMAINS;
+  return moduleIdInPlace() == LPARAMS_MODULE_ID ? UNDONE_AND_TERMINATED
+                                                : TERMINATED_WITHOUT_IDENTIFIER;
+}
+
+/// Loads the module in this process, which ends with one of the results.
 [[noreturn]] void loadAndLeave() noexcept {
-  std::set_terminate([] {
-    _exit(everythingBuiltIsDestroyed() ? UNDONE_AND_TERMINATED : TERMINATED_WITH_REMAINS);
-  });
+  std::set_terminate([] { _exit(resultOfTermination()); });
   // Through a variable, so that the compiler does not count on dlopen never to throw.
   void* (*volatile load)(const char*, int) = dlopen;
   load(MODULE_FILE.c_str(), RTLD_NOW | RTLD_LOCAL);

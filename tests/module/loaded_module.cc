@@ -8,6 +8,11 @@
 #include "tests/module/file_calls.h"
 
 namespace host {
+namespace {
+
+constexpr const char* ROOT_SYMBOL = "_ZN7LPARAMS6serverE";
+
+}  // namespace
 
 CommandResult execute(BridgeSession& session, long command, const std::string& input) {
   CommandResult reply;
@@ -50,7 +55,7 @@ void LoadedModule::reload() {
 }
 
 LPARAMS::Server::Server_t& LoadedModule::root() const {
-  return **static_cast<LPARAMS::Server::Server_t**>(symbol("_ZN7LPARAMS6serverE"));
+  return **static_cast<LPARAMS::Server::Server_t**>(symbol(ROOT_SYMBOL));
 }
 
 LPARAMS::Server::USER_t* LoadedModule::addUser() const {
@@ -63,6 +68,14 @@ void* LoadedModule::symbol(const char* mangledName) const {
   void* address = dlsym(handle_, mangledName);
   if (address == nullptr) throw std::runtime_error(dlerror());
   return address;
+}
+
+ModuleIdType moduleIdInPlace() {
+  void* handle = dlopen(MODULE_FILE.c_str(), RTLD_NOW | RTLD_NOLOAD);
+  const auto* root = *static_cast<const char* const*>(dlsym(handle, ROOT_SYMBOL));
+  dlclose(handle);
+  // The root is the listener's own field, behind the inherited one.
+  return reinterpret_cast<const CommandListener*>(root - sizeof(CommandListener))->moduleId;
 }
 
 ModuleTest::ModuleTest() {

@@ -67,6 +67,10 @@ class LoadedModule {
   void* handle_ = nullptr;
 };
 
+/// The module's identifier in its listener, also while the module is being loaded. REQUIRES: the
+/// module is in the process.
+ModuleIdType moduleIdInPlace();
+
 /// A test with a loaded module and a private directory in which it keeps its settings file.
 class ModuleTest : public testing::Test {
  protected:

@@ -27,6 +27,7 @@ constinit LockList made{};
 constinit LockList destroyed{};
 constinit bool recording = false;
 constinit int attributes = 0;
+constinit Reaction lockMade = nullptr;
 constinit AttributeFailure failing = AttributeFailure::None;
 
 static_assert(sizeof(basekit::ObjectLevelLockable) == sizeof(pthread_mutex_t),
@@ -45,6 +46,8 @@ void recordLocks(AttributeFailure failure) {
   failing = failure;
   recording = true;
 }
+
+void whenALockIsMade(Reaction reaction) { lockMade = reaction; }
 
 std::vector<basekit::ObjectLevelLockable*> locksMade() { return made.all(); }
 std::vector<basekit::ObjectLevelLockable*> locksDestroyed() { return destroyed.all(); }
@@ -79,7 +82,9 @@ int pthread_mutexattr_destroy(pthread_mutexattr_t* attribute) noexcept {
 int pthread_mutex_init(pthread_mutex_t* mutex, const pthread_mutexattr_t* attribute) noexcept {
   if (host::recording) host::made.add(host::lockOf(mutex));
   using Init = int(pthread_mutex_t*, const pthread_mutexattr_t*);
-  return host::nextFunction<Init>("pthread_mutex_init")(mutex, attribute);
+  const int result = host::nextFunction<Init>("pthread_mutex_init")(mutex, attribute);
+  if (host::lockMade != nullptr) host::lockMade();
+  return result;
 }
 
 int pthread_mutex_destroy(pthread_mutex_t* mutex) noexcept {

@@ -15,6 +15,11 @@ enum class AttributeFailure { None, Init, SetType };
 /// REQUIRES: no other thread makes or destroys mutexes meanwhile.
 void recordLocks(AttributeFailure failure = AttributeFailure::None);
 
+using Reaction = void (*)();
+
+/// From here on this is called whenever a lock has been made. Null takes that back.
+void whenALockIsMade(Reaction reaction);
+
 /// The locks that were made, and those of them that were destroyed again, each in order. The first
 /// one that the module makes is its own, g_ioLock.
 std::vector<basekit::ObjectLevelLockable*> locksMade();

@@ -34,6 +34,19 @@ TEST_F(StartUp, RegistersOneListenerAndAsksForNothingElse) {
               ElementsAre("AddCommandListener of module 13"));
 }
 
+TEST_F(StartUp, TheListenerHasTheModulesIdentifierBeforeTheRootIsBuilt) {
+  static std::vector<int> ids;
+  ids.clear();
+  whenALockIsMade([] { ids.push_back(moduleIdInPlace()); });
+  const LoadedModule module;
+  whenALockIsMade(nullptr);
+  ASSERT_GT(ids.size(), 80u);
+  // The first lock is the module's own; the listener is not there yet.
+  EXPECT_EQ(ids.front(), 0);
+  ids.erase(ids.begin());
+  EXPECT_THAT(ids, testing::Each(13));
+}
+
 TEST_F(StartUp, TheRootIsCompleteWhenTheListenerIsRegistered) {
   CommandResult reply;
   platform().onAdd = [&](CommandListener& listener) {
