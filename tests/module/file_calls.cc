@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
+#include <optional>
 #include <string_view>
 
 #include "tests/module/call_log.h"
@@ -20,16 +21,28 @@ namespace host {
 namespace {
 
 std::string watched;
-bool systemDirectoryAllowed = false;
+std::string ledPath;
+std::string ledPlace;
+std::atomic<int> writingError = 0;
 std::atomic<int> nextRenameError = 0;
 std::atomic<bool> nextCloseFails = false;
 
 bool isSystemFile(std::string_view path) { return path.starts_with(SYSTEM_DIRECTORY); }
 
-/// True, with errno set, if the path has to look as if nothing were there.
-bool isHidden(const char* path) {
-  if (systemDirectoryAllowed || !isSystemFile(path)) return false;
+/// Where a call that names the path has to go; nothing, with errno set, if nothing is to be there.
+std::optional<std::string> placeOf(std::string_view path) {
+  if (!ledPath.empty() && path.starts_with(ledPath)) {
+    return ledPlace + std::string(path.substr(ledPath.size()));
+  }
+  if (!isSystemFile(path)) return std::string(path);
   errno = ENOENT;
+  return {};
+}
+
+/// True, with errno set, if the call is refused.
+bool isRefused(bool writes) {
+  if (!writes || writingError == 0) return false;
+  errno = writingError;
   return true;
 }
 
@@ -64,14 +77,16 @@ int openFile(const char* function, const char* path, int flags, mode_t mode) {
   char octal[16];
   std::snprintf(octal, sizeof octal, " %04o", mode);
   recordFile("open", path, " " + flagNames(flags) + octal);
-  return isHidden(path) ? -1
-                        : nextFunction<int(const char*, int, ...)>(function)(path, flags, mode);
+  const auto place = placeOf(path);
+  if (!place || isRefused((flags & (O_CREAT | O_ACCMODE)) != O_RDONLY)) return -1;
+  return nextFunction<int(const char*, int, ...)>(function)(place->c_str(), flags, mode);
 }
 
 FILE* openStream(const char* function, const char* path, const char* mode) {
   recordFile("fopen", path, std::string(" ") + mode);
-  return isHidden(path) ? nullptr
-                        : nextFunction<FILE*(const char*, const char*)>(function)(path, mode);
+  const auto place = placeOf(path);
+  if (!place || isRefused(*mode != 'r')) return nullptr;
+  return nextFunction<FILE*(const char*, const char*)>(function)(place->c_str(), mode);
 }
 
 mode_t modeArgument(int flags, va_list arguments) {
@@ -81,7 +96,11 @@ mode_t modeArgument(int flags, va_list arguments) {
 }  // namespace
 
 void watchDirectory(const std::string& path) { watched = path; }
-void allowSystemDirectory() { systemDirectoryAllowed = true; }
+void lead(const std::string& path, const std::string& place) {
+  ledPath = path;
+  ledPlace = place;
+}
+void refuseWriting(int error) { writingError = error; }
 void failNextRename(int error) { nextRenameError = error; }
 void failNextClose() { nextCloseFails = true; }
 
@@ -119,7 +138,8 @@ int fclose(FILE* stream) {
 int remove(const char* path) noexcept {
   const host::OwnAllocations own;
   host::recordFile("remove", path);
-  return host::isHidden(path) ? -1 : host::nextFunction<int(const char*)>("remove")(path);
+  const auto place = host::placeOf(path);
+  return place ? host::nextFunction<int(const char*)>("remove")(place->c_str()) : -1;
 }
 
 int rename(const char* from, const char* to) noexcept {
@@ -131,7 +151,11 @@ int rename(const char* from, const char* to) noexcept {
     errno = error;
     return -1;
   }
-  return host::nextFunction<int(const char*, const char*)>("rename")(from, to);
+  const auto source = host::placeOf(from);
+  const auto place = host::placeOf(to);
+  if (!source || !place) return -1;
+  return host::nextFunction<int(const char*, const char*)>("rename")(source->c_str(),
+                                                                     place->c_str());
 }
 
 }  // extern "C"

@@ -13,9 +13,13 @@ inline constexpr const char* SYSTEM_DIRECTORY = "/etc/kestrel/";
 /// Calls that name a file in this directory are recorded, with the rest of the path.
 void watchDirectory(const std::string& path);
 
-/// Until this is called, nothing in SYSTEM_DIRECTORY is there for this process. REQUIRES: what is
-/// mounted there belongs to the test.
-void allowSystemDirectory();
+/// Calls that name `path`, or anything below or longer, reach `place` with the rest of the name;
+/// one path at a time. Until SYSTEM_DIRECTORY is led to a place of the test, nothing is in it for
+/// this process.
+void lead(const std::string& path, const std::string& place);
+
+/// From now on calls that would create or write a file fail with this error number.
+void refuseWriting(int error);
 
 /// The next rename fails with this error number, and does nothing.
 void failNextRename(int error);

@@ -1,5 +1,6 @@
 // The two places of the older settings file: which one is imported, and that both are deleted. The
-// real directory of the system is never touched: each test has an /etc of its own.
+// real directory of the system is never touched: calls that name it are led to one of the test, and
+// where mounts are allowed each test is run once more with an /etc of its own.
 #include <gmock/gmock.h>
 
 #include <filesystem>
@@ -8,7 +9,7 @@
 #include "tests/module/child_process.h"
 #include "tests/module/file_calls.h"
 #include "tests/module/loaded_module.h"
-#include "tests/module/private_mounts.h"
+#include "tests/support/private_mounts.h"
 #include "tests/support/recording_load_log.h"
 
 using testing::ElementsAre;
@@ -23,14 +24,20 @@ std::string documentWithSubject(const std::string& subject) {
          subject + "</Param></Module></LocalSettings>\n";
 }
 
-class LegacyFiles : public ModuleTest {
+class LegacyFiles : public testing_support::EachWay<ModuleTest> {
  protected:
   /// Runs the body in a process with an empty system directory.
   void withPrivateEtc(const std::function<void()>& body) {
     runInChild([&] {
-      enterPrivateMounts();
-      replaceSystemDirectory();
+      if (mounts()) {
+        testing_support::enterPrivateMounts();
+        testing_support::replaceSystemDirectory();
+      } else {
+        std::filesystem::create_directory(systemDirectory);
+      }
+      lead(SYSTEM_DIRECTORY, systemDirectory);
       body();
+      std::filesystem::remove_all(systemDirectory);
     });
   }
 
@@ -39,23 +46,27 @@ class LegacyFiles : public ModuleTest {
     EXPECT_THAT(log.reports, IsEmpty());
     EXPECT_EQ(root().POLICY->LOCAL_CERT_SUBJECT.value, subject);
     EXPECT_FALSE(exists(inVarDir));
-    EXPECT_FALSE(exists(inSystemDirectory));
+    EXPECT_FALSE(exists(systemDirectory + "localsettings.xml"));
     EXPECT_FALSE(root().isChanged());
   }
 
   const std::string inVarDir = directory.path + "localsettings.xml";
+  /// As the module names it, and where that leads.
   const std::string inSystemDirectory = std::string(SYSTEM_DIRECTORY) + "localsettings.xml";
+  const std::string systemDirectory = mounts() ? SYSTEM_DIRECTORY : directory.path + "system/";
   testing_support::RecordingLoadLog log;
 };
 
-TEST_F(LegacyFiles, TheOneInTheSystemDirectoryAloneIsImportedAndDeleted) {
+INSTANTIATE_EACH_WAY(LegacyFiles);
+
+TEST_P(LegacyFiles, TheOneInTheSystemDirectoryAloneIsImportedAndDeleted) {
   withPrivateEtc([&] {
     writeFile(inSystemDirectory, documentWithSubject("system"));
     expectImportOf("system");
   });
 }
 
-TEST_F(LegacyFiles, TheOneInTheVariableDataDirectoryComesFirstAndBothAreDeleted) {
+TEST_P(LegacyFiles, TheOneInTheVariableDataDirectoryComesFirstAndBothAreDeleted) {
   withPrivateEtc([&] {
     writeFile(inVarDir, documentWithSubject("var"));
     writeFile(inSystemDirectory, documentWithSubject("system"));
@@ -63,7 +74,7 @@ TEST_F(LegacyFiles, TheOneInTheVariableDataDirectoryComesFirstAndBothAreDeleted)
   });
 }
 
-TEST_F(LegacyFiles, AreDeletedInTheirOrder) {
+TEST_P(LegacyFiles, AreDeletedInTheirOrder) {
   withPrivateEtc([&] {
     writeFile(inSystemDirectory, documentWithSubject("system"));
     const auto calls = callsDuring([&] { expectImportOf("system"); });
@@ -74,7 +85,7 @@ TEST_F(LegacyFiles, AreDeletedInTheirOrder) {
   });
 }
 
-TEST_F(LegacyFiles, ThatAreNotWellFormedAreDeletedAndTheLoadSucceeds) {
+TEST_P(LegacyFiles, ThatAreNotWellFormedAreDeletedAndTheLoadSucceeds) {
   for (const std::string text : {"<LocalSettings><Module>", "no markup at all", "<a></b>", "<"}) {
     SCOPED_TRACE(text);
     withPrivateEtc([&] {
@@ -85,7 +96,7 @@ TEST_F(LegacyFiles, ThatAreNotWellFormedAreDeletedAndTheLoadSucceeds) {
   }
 }
 
-TEST_F(LegacyFiles, WithValuesBeforeTheFaultLoseThem) {
+TEST_P(LegacyFiles, WithValuesBeforeTheFaultLoseThem) {
   withPrivateEtc([&] {
     // This parser looks at the whole document before it hands out anything.
     writeFile(inVarDir, documentWithSubject("lost") + "<LocalSettings>");
@@ -93,7 +104,7 @@ TEST_F(LegacyFiles, WithValuesBeforeTheFaultLoseThem) {
   });
 }
 
-TEST_F(LegacyFiles, AreLeftAloneWhenThereIsASettingsFile) {
+TEST_P(LegacyFiles, AreLeftAloneWhenThereIsASettingsFile) {
   withPrivateEtc([&] {
     writeFile(settingsPath, "/ROOT=\nend=\n");
     writeFile(inVarDir, documentWithSubject("var"));
@@ -101,11 +112,11 @@ TEST_F(LegacyFiles, AreLeftAloneWhenThereIsASettingsFile) {
     EXPECT_TRUE(root().load(&log));
     EXPECT_EQ(root().POLICY->LOCAL_CERT_SUBJECT.value, "");
     EXPECT_TRUE(exists(inVarDir));
-    EXPECT_TRUE(exists(inSystemDirectory));
+    EXPECT_TRUE(exists(systemDirectory + "localsettings.xml"));
   });
 }
 
-TEST_F(LegacyFiles, AreImportedOnceAndWrittenOnlyAfterAFurtherChange) {
+TEST_P(LegacyFiles, AreImportedOnceAndWrittenOnlyAfterAFurtherChange) {
   withPrivateEtc([&] {
     writeFile(inSystemDirectory, documentWithSubject("system"));
     expectImportOf("system");

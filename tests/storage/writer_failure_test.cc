@@ -12,11 +12,17 @@
 #include "tests/module/child_process.h"
 #include "tests/module/file_calls.h"
 #include "tests/module/loaded_module.h"
-#include "tests/module/private_mounts.h"
 #include "tests/storage/writer_calls.h"
+#include "tests/support/private_mounts.h"
 
 using testing::ElementsAre;
 using testing::StartsWith;
+using testing_support::EachWay;
+using testing_support::enterPrivateMounts;
+using testing_support::makeReadOnly;
+using testing_support::mountEmpty;
+using testing_support::mountOver;
+using testing_support::unmount;
 
 namespace host {
 namespace {
@@ -122,21 +128,29 @@ TEST_F(WriterFailure, TheFileMayNotGrowAnyFurther) {
   });
 }
 
-TEST_F(WriterFailure, TheFileSystemIsFull) {
+using FileSystemFailure = EachWay<WriterFailure>;
+INSTANTIATE_EACH_WAY(FileSystemFailure);
+
+TEST_P(FileSystemFailure, ItIsFull) {
   runInChild([&] {
-    enterPrivateMounts();
-    mountEmpty(directory.path, "size=4k");  // the old file takes all of it
+    if (mounts()) {
+      enterPrivateMounts();
+      mountEmpty(directory.path, "size=4k");  // the old file takes all of it
+    }
     saveAndChange();
+    if (!mounts()) lead(temporaryPath, "/dev/full");
     expectThatWritingFails();
   });
 }
 
-TEST_F(WriterFailure, TheDirectoryIsNotWritable) {
+TEST_P(FileSystemFailure, ItIsReadOnly) {
   runInChild([&] {
-    enterPrivateMounts();
-    mountEmpty(directory.path);
+    if (mounts()) {
+      enterPrivateMounts();
+      mountEmpty(directory.path);
+    }
     saveAndChange();
-    makeReadOnly(directory.path);
+    mounts() ? makeReadOnly(directory.path) : refuseWriting(EROFS);
     expectThatWritingFails();
     EXPECT_FALSE(exists(temporaryPath));
   });
@@ -196,15 +210,22 @@ TEST_F(RenameFailure, NeedsNoTextToAppendTo) {
   EXPECT_FALSE(root().save(nullptr));
 }
 
-TEST_F(RenameFailure, HappensWhenTheTemporaryFileIsAMountPoint) {
+using MountPointFailure = EachWay<RenameFailure>;
+INSTANTIATE_EACH_WAY(MountPointFailure);
+
+TEST_P(MountPointFailure, TheTemporaryFileCannotBeRenamed) {
   runInChild([&] {
     saveAndChange();
-    writeFile(directory.path + "elsewhere", "");
-    writeFile(temporaryPath, "");
-    enterPrivateMounts();
-    mountOver(directory.path + "elsewhere", temporaryPath);
+    if (mounts()) {
+      writeFile(directory.path + "elsewhere", "");
+      writeFile(temporaryPath, "");
+      enterPrivateMounts();
+      mountOver(directory.path + "elsewhere", temporaryPath);
+    } else {
+      failNextRename(EBUSY);
+    }
     expectThatRenamingFails();
-    unmount(temporaryPath);
+    if (mounts()) unmount(temporaryPath);
     expectThatALaterSaveWorks();
   });
 }

@@ -1,8 +1,6 @@
 #include "tests/system/agent_process.h"
 
 #include <fcntl.h>
-#include <sched.h>
-#include <sys/mount.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
@@ -12,17 +10,18 @@
 #include <chrono>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <sstream>
 #include <system_error>
 #include <thread>
 
 #include "tests/module/temp_directory.h"
+#include "tests/support/system_directory.h"
 
 namespace system_testing {
 namespace {
 
 constexpr const char* PROGRAM = PRODUCTS_DIR "/lparams_agent";
-constexpr const char* SYSTEM_DIRECTORY = "/etc/kestrel";
 constexpr std::chrono::milliseconds PAUSE{5};  // between two looks at the log
 
 /// In the child, which only says what failed and leaves.
@@ -33,12 +32,11 @@ void check(int result, const char* what) {
 }
 
 /// A first start imports the settings of earlier versions that it finds on the machine, and deletes
-/// them: the agent sees an empty directory in their place.
+/// them: where there could be any, the agent looks for them in a place where nothing is.
 void hideSystemDirectory() {
-  if (access(SYSTEM_DIRECTORY, F_OK) != 0) return;
-  check(unshare(CLONE_NEWNS), "private mounts, to keep the machine's settings");
-  check(mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr), "private mounts");
-  check(mount("none", SYSTEM_DIRECTORY, "tmpfs", 0, nullptr), SYSTEM_DIRECTORY);
+  if (access("/etc/kestrel", F_OK) != 0) return;
+  static auto variables = testing_support::systemDirectoryAt("/nonexistent");
+  for (std::string& variable : variables) check(putenv(variable.data()), variable.c_str());
 }
 
 void redirect(int descriptor, const std::string& path) {

@@ -5,8 +5,8 @@
 
 #include <string>
 
-#include "tests/agent/another_user.h"
 #include "tests/module/child_process.h"
+#include "tests/support/another_user.h"
 #include "tests/system/system_test.h"
 
 using bridge::Reason;
@@ -15,14 +15,16 @@ namespace system_testing {
 namespace {
 
 TEST_F(SystemTest, AnotherUserMayReadButNeitherWriteNorSave) {
-  ASSERT_EQ(geteuid(), 0U) << "only root can take on another user's identity for this test";
+  if (const auto reason = testing_support::whyNoOtherUser(); !reason.empty()) {
+    GTEST_SKIP() << reason;
+  }
   start({{"--admin-group", "no-such-group"}});
   ASSERT_EQ(chmod(directory.path.c_str(), 0755), 0);
   ASSERT_EQ(chmod(socketPath.c_str(), 0666), 0);
   const std::string before = connect().read("ADMIN").output;
 
   host::runInChild([&] {
-    agent_testing::dropRights();
+    testing_support::dropRights();
     const BridgeClient client = connect();
     EXPECT_EQ(client.read("ADMIN").output, before);
 

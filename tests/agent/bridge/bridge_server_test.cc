@@ -9,11 +9,11 @@
 #include <string>
 
 #include "agent/base/start_failure.h"
-#include "tests/agent/another_user.h"
 #include "tests/agent/bridge/raw_client.h"
 #include "tests/agent/bridge/served_module.h"
 #include "tests/module/child_process.h"
 #include "tests/module/temp_directory.h"
+#include "tests/support/another_user.h"
 
 using agent_testing::ServedModule;
 using testing::HasSubstr;
@@ -33,6 +33,7 @@ std::string refusalOf(ServedModule& served, const std::string& path) {
 }
 
 TEST(BridgeServer, LeavesASocketAloneThatItMayNotTry) {
+  if (const auto reason = testing_support::whyRightsStay(); !reason.empty()) GTEST_SKIP() << reason;
   const host::TempDirectory directory;
   const std::string path = directory.path + "agent.sock";
   asio::io_context io;
@@ -40,10 +41,10 @@ TEST(BridgeServer, LeavesASocketAloneThatItMayNotTry) {
   const BridgeServer server(io, path, std::nullopt, served.service());
   ASSERT_EQ(chmod(path.c_str(), 0000), 0);
   if (geteuid() == 0) {
-    ASSERT_EQ(chown(directory.path.c_str(), agent_testing::NOBODY, agent_testing::NOBODY), 0);
+    ASSERT_EQ(chown(directory.path.c_str(), testing_support::NOBODY, testing_support::NOBODY), 0);
   }
   host::runInChild([&] {
-    agent_testing::dropRights();
+    testing_support::dropRights();
     EXPECT_THAT(refusalOf(served, path), HasSubstr("whether an agent uses it cannot be found out: "
                                                    "Permission denied"));
   });
@@ -51,14 +52,15 @@ TEST(BridgeServer, LeavesASocketAloneThatItMayNotTry) {
 }
 
 TEST(BridgeServer, TurnsAClientAwayForWhomThereIsNoThread) {
+  if (const auto reason = testing_support::whyRightsStay(); !reason.empty()) GTEST_SKIP() << reason;
   host::runInChild([] {
     const host::TempDirectory directory;
     ASSERT_EQ(chmod(directory.path.c_str(), 0700), 0);
     if (geteuid() == 0) {
-      ASSERT_EQ(chown(directory.path.c_str(), agent_testing::NOBODY, agent_testing::NOBODY), 0);
+      ASSERT_EQ(chown(directory.path.c_str(), testing_support::NOBODY, testing_support::NOBODY), 0);
     }
     ServedModule served;
-    agent_testing::dropRights();
+    testing_support::dropRights();
     asio::io_context io;
     BridgeServer server(io, directory.path + "agent.sock", std::nullopt, served.service());
     const agent_testing::RawClient client(directory.path + "agent.sock");

@@ -61,7 +61,7 @@ std::ostream& operator<<(std::ostream& os, const Outcome& outcome);
 Outcome run(const std::vector<std::string>& arguments, const Surroundings& surroundings = {});
 
 /// What the function returns when it runs in a child process as that user, with these groups;
-/// "(failed)" if the child did not end well. REQUIRES: the test runs as root.
+/// "(failed)" if the child did not end well. REQUIRES: the process may change users.
 std::string asUser(uid_t uid, gid_t gid, const std::vector<gid_t>& groups,
                    const std::function<std::string()>& function);
 

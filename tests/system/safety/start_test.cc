@@ -1,9 +1,10 @@
 // How the agent starts, and when it does not.
-#include <sched.h>
-#include <sys/mount.h>
 #include <unistd.h>
 
 #include "agent/base/exit_status.h"
+#include "tests/support/another_user.h"
+#include "tests/support/private_mounts.h"
+#include "tests/support/system_directory.h"
 #include "tests/system/safety/agent_test.h"
 
 namespace safety {
@@ -88,15 +89,24 @@ TEST_F(Start, TheSocketOfAKilledAgentIsReplaced) {
 }
 
 TEST_F(Start, StateDirectoriesThatAreNotSafe) {
-  ASSERT_EQ(::geteuid(), 0u) << "only root can give a directory away";
   state_.write(SETTINGS, exampleSettings());
-  const std::string who = "state directory " + state_.path + " ";
   (void)::chmod(state_.path.c_str(), 0770);
   expectRefusal(agent::EXIT_BAD_CONFIG,
-                who + "can be written to by other users; mode 0700 would be right");
-  (void)::chmod(state_.path.c_str(), 0700);
-  (void)::chown(state_.path.c_str(), 65534, 65534);
-  expectRefusal(agent::EXIT_BAD_CONFIG, who + "belongs to user 65534, not to the agent's user 0");
+                "state directory " + state_.path +
+                    " can be written to by other users; mode 0700 would be right");
+  EXPECT_THAT(state_.names(), ElementsAre(SETTINGS));
+}
+
+TEST_F(Start, StateDirectoriesOfOtherUsers) {
+  state_.write(SETTINGS, exampleSettings());
+  const auto foreign = testing_support::foreignDirectory(state_.path);
+  if (!foreign) GTEST_SKIP() << "every directory belongs to this user here";
+  const Outcome outcome = safety::run({AGENT, "--state-dir", foreign->path, "--socket", socket_});
+  EXPECT_EQ(outcome,
+            (Outcome{agent::EXIT_BAD_CONFIG,
+                     "lparams_agent: error: state directory " + foreign->path +
+                         " belongs to user " + std::to_string(foreign->owner) +
+                         ", not to the agent's user " + std::to_string(::geteuid()) + "\n"}));
   EXPECT_THAT(state_.names(), ElementsAre(SETTINGS));
 }
 
@@ -222,20 +232,28 @@ TEST_F(Import, ThatWasCutShortIsDoneAgain) {
   expectImported();
 }
 
-TEST_F(Import, OfTheSystemsOwnFile) {
-  ASSERT_EQ(::geteuid(), 0u) << "only root can have mounts of its own";
-  const Surroundings privateEtc = {.inChild = [this] {
-    if (::unshare(CLONE_NEWNS) != 0 ||
-        ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
-        ::mount("none", "/etc", "tmpfs", 0, nullptr) != 0 || ::mkdir("/etc/kestrel", 0700) != 0) {
-      ::_exit(1);
-    }
-    const agent_testing::ScratchDirectory copy;
-    copy.write("legacy", legacy_);
-    std::filesystem::copy_file(copy.at("legacy"), "/etc/kestrel/localsettings.xml");
-  }};
-  start({}, privateEtc);
+using SystemImport = testing_support::EachWay<Import>;
+INSTANTIATE_EACH_WAY(SystemImport);
+
+TEST_P(SystemImport, OfTheSystemsOwnFile) {
+  const agent_testing::ScratchDirectory etc;
+  etc.write("localsettings.xml", legacy_);
+  Surroundings surroundings;
+  if (mounts()) {
+    surroundings.inChild = [&] {
+      testing_support::enterPrivateMounts();
+      testing_support::replaceSystemDirectory();
+      std::filesystem::copy_file(etc.at("localsettings.xml"), "/etc/kestrel/localsettings.xml");
+    };
+  } else {
+    const auto variables = testing_support::systemDirectoryAt(etc.path);
+    surroundings.environment = {variables.begin(), variables.end()};
+  }
+  start({}, surroundings);
   EXPECT_EQ(get("POLICY.PMP_SERVERS"), "pmp1.example.com, pmp2.example.com\n");
+  if (!mounts()) {
+    EXPECT_EQ(etc.text("localsettings.xml"), "(absent)");
+  }
   expectImported();
 }
 

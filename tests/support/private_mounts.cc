@@ -1,21 +1,26 @@
-#include "tests/module/private_mounts.h"
+#include "tests/support/private_mounts.h"
 
 #include <sched.h>
 #include <sys/mount.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <filesystem>
+#include <fstream>
 #include <system_error>
 
-#include "tests/module/file_calls.h"
-#include "tests/module/temp_directory.h"
-
-namespace host {
+namespace testing_support {
 namespace {
 
 void check(int result, const std::string& what) {
   if (result != 0) throw std::system_error(errno, std::generic_category(), what);
+}
+
+void writeText(const std::string& path, const std::string& text) {
+  std::ofstream file(path);
+  file << text << std::flush;
+  check(file ? 0 : -1, path);
 }
 
 /// The way for users who may not mount anything: root in a namespace of their own.
@@ -23,9 +28,9 @@ void enterUserNamespace() {
   const std::string user = std::to_string(geteuid());
   const std::string group = std::to_string(getegid());
   check(unshare(CLONE_NEWUSER | CLONE_NEWNS), "unshare of the user and mount namespaces");
-  writeFile("/proc/self/setgroups", "deny");
-  writeFile("/proc/self/uid_map", "0 " + user + " 1");
-  writeFile("/proc/self/gid_map", "0 " + group + " 1");
+  writeText("/proc/self/setgroups", "deny");
+  writeText("/proc/self/uid_map", "0 " + user + " 1");
+  writeText("/proc/self/gid_map", "0 " + group + " 1");
 }
 
 }  // namespace
@@ -33,6 +38,26 @@ void enterUserNamespace() {
 void enterPrivateMounts() {
   if (unshare(CLONE_NEWNS) != 0) enterUserNamespace();
   check(mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr), "private mounts");
+}
+
+std::string whyNoPrivateMounts() {
+  const pid_t child = fork();
+  check(child < 0 ? -1 : 0, "fork");
+  if (child == 0) {
+    try {
+      enterPrivateMounts();
+      mountEmpty("/mnt");
+    } catch (const std::system_error& error) {
+      _exit(error.code().value());
+    }
+    _exit(0);
+  }
+  int status = 0;
+  check(waitpid(child, &status, 0) == child ? 0 : -1, "waitpid");
+  if (status == 0) return {};
+  return "a process cannot have mounts of its own here: " +
+         (WIFEXITED(status) ? std::generic_category().message(WEXITSTATUS(status))
+                            : "signal " + std::to_string(WTERMSIG(status)));
 }
 
 void mountEmpty(const std::string& directory, const std::string& options) {
@@ -54,8 +79,7 @@ void unmount(const std::string& mountPoint) {
 
 void replaceSystemDirectory() {
   mountEmpty("/etc");
-  std::filesystem::create_directory(SYSTEM_DIRECTORY);
-  allowSystemDirectory();
+  check(mkdir("/etc/kestrel", 0700), "/etc/kestrel");
 }
 
-}  // namespace host
+}  // namespace testing_support
