@@ -1,6 +1,6 @@
 #include "lparams/params/line_string_param.h"
 
-#include "lparams/params/text_form.h"
+#include "lparams/params/text_reader.h"
 
 namespace LPARAMS::Server {
 

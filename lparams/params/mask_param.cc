@@ -5,7 +5,8 @@
 
 #include "lparams/params/load_log.h"
 #include "lparams/params/module_objects.h"
-#include "lparams/params/text_form.h"
+#include "lparams/params/text_reader.h"
+#include "lparams/params/text_writer.h"
 
 namespace LPARAMS::Server {
 

@@ -2,7 +2,8 @@
 
 #include <utility>
 
-#include "lparams/params/text_form.h"
+#include "lparams/params/text_reader.h"
+#include "lparams/params/text_writer.h"
 
 namespace LPARAMS::Server {
 

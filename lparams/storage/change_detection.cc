@@ -10,7 +10,7 @@ namespace {
 /// The text that a save would write now, built apart from any other: one that breaks off is given
 /// up with its memory. `size` is the size to expect.
 std::string currentText(ParamGroup& group, size_t size) {
-  TextStream os(std::string(size, '\0'));
+  TextStream os(size);
   (void)group.save(os, 0);
   return os.take();
 }

@@ -2,18 +2,17 @@
 
 #include <string>
 
-#include "lparams/params/text_form.h"
+#include "lparams/params/block_grammar.h"
+#include "lparams/params/text_reader.h"
 
 namespace LPARAMS::Server {
 namespace {
 
-constexpr const char* BYTE_ORDER_MARK = "\xEF\xBB\xBF";
-
-/// Only editors put the mark there, and only before the first key.
 std::string firstKey(std::istream& is) {
-  std::string key = nextKey(is);
-  if (key.starts_with(BYTE_ORDER_MARK)) key.erase(0, 3);
-  while (key.empty()) key = nextKey(is);
+  TextReader reader(is);
+  std::string key(reader.upTo(KEY_MARK));
+  if (key.starts_with(BYTE_ORDER_MARK)) key.erase(0, BYTE_ORDER_MARK.size());
+  while (key.empty()) key = reader.upTo(KEY_MARK);
   return key;
 }
 
@@ -21,7 +20,7 @@ std::string firstKey(std::istream& is) {
 
 bool readSettings(ParamGroup& root, std::istream& is, LoadLog& log) {
   std::string key = firstKey(is);
-  if (key.starts_with('/')) key.erase(0, 1);
+  if (key.starts_with(BLOCK_MARK)) key.erase(0, 1);
   if (key != root.name) {
     log.rootMismatch(key, root.name);
     return false;

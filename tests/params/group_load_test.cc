@@ -234,6 +234,75 @@ TEST(GroupLoad, AKeyCutOffAtTheEndOfTheInputIsLookedUpLikeAnyOther) {
   });
 }
 
+/// Answers for one name with another member, and remembers what it was asked.
+struct Redirecting : Pair {
+  Param* getParam(const std::string& key) override {
+    asked.push_back(key);
+    return key == "NUM" ? &other : ParamGroup::getParam(key);
+  }
+  ParamGroup apart{"APART"};
+  UIntParam other{apart, "OTHER", Default{7}, Range{0, 100}};
+  Reports asked;
+};
+
+TEST(GroupLoad, EveryKeyGoesThroughAnOverriddenLookup) {
+  ActiveLoadLog log;
+  Redirecting group;
+  EXPECT_TRUE(loadText(group, "\n    NUM=5\n    TEXT=new\nTEXT=newer\nFOO=1\nend=\n"));
+  EXPECT_EQ(group.asked, (Reports{"NUM", "TEXT", "TEXT", "FOO"}));
+  EXPECT_EQ(group.number.value, 1u);
+  EXPECT_EQ(group.other.value, 5u);
+  EXPECT_EQ(group.text.value, "newer");
+  EXPECT_EQ(log.reports, Reports{"unknownParam(\"FOO\", G)"});
+}
+
+TEST(GroupLoad, AMemberThatTheLookupHidesIsUnknown) {
+  struct Hiding : Pair {
+    Param* getParam(const std::string&) override { return nullptr; }
+  } group;
+  ActiveLoadLog log;
+  EXPECT_TRUE(loadText(group, "\n    NUM=5\n    TEXT=new\nend=\n"));
+  EXPECT_EQ(group.number.value, 1u);
+  EXPECT_EQ(group.text.value, "old");
+  EXPECT_EQ(log.reports,
+            (Reports{"unknownParam(\"NUM\", G)", "unknownParam(\"TEXT\", G)", MISSING_2}));
+}
+
+TEST(GroupLoad, TheFirstOfTwoEqualNamesIsLoadedEveryTime) {
+  ActiveLoadLog log;
+  ParamGroup group("G");
+  StStParam first(group, "SAME", ""), second(group, "SAME", "untouched");
+  EXPECT_TRUE(loadText(group, "\n    SAME=a\n    SAME=b\nend=\n"));
+  EXPECT_EQ(first.value, "b");
+  EXPECT_EQ(second.value, "untouched");
+  EXPECT_EQ(log.reports, Reports{});
+}
+
+TEST(GroupLoad, TheEndClosesTheBlockWhateverItsMembersAreCalled) {
+  ActiveLoadLog log;
+  ParamGroup group("G");
+  StStParam end(group, "end", "untouched");
+  std::istringstream is("\n    end=\n    end=more\n");
+  EXPECT_TRUE(group.load(is));
+  EXPECT_EQ(end.value, "untouched");
+  EXPECT_EQ(log.reports, Reports{"paramsMissing(1, 1, G)"});
+  EXPECT_EQ(unreadText(is), "    end=more\n");
+}
+
+TEST(GroupLoad, ANameIsComparedToItsEndAndAKeyToIts) {
+  ActiveLoadLog log;
+  ParamGroup group("G");
+  StStParam empty(group, "", "untouched"), longer(group, "NAMES", "untouched"),
+      name(group, "NAME", ""), part(group, "NAM", "untouched");
+  EXPECT_TRUE(loadText(group, "\n    NAME=a\n    NAME\0S=b\n    N=c\nend=\n"s));
+  EXPECT_EQ(name.value, "a");
+  for (const StStParam* other : {&empty, &longer, &part}) EXPECT_EQ(other->value, "untouched");
+  EXPECT_EQ(log.reports, (Reports{"unknownParam(\"NAME\\x00S\", G)", "unknownParam(\"N\", G)",
+                                  "paramsMissing(3, 4, G)"}));
+  EXPECT_TRUE(loadText(group, "\n    =d\nend=\n"));
+  EXPECT_EQ(empty.value, "d");
+}
+
 TEST(GroupLoad, WithoutALoadLogReportsAreDroppedAndTheBlockIsReadAllTheSame) {
   ASSERT_EQ(g_loadlog, nullptr);
   Pair group;

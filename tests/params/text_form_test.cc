@@ -1,7 +1,5 @@
 // Numbers and words in the settings file are the same whatever the stream and the process are set
 // to: the agent's code may hand over any stream and may have any global locale.
-#include "lparams/params/text_form.h"
-
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -14,6 +12,8 @@
 #include "lparams/params/line_string_param.h"
 #include "lparams/params/mask_param.h"
 #include "lparams/params/numeric_param.h"
+#include "lparams/params/text_reader.h"
+#include "lparams/params/text_writer.h"
 #include "tests/support/param_forms.h"
 #include "tests/support/recording_load_log.h"
 
@@ -205,13 +205,39 @@ TEST(TextForm, AFailedExtractionLeavesTheTargetAndTheFailure) {
   EXPECT_TRUE(is.fail());
 }
 
-TEST(TextForm, RestOfLineAndNextKeyAreEmptyOnceTheStreamHasFailed) {
+TEST(TextForm, NothingIsReadOnceTheStreamHasFailed) {
   std::istringstream is("text");
-  EXPECT_EQ(restOfLine(is), "text");
-  EXPECT_FALSE(is.fail());
-  EXPECT_EQ(restOfLine(is), "");
-  EXPECT_TRUE(is.fail());
-  EXPECT_EQ(nextKey(is), "");
+  TextReader reader(is);
+  EXPECT_EQ(reader.restOfLine(), "text");
+  EXPECT_FALSE(reader.failed());
+  EXPECT_EQ(reader.restOfLine(), "");
+  EXPECT_TRUE(reader.failed());
+  EXPECT_EQ(reader.upTo('='), "");
+}
+
+// The stream may hold a text that goes on behind the place where the lines are put.
+TEST(TextForm, NothingIsWrittenBehindThePutPositionButTheLines) {
+  EveryClass group;
+  std::ostringstream expected;
+  EXPECT_TRUE(group.save(expected, 1));
+  const std::string before(expected.str().size() + 100, '#');
+  std::ostringstream os(before);
+  EXPECT_TRUE(group.save(os, 1));
+  EXPECT_EQ(os.str(), expected.str() + std::string(100, '#'));
+
+  std::ostringstream appended(before, std::ios::ate);
+  EXPECT_TRUE(group.save(appended, 1));
+  EXPECT_EQ(appended.str(), before + expected.str());
+}
+
+TEST(TextForm, ALineOfAnyLengthIsHandedOverAsItIs) {
+  for (const size_t length : {0, 200, 240, 250, 251, 252, 253, 256, 300, 100'000}) {
+    SCOPED_TRACE(length);
+    const std::string value(length, 'v');
+    std::ostringstream os;
+    putLine(os, 1, "N", "=", value);
+    EXPECT_EQ(os.str(), "    N=" + value + "\n");
+  }
 }
 
 }  // namespace

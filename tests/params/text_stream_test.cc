@@ -6,7 +6,7 @@
 #include <limits>
 #include <sstream>
 
-#include "lparams/params/text_form.h"
+#include "lparams/params/text_writer.h"
 
 namespace LPARAMS::Server {
 namespace {
@@ -45,23 +45,23 @@ std::string expectedLines() {
   return os.str();
 }
 
-TEST(TextStream, GetsWhatAnyStreamGetsWhateverItsMemoryWas) {
+TEST(TextStream, GetsWhatAnyStreamGetsWhateverSizeIsExpected) {
   const std::string expected = expectedLines();
   std::ostringstream other;
   putLines(other);
   EXPECT_EQ(other.str(), expected);
   const size_t size = expected.size();
-  for (const size_t memory : {size_t{0}, size_t{1}, size_t{63}, size / 2, size - 1, size, size + 1,
-                              size + 20, 10 * size}) {
-    TextStream os(std::string(memory, '?'));
+  for (const size_t guess : {size_t{0}, size_t{1}, size_t{63}, size / 2, size - 1, size, size + 1,
+                             size + 20, 10 * size}) {
+    TextStream os(guess);
     putLines(os);
     EXPECT_TRUE(os.good());
-    EXPECT_EQ(os.take(), expected) << memory;
+    EXPECT_EQ(os.take(), expected) << guess;
   }
 }
 
 TEST(TextStream, TakesWhatComesPastTheLinesInItsPlace) {
-  TextStream os{std::string()};
+  TextStream os(0);
   os << 1234567 << ' ';
   putLine(os, 1, "LINE");
   os.put('x');
@@ -71,7 +71,7 @@ TEST(TextStream, TakesWhatComesPastTheLinesInItsPlace) {
 }
 
 TEST(TextStream, GivesBackMemoryThatIsFarTooLarge) {
-  TextStream os(std::string(100'000, '?'));
+  TextStream os(100'000);
   putLine(os, 0, "a line of more than what a string holds in place");
   const std::string text = os.take();
   EXPECT_EQ(text, "a line of more than what a string holds in place\n");
@@ -79,18 +79,26 @@ TEST(TextStream, GivesBackMemoryThatIsFarTooLarge) {
 }
 
 TEST(TextStream, ThrowsWhatMakesItFail) {
-  TextStream os{std::string()};
+  TextStream os(0);
   EXPECT_THROW(os.setstate(std::ios::badbit), std::ios::failure);
   EXPECT_THROW(os.setstate(std::ios::failbit), std::ios::failure);
 }
 
-TEST(TextStream, IsKnownByItsBufferAndOtherStreamsAreNot) {
-  TextStream os{std::string()};
-  EXPECT_EQ(TextStream::bufferOf(os), os.rdbuf());
+TEST(TextStream, HasRoomForALineThatIsLongerThanAllBefore) {
+  TextStream os(10);
+  const std::string value(1'000'000, 'v');
+  putLine(os, 3, "NAME", "=", value);
+  putLine(os, 0, "end");
+  EXPECT_EQ(os.take(), "            NAME=" + value + "\nend\n");
+}
+
+TEST(TextStream, IsKnownAndOtherStreamsAreNot) {
+  TextStream os(0);
+  EXPECT_EQ(TextStream::of(os), &os);
   std::ostringstream other;
-  EXPECT_EQ(TextStream::bufferOf(other), nullptr);
+  EXPECT_EQ(TextStream::of(other), nullptr);
   std::ostream none(nullptr);
-  EXPECT_EQ(TextStream::bufferOf(none), nullptr);
+  EXPECT_EQ(TextStream::of(none), nullptr);
 }
 
 }  // namespace

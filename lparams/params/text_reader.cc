@@ -1,5 +1,7 @@
-#include "lparams/params/text_form.h"
+#include "lparams/params/text_reader.h"
 
+#include <charconv>
+#include <concepts>
 #include <locale>
 #include <utility>
 
@@ -47,13 +49,13 @@ constexpr std::string_view WHITE_SPACE = " \t\n\v\f\r";
 /// else: it is for the stream to say what that means.
 template <std::integral T>
 bool takeDigits(std::istream& is, T& value) {
-  const std::string_view unread = StreamAreas::unread(is);
+  const std::string_view unread = GetArea::unread(is);
   const size_t start = unread.find_first_not_of(WHITE_SPACE);
   if (start == std::string_view::npos) return false;
   const char* const end = unread.data() + unread.size();
   const auto [stop, error] = std::from_chars(unread.data() + start, end, value);
   if (error != std::errc() || stop == end) return false;  // the number may go on behind the buffer
-  StreamAreas::consume(is, static_cast<size_t>(stop - unread.data()));
+  GetArea::consume(is, static_cast<size_t>(stop - unread.data()));
   return true;
 }
 
@@ -68,13 +70,6 @@ void extractNumber(std::istream& is, T& value) {
 }
 
 }  // namespace
-
-void putPieces(std::ostream& os, int indent, std::initializer_list<std::string_view> pieces) {
-  for (; indent > 0; --indent) os.write(LEVEL.data(), LEVEL.size());
-  for (const std::string_view piece : pieces) {
-    os.write(piece.data(), static_cast<std::streamsize>(piece.size()));
-  }
-}
 
 void extractValue(std::istream& is, bool& value) { extractPlain(is, value); }
 void extractValue(std::istream& is, unsigned short& value) { extractNumber(is, value); }
