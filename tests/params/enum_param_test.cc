@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include "lparams/params/text_stream.h"
 #include "tests/params/load_rows.h"
 #include "tests/support/param_forms.h"
 
@@ -128,6 +129,40 @@ TEST_F(EnumParamTest, LoadComparesWholePieces) {
               {"_LL_EVENTSX\n", 0, {"badValue(LEVEL, \"_LL_EVENTSX\")"}},
               {"_LL_EVENTS\0\n"s, 0, {"badValue(LEVEL, \"_LL_EVENTS\\x00\")"}},
               {"_LL_EVENT\xD3\n", 0, {"badValue(LEVEL, \"_LL_EVENT\\xD3\")"}}});
+}
+
+TEST_F(EnumParamTest, AnEmptyTextNamesNothingAndAnEmptyPieceAnEmptyName) {
+  constexpr Variant WITH_EMPTY[] = {{3, ""}, {4, "FOUR"}, {0, nullptr}};
+  EnumParam odd(group, "ODD", 9, WITH_EMPTY);
+  checkLoads(odd, 4,
+             {{"\nnext", 9, {"badValue(ODD, \"\")"}, "next"},
+              {"", 9, {"badValue(ODD, \"\")"}},
+              {"|\n", 3},
+              {"bogus|\n", 3},
+              {"|FOUR\n", 3},
+              {"FOUR|\n", 4}});
+}
+
+/// Takes nothing.
+class RefusingBuffer : public std::streambuf {};
+
+TEST_F(EnumParamTest, SavingToAStreamThatThrowsAtTheHeadKeepsTheValue) {
+  RefusingBuffer buffer;
+  std::ostream os(&buffer);
+  os.exceptions(std::ios::badbit);
+  level.value = 7;
+  EXPECT_THROW(level.save(os, 1), std::ios::failure);
+  EXPECT_EQ(level.value, 7);
+}
+
+TEST_F(EnumParamTest, AValueWithoutANameIsSavedAsOneLineToo) {
+  level.value = 7;
+  EXPECT_EQ(savedText(level, 2), "        LEVEL=_LL_DISABLED\n");
+  EXPECT_EQ(level.value, 0);
+  level.value = 7;
+  TextStream text(0);
+  EXPECT_TRUE(level.save(text, 2));
+  EXPECT_EQ(text.take(), "        LEVEL=_LL_DISABLED\n");
 }
 
 TEST_F(EnumParamTest, WithoutALoadLogABadValueTakesTheDefaultSilently) {

@@ -50,6 +50,16 @@ TEST_F(MaskParamTest, BitsWithoutANameStayInMemoryAndOnTheWireButNotInTheFile) {
   EXPECT_EQ(savedNames(mask, 8), "=\n");
 }
 
+TEST_F(MaskParamTest, AnEmptyNameIsANameLikeAnyOther) {
+  constexpr Variant WITH_EMPTY[] = {{1, ""}, {2, "B"}, {4, "C"}, {8, ""}, {0, nullptr}};
+  MaskParam empty(group, "EMPTY", 2, WITH_EMPTY);
+  EXPECT_EQ(savedNames(empty, 7), "=|B|C\n");
+  EXPECT_EQ(savedNames(empty, 9), "=|\n");
+  EXPECT_EQ(savedNames(empty, 1), "=\n");
+  checkLoads(empty, 4,
+             {{"|B|C\n", 15}, {"B|\n", 2}, {"|\n", 9}, {"\n", 2, {"badValue(EMPTY, \"\")"}}});
+}
+
 TEST_F(MaskParamTest, ARecordIsSavedIfItSharesABitWithWhatIsLeft) {
   EXPECT_EQ(savedNames(odd, 1), "=BOTH\n");
   EXPECT_EQ(savedNames(odd, 3), "=BOTH\n");
