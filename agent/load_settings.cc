@@ -3,10 +3,10 @@
 #include <sstream>
 
 #include "agent/base/log.h"
-#include "agent/load_limit.h"
 #include "agent/load_report.h"
+#include "agent/load_timeout.h"
 #include "agent/services/markup_count.h"
-#include "agent/state/settings_text.h"
+#include "agent/state/settings_completeness.h"
 
 namespace agent {
 
@@ -17,7 +17,7 @@ std::string loadSettings(LPARAMS::Server::Server_t& server, const StateDirectory
   LoadReport report(server);
   bool loaded = false;
   {
-    const LoadLimit limit(start.text.size() + importing.value_or(0));
+    const LoadTimeout timeout(start.text.size() + importing.value_or(0));
     loaded = server.load(&report);
   }
   log(Level::Info, "settings loaded",

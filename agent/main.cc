@@ -49,9 +49,9 @@ int run(const Options& options) {
   setSystemVarDir(directory.path());
 
   Module module(options.module);
-  std::string doubt = loadSettings(module.server(), directory, start, importing);
+  std::string degradedReason = loadSettings(module.server(), directory, start, importing);
   SettingsKeeper keeper(module.server(), directory);
-  startStep(EXIT_NOT_SAVED, [&] { keeper.adopt(std::move(start), std::move(doubt)); });
+  startStep(EXIT_NOT_SAVED, [&] { keeper.adopt(std::move(start), std::move(degradedReason)); });
   const SaveHook hook(module.server(), keeper);
 
   serve(options, module.server(), keeper);

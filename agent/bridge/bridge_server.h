@@ -10,8 +10,8 @@
 #include <optional>
 #include <string>
 
+#include "agent/bridge/client_connection.h"
 #include "agent/bridge/command_service.h"
-#include "agent/bridge/session.h"
 
 namespace agent {
 
@@ -19,11 +19,8 @@ namespace agent {
 /// that runs the context, and is used on no other but where it says so.
 class BridgeServer {
  public:
-  /// Starts to listen. A directory that is not there is made, and a socket that nobody listens on
-  /// any more is replaced. The socket can be used by the agent's user and, if given, by the members
-  /// of the group. Throws StartFailure if the path cannot be listened on or others
-  /// can enter its directory. Threads of the process have small stacks from then on. REQUIRES: the
-  /// context and the service outlive the server.
+  /// Starts to listen, as listenAt() does. Threads of the process have small stacks from then on.
+  /// Throws StartFailure. REQUIRES: the context and the service outlive the server.
   BridgeServer(asio::io_context& io, std::string path, std::optional<gid_t> group,
                CommandService& service);
 
@@ -49,7 +46,7 @@ class BridgeServer {
   const std::string path_;
   asio::local::stream_protocol::acceptor acceptor_;
   asio::steady_timer retry_;  // while no client can be taken, e.g. for want of descriptors
-  std::list<std::weak_ptr<Session>> sessions_;
+  std::list<std::weak_ptr<ClientConnection>> sessions_;
   std::atomic<size_t> sessionCount_ = 0;
 };
 

@@ -113,7 +113,7 @@ std::optional<std::string> readFile(const std::string& path, size_t limit) {
   return text;
 }
 
-void placeFile(const std::string& path, std::string_view text) {
+void replaceFileAtomically(const std::string& path, std::string_view text) {
   const std::string temporary = path + TEMPORARY_SUFFIX;
   writeDurably(temporary, text, O_TRUNC);
   if (std::rename(temporary.c_str(), path.c_str()) != 0) {
@@ -136,7 +136,7 @@ std::string moveAside(const std::string& path, const std::string& name) {
   return used;
 }
 
-std::string keepCopy(const std::string& name, std::string_view text) {
+std::string writeNewFile(const std::string& name, std::string_view text) {
   std::string used = firstFree(name, [&](const std::string& to) {
     try {
       writeDurably(to, text, O_EXCL);

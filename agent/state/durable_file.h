@@ -15,9 +15,9 @@ namespace agent {
 /// that is not a regular file.
 std::optional<std::string> readFile(const std::string& path, size_t limit);
 
-/// Puts a file with the text in the place of whatever file is there, in one step: at any moment
-/// either the old or the new one is there, whole. Its mode is 0600.
-void placeFile(const std::string& path, std::string_view text);
+/// Writes a file with the text and renames it over whatever file is there: at any moment either the
+/// old or the new one is there, whole. Its mode is 0600.
+void replaceFileAtomically(const std::string& path, std::string_view text);
 
 // Both return the name that they have used: `name`, or `name` and a number where that is taken.
 // They overwrite nothing.
@@ -25,8 +25,8 @@ void placeFile(const std::string& path, std::string_view text);
 /// Gives a file another name in its directory.
 std::string moveAside(const std::string& path, const std::string& name);
 
-/// Makes a new file with the text.
-std::string keepCopy(const std::string& name, std::string_view text);
+/// Writes a new file with the text.
+std::string writeNewFile(const std::string& name, std::string_view text);
 
 /// Removes a file, if there is one.
 void removeFile(const std::string& path);

@@ -6,7 +6,7 @@
 
 #include "agent/base/log.h"
 #include "agent/state/durable_file.h"
-#include "agent/state/settings_text.h"
+#include "agent/state/settings_completeness.h"
 
 namespace agent {
 namespace {
@@ -45,7 +45,7 @@ std::optional<std::string> readLegacy(const std::string& path) {
 }
 
 void keepImported(const StateDirectory& directory, const std::string& text) {
-  (void)keepCopy(nameAside(directory.legacy(), "imported"), text);
+  (void)writeNewFile(nameAside(directory.legacy(), "imported"), text);
 }
 
 }  // namespace
@@ -54,7 +54,7 @@ StartingPoint prepareStart(const StateDirectory& directory, bool allowDefaults) 
   Copy settings = examine(directory.settings());
   if (settings.complete()) return {StartingPoint::Settings, std::move(*settings.text)};
 
-  Copy others[] = {examine(directory.twin()), examine(directory.backup())};
+  Copy others[] = {examine(directory.shadowCopy()), examine(directory.backup())};
   Copy* chosen = nullptr;
   std::vector<const Copy*> damaged;
   if (settings.damaged()) damaged.push_back(&settings);
@@ -72,7 +72,7 @@ StartingPoint prepareStart(const StateDirectory& directory, bool allowDefaults) 
     log(Level::Notice, "first start: there is no settings file", {{"file", directory.settings()}});
     return {StartingPoint::FirstStart, {}};
   }
-  placeFile(directory.settings(), *chosen->text);
+  replaceFileAtomically(directory.settings(), *chosen->text);
   log(Level::Warning, "the settings file was recovered",
       {{"file", directory.settings()}, {"from", chosen->path}});
   return {StartingPoint::Recovered, std::move(*chosen->text)};
@@ -86,13 +86,13 @@ std::optional<size_t> keepLegacySettings(const StateDirectory& directory) {
   // The module reads its own candidate first, and deletes both.
   if (own) {
     if (interrupted && interrupted != own) keepImported(directory, *interrupted);
-    placeFile(directory.importing(), *own);
+    replaceFileAtomically(directory.importing(), *own);
   } else if (interrupted) {
     log(Level::Warning, "an import of the settings of earlier versions was cut short: once more",
         {{"file", directory.legacy()}});
-    placeFile(directory.legacy(), *interrupted);
+    replaceFileAtomically(directory.legacy(), *interrupted);
   } else if (system) {
-    placeFile(directory.importing(), *system);
+    replaceFileAtomically(directory.importing(), *system);
   }
   if (system && (own || interrupted)) keepImported(directory, *system);
   for (const auto* imported : {&own, &interrupted, &system}) {

@@ -20,9 +20,9 @@ struct StartingPoint {
   std::string text;  ///< of the settings file; empty on a first start
 };
 
-/// Chooses the settings file if it is complete, else the twin, else the module's temporary file;
-/// moves aside what is damaged, puts the choice in place durably, and tells it in one line. Nothing
-/// is ever overwritten but the settings file, by a complete copy.
+/// Chooses the settings file if it is complete, else the shadow copy, else the module's temporary
+/// file; moves aside what is damaged, puts the choice in place durably, and tells it in one line.
+/// Nothing is ever overwritten but the settings file, by a complete copy.
 ///
 /// Throws std::exception, in words and with nothing touched, if something cannot be read, or if
 /// something is damaged, nothing is complete and `allowDefaults` is not given.

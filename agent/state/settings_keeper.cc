@@ -7,7 +7,7 @@
 
 #include "agent/base/log.h"
 #include "agent/state/durable_file.h"
-#include "agent/state/settings_text.h"
+#include "agent/state/settings_completeness.h"
 
 namespace agent {
 namespace {
@@ -16,26 +16,27 @@ constexpr const char* HOW_TO_FORCE = "a forced save (lparamsctl save --force) re
 
 }  // namespace
 
-void SettingsKeeper::adopt(StartingPoint start, std::string doubt) {
+void SettingsKeeper::adopt(StartingPoint start, std::string degradedReason) {
   const std::lock_guard lock(saving_);
-  if (!doubt.empty()) {
-    log(Level::Warning, "degraded: settings are served, but not saved", {{"reason", doubt}});
+  if (!degradedReason.empty()) {
+    log(Level::Warning, "degraded: settings are served, but not saved",
+        {{"reason", degradedReason}});
     if (start.source != StartingPoint::FirstStart) {
-      (void)keepCopy(nameAside(directory_.settings(), "damaged"), start.text);
+      (void)writeNewFile(nameAside(directory_.settings(), "damaged"), start.text);
       onDisk_ = std::move(start.text);
     }
     const std::lock_guard stateLock(stateMutex_);
-    state_.doubt = std::move(doubt);
+    state_.degradedReason = std::move(degradedReason);
     return;
   }
   if (start.source == StartingPoint::FirstStart) {
     start.text = currentText();
-    placeTwin(start.text);
-    placeFile(directory_.settings(), start.text);
-  } else if (readFile(directory_.twin(), MAX_SETTINGS_SIZE + 1) != start.text) {
-    placeTwin(start.text);
+    writeShadowCopy(start.text);
+    replaceFileAtomically(directory_.settings(), start.text);
+  } else if (readFile(directory_.shadowCopy(), MAX_SETTINGS_SIZE + 1) != start.text) {
+    writeShadowCopy(start.text);
   }
-  twin_ = start.text;
+  shadowCopy_ = start.text;
   onDisk_ = std::move(start.text);
   finishImport(directory_);
 }
@@ -51,7 +52,7 @@ std::string SettingsKeeper::save(bool force) {
   }
   const std::lock_guard stateLock(stateMutex_);
   if (failure.empty()) {
-    state_.doubt.clear();
+    state_.degradedReason.clear();
     state_.lastSave = std::time(nullptr);
   }
   state_.lastFailure = failure;
@@ -65,13 +66,14 @@ SettingsKeeper::State SettingsKeeper::state() const {
 
 /// Why nothing may be written; empty if it may.
 std::string SettingsKeeper::refusal(bool force) {
-  const std::string doubt = state().doubt;
-  if (!doubt.empty() && !force) {
-    return "the settings were not loaded whole (" + doubt + "); look at them, then " + HOW_TO_FORCE;
+  const std::string degradedReason = state().degradedReason;
+  if (!degradedReason.empty() && !force) {
+    return "the settings were not loaded whole (" + degradedReason + "); look at them, then " +
+           HOW_TO_FORCE;
   }
   const auto found = readFile(directory_.settings(), MAX_SETTINGS_SIZE + 1);
   if (found != onDisk_) return refuseForeignChange(found, force);
-  if (!doubt.empty()) forgetSnapshot();
+  if (!degradedReason.empty()) forgetSnapshot();
   return {};
 }
 
@@ -82,7 +84,7 @@ std::string SettingsKeeper::refuseForeignChange(const std::optional<std::string>
   if (found) {
     if (found->size() > MAX_SETTINGS_SIZE) return what + "it is too large now to be kept: move it";
     if (found != foreign_) {
-      foreignKept_ = keepCopy(nameAside(directory_.settings(), "edited"), *found);
+      foreignKept_ = writeNewFile(nameAside(directory_.settings(), "edited"), *found);
       foreign_ = found;
       log(Level::Warning, "the settings file was edited while the agent was running",
           {{"file", directory_.settings()}, {"kept", foreignKept_}});
@@ -95,10 +97,11 @@ std::string SettingsKeeper::refuseForeignChange(const std::optional<std::string>
 }
 
 void SettingsKeeper::saveDurably() {
-  if (!server_.isChanged()) return;  // the file, just looked at, holds the settings
+  const std::string text = currentText();
+  if (text == snapshot()) return;  // the file, just looked at, holds the settings
 
-  // The twin first: from here on the new settings are safe, whatever becomes of the file.
-  placeTwin(currentText());
+  // The shadow copy first: from here on the new settings are safe, whatever becomes of the file.
+  writeShadowCopy(text);
   // The module writes over the file that a crash may have left, and renames it without a sync: a
   // power cut could put its old text in the place of the settings.
   removeFile(directory_.backup());
@@ -115,18 +118,18 @@ void SettingsKeeper::saveDurably() {
       throw std::runtime_error(directory_.settings() + " does not hold what was written to it");
     }
     syncFile(directory_.settings());
-    placeTwin(written);  // a command may have come between the two texts
+    writeShadowCopy(written);  // a command may have come between the two texts
   } catch (...) {
     forgetSnapshot();  // the next save must write again
     throw;
   }
 }
 
-void SettingsKeeper::placeTwin(const std::string& text) {
-  if (twin_ == text) return;
-  twin_.reset();  // a failure leaves the one or the other
-  placeFile(directory_.twin(), text);
-  twin_ = text;
+void SettingsKeeper::writeShadowCopy(const std::string& text) {
+  if (shadowCopy_ == text) return;
+  shadowCopy_.reset();  // a failure leaves the one or the other
+  replaceFileAtomically(directory_.shadowCopy(), text);
+  shadowCopy_ = text;
 }
 
 std::string SettingsKeeper::currentText() {

@@ -24,18 +24,18 @@ class SettingsKeeper {
   SettingsKeeper(LPARAMS::Server::Server_t& server, const StateDirectory& directory)
       : server_(server), directory_(directory) {}
 
-  /// Makes durable what the module has loaded. `doubt` says why the load was not whole, or is
-  /// empty; with a doubt nothing but a copy is written, and saves are refused until one is forced.
-  /// Throws std::system_error.
-  void adopt(StartingPoint start, std::string doubt);
+  /// Makes durable what the module has loaded. `degradedReason` says why the load was not whole; it
+  /// is empty if it was. If there is a reason, only a copy of the file is written, and saves are
+  /// refused until one is forced. Throws std::system_error.
+  void adopt(StartingPoint start, std::string degradedReason);
 
   /// Saves the settings. Returns why it was refused or failed, in words; empty after a success.
-  /// `force` confirms settings in doubt and replaces a file that somebody else has changed, of
-  /// which a copy is kept.
+  /// `force` confirms settings that were not loaded whole, and replaces a file that somebody else
+  /// has changed; a copy of that file is kept.
   std::string save(bool force);
 
   struct State {
-    std::string doubt;                    ///< why saves are refused; empty if they are not
+    std::string degradedReason;           ///< why saves are refused; empty if they are not
     std::optional<std::time_t> lastSave;  ///< the last success in this process
     std::string lastFailure;              ///< of the last save, in words; empty after a success
   };
@@ -46,7 +46,7 @@ class SettingsKeeper {
   std::string refusal(bool force);
   std::string refuseForeignChange(const std::optional<std::string>& found, bool force);
   void saveDurably();
-  void placeTwin(const std::string& text);
+  void writeShadowCopy(const std::string& text);
   std::string currentText();
   std::string snapshot();
   void forgetSnapshot();
@@ -54,11 +54,11 @@ class SettingsKeeper {
   LPARAMS::Server::Server_t& server_;
   const StateDirectory& directory_;
 
-  std::mutex saving_;                   // taken first; protects the next four
-  std::optional<std::string> onDisk_;   // the settings file, as the agent left it
-  std::optional<std::string> twin_;     // the twin, likewise
-  std::optional<std::string> foreign_;  // the last change by somebody else,
-  std::string foreignKept_;             // and the name of its copy
+  std::mutex saving_;                      // taken first; protects the next four
+  std::optional<std::string> onDisk_;      // the settings file, as the agent left it
+  std::optional<std::string> shadowCopy_;  // the shadow copy, likewise
+  std::optional<std::string> foreign_;     // the last change by somebody else,
+  std::string foreignKept_;                // and the name of its copy
 
   mutable std::mutex stateMutex_;  // protects the next one
   State state_;

@@ -22,7 +22,7 @@ class StateDirectory {
   /// What the module writes before it renames it over the settings.
   std::string backup() const { return at("localsettings.ini.bak"); }
   /// The agent's own durable copy of the settings.
-  std::string twin() const { return at("localsettings.ini.good"); }
+  std::string shadowCopy() const { return at("localsettings.ini.good"); }
   /// The settings of earlier versions, which the module imports and deletes.
   std::string legacy() const { return at("localsettings.xml"); }
   /// Those settings, kept from before an import until its values are durable.

@@ -131,13 +131,13 @@ def check_saves(build, reference, performance, phase, call):
 
 
 def check_loaded(reference, performance):
-    """True: the agent has said that the settings are in doubt."""
+    """True: the agent has said that the settings were not loaded whole."""
     try:
         found = settings_of(performance.agent, performance.state)
     except Lost:
         return True
     if found not in reference.after_start.allowed:
-        raise Lost(f"other settings are served, without a doubt: {performance.agent.said()}")
+        raise Lost(f"other settings are served, and not as degraded: {performance.agent.said()}")
     return False
 
 

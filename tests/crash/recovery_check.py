@@ -4,7 +4,7 @@ import os
 from typing import NamedTuple
 
 from agent_process import Agent, Hung
-from scenarios import SETTINGS, TWIN
+from scenarios import SETTINGS, SHADOW_COPY
 
 
 class Settings(NamedTuple):
@@ -40,11 +40,11 @@ def settings_of(agent, state):
     client = agent.connect()
     try:
         values = client.read_all()
-        doubt = client.status()["degraded"]
+        degraded_reason = client.status()["degraded"]
     finally:
         client.close()
-    if doubt:
-        raise Lost("degraded: " + doubt)
+    if degraded_reason:
+        raise Lost("degraded: " + degraded_reason)
     return Settings(read_files(state)[SETTINGS], values)
 
 
@@ -64,8 +64,8 @@ def recover(build, state, run, expectation):
         known = "of the expected text" if found.text in texts else "of another text"
         raise Lost(f"other settings than expected are served, {known}: {agent.said()}")
     files = read_files(state)
-    if files.get(TWIN) != found.text:
-        raise Lost("the twin differs from the settings file after the start")
+    if files.get(SHADOW_COPY) != found.text:
+        raise Lost("the shadow copy differs from the settings file after the start")
     for content in expectation.keeps:
         if content not in files.values():
             raise Lost(f"{content[:30]!r}... is in no file any more: {', '.join(files)}")

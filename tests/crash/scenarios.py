@@ -8,7 +8,7 @@ from typing import NamedTuple, Optional
 from bridge_client import block
 
 SETTINGS = "localsettings.ini"
-TWIN = "localsettings.ini.good"
+SHADOW_COPY = "localsettings.ini.good"
 BACKUP = "localsettings.ini.bak"
 LEGACY = "localsettings.xml"
 IMPORTING = "localsettings.xml.importing"
@@ -55,12 +55,13 @@ def scenarios(source):
         Scenario("first start, save", {}),
         Scenario("earlier version, save", {LEGACY: legacy}, keeps=(legacy,)),
         Scenario("import cut short, save", {IMPORTING: legacy}, keeps=(legacy,)),
-        Scenario("damaged, twin, save", {SETTINGS: damaged, TWIN: settings, BACKUP: older},
+        Scenario("damaged, shadow copy, save",
+                 {SETTINGS: damaged, SHADOW_COPY: settings, BACKUP: older},
                  keeps=(damaged,)),
         Scenario("damaged, .bak, save", {SETTINGS: damaged, BACKUP: settings}, keeps=(damaged,)),
-        Scenario("edited, forced save", {SETTINGS: settings, TWIN: settings}, Save(force=True),
+        Scenario("edited, forced save", {SETTINGS: settings, SHADOW_COPY: settings}, Save(force=True),
                  edit=edited, keeps=(edited,)),
-        Scenario("edited, refused save", {SETTINGS: settings, TWIN: settings},
+        Scenario("edited, refused save", {SETTINGS: settings, SHADOW_COPY: settings},
                  Save(succeeds=False), edit=edited, keeps=(edited,)),
         Scenario("many users, save", {SETTINGS: many_users(settings, 25)}),
     ]

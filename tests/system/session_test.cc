@@ -87,7 +87,7 @@ TEST_F(Sessions, ThatTheAgentCannotWaitForAreClosedAndTold) {
   EXPECT_EQ(connect().read("ADMIN").result, 1);
 }
 
-// Takes as long as the agent's patience, 20 s and up to 5 more.
+// Takes as long as the agent's client time-out, 20 s and up to 5 more.
 TEST_F(Sessions, ThatStopHalfWayAreEndedAndIdleOnesAreNot) {
   makePolicyLarge();
   const BridgeClient idle = connect();

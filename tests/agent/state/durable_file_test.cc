@@ -39,7 +39,7 @@ class DurableFile : public testing::Test {
 
 TEST_F(DurableFile, PlacesAPrivateFile) {
   const mode_t before = ::umask(0);
-  placeFile(file_, "text");
+  replaceFileAtomically(file_, "text");
   (void)::umask(before);
   EXPECT_EQ(directory_.text("file"), "text");
   EXPECT_EQ(directory_.mode("file"), 0600u);
@@ -50,7 +50,7 @@ TEST_F(DurableFile, ReplacesInOneStep) {
   directory_.write("file", "the old text");
   ASSERT_EQ(::link(file_.c_str(), directory_.at("old").c_str()), 0);
   directory_.write("file.new", "the long rest of an attempt that was cut short");
-  placeFile(file_, "new");
+  replaceFileAtomically(file_, "new");
   EXPECT_EQ(directory_.text("file"), "new");
   EXPECT_EQ(directory_.text("old"), "the old text");  // not written over: another file
   EXPECT_THAT(directory_.names(), ElementsAre("file", "old"));
@@ -63,11 +63,11 @@ TEST_F(DurableFile, FollowsNoLink) {
             "/file cannot be opened: Too many levels of symbolic links");
   EXPECT_EQ(errorOf([&] { syncFile(file_); }),
             "/file cannot be opened: Too many levels of symbolic links");
-  placeFile(file_, "in the place of the link");
+  replaceFileAtomically(file_, "in the place of the link");
   EXPECT_EQ(directory_.text("file"), "in the place of the link");
 
   std::filesystem::create_symlink("target", directory_.at("file.new"));
-  EXPECT_EQ(errorOf([&] { placeFile(file_, "new"); }),
+  EXPECT_EQ(errorOf([&] { replaceFileAtomically(file_, "new"); }),
             "/file.new cannot be created: Too many levels of symbolic links");
   EXPECT_EQ(directory_.text("target"), "untouched");
   EXPECT_EQ(directory_.text("file"), "in the place of the link");
@@ -80,8 +80,9 @@ TEST_F(DurableFile, KeepsTheOldFileWhenTheNewOneCannotBeWritten) {
   (void)::getrlimit(RLIMIT_FSIZE, &limit);
   const rlimit small{4, limit.rlim_max};
   (void)::setrlimit(RLIMIT_FSIZE, &small);
-  const std::string place = errorOf([&] { placeFile(file_, "the new text"); });
-  const std::string keep = errorOf([&] { (void)keepCopy(directory_.at("copy"), "the new text"); });
+  const std::string place = errorOf([&] { replaceFileAtomically(file_, "the new text"); });
+  const std::string keep =
+      errorOf([&] { (void)writeNewFile(directory_.at("copy"), "the new text"); });
   (void)::setrlimit(RLIMIT_FSIZE, &limit);
   (void)std::signal(SIGXFSZ, before);
 
@@ -92,7 +93,8 @@ TEST_F(DurableFile, KeepsTheOldFileWhenTheNewOneCannotBeWritten) {
 
 TEST_F(DurableFile, LeavesNoTemporaryWhereADirectoryIsInTheWay) {
   (void)::mkdir(file_.c_str(), 0700);
-  EXPECT_EQ(errorOf([&] { placeFile(file_, "text"); }), "/file cannot be replaced: Is a directory");
+  EXPECT_EQ(errorOf([&] { replaceFileAtomically(file_, "text"); }),
+            "/file cannot be replaced: Is a directory");
   EXPECT_THAT(directory_.names(), ElementsAre("file"));
 }
 
@@ -110,9 +112,9 @@ TEST_F(DurableFile, MovesAsideWithoutOverwriting) {
 TEST_F(DurableFile, KeepsCopiesWithoutOverwriting) {
   const std::string copy = directory_.at("copy");
   directory_.write("copy-2", "taken");
-  EXPECT_EQ(keepCopy(copy, "first"), copy);
-  EXPECT_EQ(keepCopy(copy, "third"), copy + "-3");
-  EXPECT_EQ(keepCopy(copy, ""), copy + "-4");
+  EXPECT_EQ(writeNewFile(copy, "first"), copy);
+  EXPECT_EQ(writeNewFile(copy, "third"), copy + "-3");
+  EXPECT_EQ(writeNewFile(copy, ""), copy + "-4");
   EXPECT_THAT(directory_.contents(),
               ElementsAre("copy: first", "copy-2: taken", "copy-3: third", "copy-4: "));
   EXPECT_EQ(directory_.mode("copy"), 0600u);
@@ -153,10 +155,11 @@ TEST_F(DurableFile, EveryErrorNamesThePath) {
     const char* message;
   } rows[] = {
       {[&] { (void)readFile(below, 1); }, "/file/below cannot be opened: Not a directory"},
-      {[&] { placeFile(below, ""); }, "/file/below.new cannot be created: Not a directory"},
-      {[&] { placeFile(inAbsent, ""); },
+      {[&] { replaceFileAtomically(below, ""); },
+       "/file/below.new cannot be created: Not a directory"},
+      {[&] { replaceFileAtomically(inAbsent, ""); },
        "/absent/x.new cannot be created: No such file or directory"},
-      {[&] { (void)keepCopy(below, ""); }, "/file/below cannot be created: Not a directory"},
+      {[&] { (void)writeNewFile(below, ""); }, "/file/below cannot be created: Not a directory"},
       {[&] { (void)moveAside(absent, file_); },
        "/absent cannot be moved aside: No such file or directory"},
       {[&] { syncFile(absent); }, "/absent cannot be opened: No such file or directory"},

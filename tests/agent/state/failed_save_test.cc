@@ -20,7 +20,7 @@ using agent_testing::HookedRename;
 using agent_testing::KeptSettings;
 using agent_testing::renameReally;
 using agent_testing::SETTINGS;
-using agent_testing::TWIN;
+using agent_testing::SHADOW_COPY;
 using testing::StartsWith;
 
 class FailedSave : public testing::Test {
@@ -43,7 +43,7 @@ class FailedSave : public testing::Test {
   void expectSuccessNow() {
     EXPECT_EQ(settings_->keeper().save(false), "");
     EXPECT_EQ(directory_.text(SETTINGS), exampleSettings(501));
-    EXPECT_EQ(directory_.text(TWIN), exampleSettings(501));
+    EXPECT_EQ(directory_.text(SHADOW_COPY), exampleSettings(501));
     EXPECT_FALSE(settings_->server().isChanged());
     EXPECT_EQ(settings_->keeper().state().lastFailure, "");
   }
@@ -52,26 +52,26 @@ class FailedSave : public testing::Test {
   std::optional<KeptSettings> settings_;
 };
 
-TEST_F(FailedSave, BeforeTheTwin) {
+TEST_F(FailedSave, BeforeTheShadowCopy) {
   const std::string temporary = directory_.at("localsettings.ini.good.new");
   ASSERT_EQ(::mkdir(temporary.c_str(), 0700), 0);
   EXPECT_EQ(settings_->keeper().save(false), temporary + " cannot be created: Is a directory");
   EXPECT_EQ(directory_.text(SETTINGS), exampleSettings());
-  EXPECT_EQ(directory_.text(TWIN), exampleSettings());
+  EXPECT_EQ(directory_.text(SHADOW_COPY), exampleSettings());
   EXPECT_TRUE(settings_->server().isChanged());
 
   directory_.remove("localsettings.ini.good.new");
   expectSuccessNow();
 }
 
-TEST_F(FailedSave, AtTheTwin) {
+TEST_F(FailedSave, AtTheShadowCopy) {
   {
-    const HookedRename hooked(failing(TWIN));
+    const HookedRename hooked(failing(SHADOW_COPY));
     EXPECT_EQ(settings_->keeper().save(false),
-              directory_.at(TWIN) + " cannot be replaced: Input/output error");
+              directory_.at(SHADOW_COPY) + " cannot be replaced: Input/output error");
   }
   EXPECT_EQ(directory_.text(SETTINGS), exampleSettings());
-  EXPECT_EQ(directory_.text(TWIN), exampleSettings());
+  EXPECT_EQ(directory_.text(SHADOW_COPY), exampleSettings());
   expectSuccessNow();
 }
 
@@ -84,13 +84,13 @@ TEST_F(FailedSave, AtTheModulesRename) {
     EXPECT_EQ(settings_->keeper().state().lastSave, std::nullopt);
   }
   EXPECT_EQ(directory_.text(SETTINGS), "(absent)");  // the module has removed it
-  EXPECT_EQ(directory_.text(TWIN), exampleSettings(501));
+  EXPECT_EQ(directory_.text(SHADOW_COPY), exampleSettings(501));
   expectSuccessNow();  // the agent knows why the file is missing
 }
 
 TEST_F(FailedSave, OfTheModulesText) {
   settings_->setPort(500);
-  directory_.remove(SETTINGS);  // so that the twin holds the text already and is not written
+  directory_.remove(SETTINGS);  // so that the shadow copy holds the text already and is not written
   const auto before = std::signal(SIGXFSZ, SIG_IGN);
   rlimit limit{};
   (void)::getrlimit(RLIMIT_FSIZE, &limit);
@@ -100,7 +100,7 @@ TEST_F(FailedSave, OfTheModulesText) {
   (void)::setrlimit(RLIMIT_FSIZE, &limit);
   (void)std::signal(SIGXFSZ, before);
   EXPECT_THAT(failure, StartsWith("write failed: " + directory_.at(BACKUP) + ", error: "));
-  EXPECT_EQ(directory_.text(TWIN), exampleSettings());
+  EXPECT_EQ(directory_.text(SHADOW_COPY), exampleSettings());
 
   settings_->setPort(501);
   expectSuccessNow();
@@ -116,7 +116,7 @@ TEST_F(FailedSave, AtTheReadBack) {
     });
     EXPECT_EQ(settings_->keeper().save(false), settings + " does not hold what was written to it");
   }
-  EXPECT_EQ(directory_.text(TWIN), exampleSettings(501));
+  EXPECT_EQ(directory_.text(SHADOW_COPY), exampleSettings(501));
   EXPECT_TRUE(settings_->server().isChanged());
   expectSuccessNow();
 }

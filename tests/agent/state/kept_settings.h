@@ -15,14 +15,14 @@
 namespace agent_testing {
 
 inline const char* const SETTINGS = "localsettings.ini";
-inline const char* const TWIN = "localsettings.ini.good";
+inline const char* const SHADOW_COPY = "localsettings.ini.good";
 inline const char* const BACKUP = "localsettings.ini.bak";
 
 /// A state directory, its module and its keeper. One exists at a time.
 class KeptSettings {
  public:
   /// Loads and adopts what lies in the directory.
-  explicit KeptSettings(const ScratchDirectory& directory, const std::string& doubt = {})
+  explicit KeptSettings(const ScratchDirectory& directory, const std::string& degradedReason = {})
       : state_(directory.path) {
     agent::StartingPoint start = agent::prepareStart(state_, false);
     if (start.source == agent::StartingPoint::FirstStart) agent::keepLegacySettings(state_);
@@ -31,7 +31,7 @@ class KeptSettings {
     agent::LoadReport report(server());
     loaded = server().load(&report);
     keeper_.emplace(server(), state_);
-    keeper_->adopt(std::move(start), doubt);
+    keeper_->adopt(std::move(start), degradedReason);
   }
 
   LPARAMS::Server::Server_t& server() { return module_->server(); }

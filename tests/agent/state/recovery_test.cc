@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <stdexcept>
 
-#include "agent/state/settings_text.h"
+#include "agent/state/settings_completeness.h"
 #include "tests/agent/state/scratch_directory.h"
 
 namespace agent {
@@ -18,7 +18,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 
 const char* const SETTINGS = "localsettings.ini";
-const char* const TWIN = "localsettings.ini.good";
+const char* const SHADOW_COPY = "localsettings.ini.good";
 const char* const BACKUP = "localsettings.ini.bak";
 
 std::string wholeText(const std::string& marker) {
@@ -48,7 +48,7 @@ std::string refusalOf(const StateDirectory& state, bool allowDefaults = false) {
 struct Row {
   explicit Row(const std::string& letters) {
     put(directory, SETTINGS, letters[0]);
-    put(directory, TWIN, letters[1]);
+    put(directory, SHADOW_COPY, letters[1]);
     put(directory, BACKUP, letters[2]);
   }
 
@@ -57,7 +57,7 @@ struct Row {
 };
 
 TEST(Recovery, ChoosesACompleteFile) {
-  // The letters are those of the settings, the twin and the backup.
+  // The letters are those of the settings, the shadow copy and the backup.
   const struct {
     const char* before;
     const char* chosen;
@@ -74,13 +74,13 @@ TEST(Recovery, ChoosesACompleteFile) {
       {"WD-", SETTINGS, "WD-", StartingPoint::Settings},
       {"WDW", SETTINGS, "WDW", StartingPoint::Settings},
       {"WDD", SETTINGS, "WDD", StartingPoint::Settings},
-      // Then the twin, then the backup. What is damaged is moved aside.
-      {"-W-", TWIN, "WW-", StartingPoint::Recovered},
-      {"-WW", TWIN, "WWW", StartingPoint::Recovered},
-      {"-WD", TWIN, "WW-", StartingPoint::Recovered},
-      {"DW-", TWIN, "WW-", StartingPoint::Recovered},
-      {"DWW", TWIN, "WWW", StartingPoint::Recovered},
-      {"DWD", TWIN, "WW-", StartingPoint::Recovered},
+      // Then the shadow copy, then the backup. What is damaged is moved aside.
+      {"-W-", SHADOW_COPY, "WW-", StartingPoint::Recovered},
+      {"-WW", SHADOW_COPY, "WWW", StartingPoint::Recovered},
+      {"-WD", SHADOW_COPY, "WW-", StartingPoint::Recovered},
+      {"DW-", SHADOW_COPY, "WW-", StartingPoint::Recovered},
+      {"DWW", SHADOW_COPY, "WWW", StartingPoint::Recovered},
+      {"DWD", SHADOW_COPY, "WW-", StartingPoint::Recovered},
       {"--W", BACKUP, "W-W", StartingPoint::Recovered},
       {"-DW", BACKUP, "W-W", StartingPoint::Recovered},
       {"D-W", BACKUP, "W-W", StartingPoint::Recovered},
@@ -95,7 +95,7 @@ TEST(Recovery, ChoosesACompleteFile) {
     const std::string chosen = *row.chosen == '\0' ? "" : wholeText(row.chosen);
     EXPECT_EQ(start.text, chosen);
 
-    const char* const names[] = {SETTINGS, TWIN, BACKUP};
+    const char* const names[] = {SETTINGS, SHADOW_COPY, BACKUP};
     for (int i = 0; i < 3; ++i) {
       const std::string name = names[i];
       const bool placed = i == 0 && row.source == StartingPoint::Recovered;
@@ -120,7 +120,7 @@ TEST(Recovery, DoesNotStartOnDefaultsByItself) {
     const Row files(before);
     const auto untouched = files.directory.contents();
     const std::string refusal = refusalOf(files.state);
-    const char* const names[] = {SETTINGS, TWIN, BACKUP};
+    const char* const names[] = {SETTINGS, SHADOW_COPY, BACKUP};
     std::string expected = "no complete settings in " + files.directory.path + ":";
     for (size_t i = 0; i < 3; ++i) {
       if (before[i] != 'D') continue;
@@ -141,15 +141,15 @@ TEST(Recovery, DoesNotStartOnDefaultsByItself) {
 TEST(Recovery, DefaultsMayBeAllowedWhereTheyAreNotNeeded) {
   const Row whole("WWW");
   EXPECT_EQ(prepareStart(whole.state, true).source, StartingPoint::Settings);
-  const Row twin("DW-");
-  EXPECT_EQ(prepareStart(twin.state, true).source, StartingPoint::Recovered);
+  const Row shadowCopy("DW-");
+  EXPECT_EQ(prepareStart(shadowCopy.state, true).source, StartingPoint::Recovered);
 }
 
 TEST(Recovery, AnEmptyFileAndOneThatIsTooLargeAreDamaged) {
   for (const std::string& text : {std::string(), std::string(MAX_SETTINGS_SIZE + 1, '\n')}) {
     const Row files("-W-");
     files.directory.write(SETTINGS, text);
-    EXPECT_EQ(prepareStart(files.state, false).text, wholeText(TWIN));
+    EXPECT_EQ(prepareStart(files.state, false).text, wholeText(SHADOW_COPY));
     EXPECT_TRUE(files.directory.textOfOnly("localsettings.ini.damaged-") == text);
   }
 }
@@ -169,7 +169,7 @@ TEST(Recovery, WhatIsKeptIsNeverOverwritten) {
 
 TEST(Recovery, WhatCannotBeReadStopsTheStartWithNothingTouched) {
   const char* const notRegular = "cannot be used: it is not a regular file";
-  for (const std::string name : {SETTINGS, TWIN, BACKUP}) {
+  for (const std::string name : {SETTINGS, SHADOW_COPY, BACKUP}) {
     SCOPED_TRACE(name);
     const Row files("DDW");
     files.directory.remove(name);

@@ -7,7 +7,7 @@
 #include <filesystem>
 #include <initializer_list>
 
-#include "agent/state/settings_text.h"
+#include "agent/state/settings_completeness.h"
 #include "tests/agent/state/kept_settings.h"
 
 namespace agent {
@@ -16,7 +16,7 @@ namespace {
 using agent_testing::exampleSettings;
 using agent_testing::KeptSettings;
 using agent_testing::SETTINGS;
-using agent_testing::TWIN;
+using agent_testing::SHADOW_COPY;
 using testing::ElementsAre;
 using testing::EndsWith;
 using testing::HasSubstr;
@@ -29,12 +29,12 @@ ino_t inodeOf(const std::string& path) {
 
 class Keeper : public testing::Test {
  protected:
-  /// The usual contents after a start or a save: settings and twin with the same text.
+  /// The usual contents after a start or a save: settings and shadow copy with the same text.
   void expectBothHold(const std::string& text) {
     EXPECT_EQ(directory_.text(SETTINGS), text);
-    EXPECT_EQ(directory_.text(TWIN), text);
+    EXPECT_EQ(directory_.text(SHADOW_COPY), text);
     EXPECT_EQ(directory_.mode(SETTINGS), 0600u);
-    EXPECT_EQ(directory_.mode(TWIN), 0600u);
+    EXPECT_EQ(directory_.mode(SHADOW_COPY), 0600u);
   }
 
   const agent_testing::ScratchDirectory directory_;
@@ -44,7 +44,7 @@ TEST_F(Keeper, AFirstStartIsPlacedAtOnce) {
   KeptSettings settings(directory_);
   EXPECT_EQ(incompleteBecause(directory_.text(SETTINGS)), "");
   expectBothHold(settings.server().rawSettings);
-  EXPECT_THAT(directory_.names(), ElementsAre(SETTINGS, TWIN, "localsettings.lock"));
+  EXPECT_THAT(directory_.names(), ElementsAre(SETTINGS, SHADOW_COPY, "localsettings.lock"));
   EXPECT_FALSE(settings.server().isChanged());
   EXPECT_EQ(settings.keeper().state().lastSave, std::nullopt);
 }
@@ -56,27 +56,27 @@ TEST_F(Keeper, AnImportIsPlacedAtOnce) {
   KeptSettings settings(directory_);
   expectBothHold(settings.server().rawSettings);
   EXPECT_THAT(directory_.text(SETTINGS), HasSubstr("PMP_SERVERS=pmp1.example.com, pmp2"));
-  EXPECT_THAT(directory_.names(),
-              ElementsAre(SETTINGS, TWIN, "localsettings.lock", "localsettings.xml.imported-TIME"));
+  EXPECT_THAT(directory_.names(), ElementsAre(SETTINGS, SHADOW_COPY, "localsettings.lock",
+                                              "localsettings.xml.imported-TIME"));
   EXPECT_EQ(directory_.textOfOnly("localsettings.xml.imported-"), legacy);
 }
 
-TEST_F(Keeper, TheTwinFollowsTheSettings) {
+TEST_F(Keeper, TheShadowCopyFollowsTheSettings) {
   directory_.write(SETTINGS, exampleSettings());
   { const KeptSettings settings(directory_); }
-  EXPECT_EQ(directory_.text(TWIN), exampleSettings());
+  EXPECT_EQ(directory_.text(SHADOW_COPY), exampleSettings());
 
   directory_.write(SETTINGS, exampleSettings(501));
   { const KeptSettings settings(directory_); }
-  EXPECT_EQ(directory_.text(TWIN), exampleSettings(501));
+  EXPECT_EQ(directory_.text(SHADOW_COPY), exampleSettings(501));
   EXPECT_EQ(directory_.text(SETTINGS), exampleSettings(501));
 
-  const ino_t twin = inodeOf(directory_.at(TWIN));
+  const ino_t before = inodeOf(directory_.at(SHADOW_COPY));
   { const KeptSettings settings(directory_); }
-  EXPECT_EQ(inodeOf(directory_.at(TWIN)), twin);  // not written again
+  EXPECT_EQ(inodeOf(directory_.at(SHADOW_COPY)), before);  // not written again
 }
 
-TEST_F(Keeper, SavesTheTwinAndTheSettings) {
+TEST_F(Keeper, SavesTheShadowCopyAndTheSettings) {
   directory_.write(SETTINGS, exampleSettings());
   KeptSettings settings(directory_);
   for (const uint16_t port : std::initializer_list<uint16_t>{501, 502, 503}) {
@@ -84,7 +84,7 @@ TEST_F(Keeper, SavesTheTwinAndTheSettings) {
     EXPECT_EQ(settings.keeper().save(false), "");
     expectBothHold(exampleSettings(port));
   }
-  EXPECT_THAT(directory_.names(), ElementsAre(SETTINGS, TWIN, "localsettings.lock"));
+  EXPECT_THAT(directory_.names(), ElementsAre(SETTINGS, SHADOW_COPY, "localsettings.lock"));
   EXPECT_NE(settings.keeper().state().lastSave, std::nullopt);
   EXPECT_EQ(settings.keeper().state().lastFailure, "");
 }
@@ -100,10 +100,10 @@ TEST_F(Keeper, WithoutAChangeNothingIsWritten) {
 
 TEST_F(Keeper, InDoubtNothingIsSavedUnlessForced) {
   directory_.write(SETTINGS, exampleSettings());
-  directory_.write(TWIN, exampleSettings(502));
+  directory_.write(SHADOW_COPY, exampleSettings(502));
   KeptSettings settings(directory_, "half of it is missing");
   EXPECT_EQ(directory_.textOfOnly("localsettings.ini.damaged-"), exampleSettings());
-  EXPECT_EQ(settings.keeper().state().doubt, "half of it is missing");
+  EXPECT_EQ(settings.keeper().state().degradedReason, "half of it is missing");
 
   const std::string refusal =
       "the settings were not loaded whole (half of it is missing); look at them, then a forced "
@@ -113,11 +113,11 @@ TEST_F(Keeper, InDoubtNothingIsSavedUnlessForced) {
   EXPECT_EQ(settings.keeper().save(false), refusal);
   EXPECT_EQ(settings.keeper().state().lastFailure, refusal);
   EXPECT_EQ(directory_.text(SETTINGS), exampleSettings());
-  EXPECT_EQ(directory_.text(TWIN), exampleSettings(502));  // may be the better one
+  EXPECT_EQ(directory_.text(SHADOW_COPY), exampleSettings(502));  // may be the better one
 
   EXPECT_EQ(settings.keeper().save(true), "");
   expectBothHold(exampleSettings(501));
-  EXPECT_EQ(settings.keeper().state().doubt, "");
+  EXPECT_EQ(settings.keeper().state().degradedReason, "");
   EXPECT_EQ(settings.keeper().state().lastFailure, "");
   settings.setPort(503);
   EXPECT_EQ(settings.keeper().save(false), "");
@@ -191,7 +191,7 @@ TEST_F(Keeper, ARemovedFileIsReplacedOnlyByForce) {
   EXPECT_EQ(directory_.text(SETTINGS), "(absent)");
   EXPECT_EQ(settings.keeper().save(true), "");
   expectBothHold(exampleSettings());
-  EXPECT_THAT(directory_.names(), ElementsAre(SETTINGS, TWIN, "localsettings.lock"));
+  EXPECT_THAT(directory_.names(), ElementsAre(SETTINGS, SHADOW_COPY, "localsettings.lock"));
 }
 
 TEST_F(Keeper, AnEditThatCannotBeKeptIsNotReplacedByForceEither) {
@@ -206,7 +206,7 @@ TEST_F(Keeper, AnEditThatCannotBeKeptIsNotReplacedByForceEither) {
   (void)::mkdir(directory_.at(SETTINGS).c_str(), 0700);
   EXPECT_THAT(settings.keeper().save(true), HasSubstr("it is not a regular file"));
   EXPECT_EQ(directory_.text(SETTINGS), "(not a file)");
-  EXPECT_EQ(directory_.text(TWIN), exampleSettings());
+  EXPECT_EQ(directory_.text(SHADOW_COPY), exampleSettings());
 }
 
 }  // namespace

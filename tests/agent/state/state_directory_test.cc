@@ -39,7 +39,7 @@ TEST_F(StateDirectoryTest, NamesWhatMayLieInIt) {
   EXPECT_EQ(directory.path(), path_);
   EXPECT_EQ(directory.settings(), path_ + "/localsettings.ini");
   EXPECT_EQ(directory.backup(), path_ + "/localsettings.ini.bak");
-  EXPECT_EQ(directory.twin(), path_ + "/localsettings.ini.good");
+  EXPECT_EQ(directory.shadowCopy(), path_ + "/localsettings.ini.good");
   EXPECT_EQ(directory.legacy(), path_ + "/localsettings.xml");
   EXPECT_EQ(directory.importing(), path_ + "/localsettings.xml.importing");
 }

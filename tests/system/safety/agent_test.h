@@ -20,7 +20,7 @@ namespace safety {
 inline constexpr const char* AGENT = PRODUCTS_DIR "/lparams_agent";
 
 inline const char* const SETTINGS = "localsettings.ini";
-inline const char* const TWIN = "localsettings.ini.good";
+inline const char* const SHADOW_COPY = "localsettings.ini.good";
 inline const char* const BACKUP = "localsettings.ini.bak";
 
 using Arguments = std::vector<std::string>;

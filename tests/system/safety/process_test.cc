@@ -163,7 +163,7 @@ TEST_F(AgentProcess, PassesNoDescriptorOn) {
 TEST_F(AgentProcess, WhatItWritesIsPrivate) {
   const auto open = [] { (void)::umask(0); };
   state_.write(SETTINGS, settingsWithoutGroups());
-  state_.write(TWIN, "");
+  state_.write(SHADOW_COPY, "");
   std::filesystem::permissions(state_.at(SETTINGS), std::filesystem::perms(0600));
   start({}, {.inChild = open});
   EXPECT_EQ(ctl({"save", "--force"}).exitCode, 0);
@@ -176,7 +176,7 @@ TEST_F(AgentProcess, WhatItWritesIsPrivate) {
     EXPECT_EQ(entry.status().permissions(), std::filesystem::perms(0600)) << entry.path();
     ++count;
   }
-  EXPECT_EQ(count, 5);  // settings, twin, lock, the damaged and the edited copy
+  EXPECT_EQ(count, 5);  // settings, shadow copy, lock, the damaged and the edited copy
 }
 
 TEST_F(AgentProcess, OutlivesClientsThatGoAway) {

@@ -34,7 +34,7 @@ class Save : public AgentTest {
 
   void expectBothHold(const std::string& text) {
     EXPECT_EQ(state_.text(SETTINGS), text);
-    EXPECT_EQ(state_.text(TWIN), text);
+    EXPECT_EQ(state_.text(SHADOW_COPY), text);
   }
 };
 
@@ -49,7 +49,7 @@ TEST_F(Save, ThatWasAcknowledgedSurvivesAKill) {
     start();
     EXPECT_EQ(get("IKE.IKE_PORT"), std::to_string(port) + "\n");
   }
-  EXPECT_THAT(state_.names(), ElementsAre(SETTINGS, TWIN, "localsettings.lock"));
+  EXPECT_THAT(state_.names(), ElementsAre(SETTINGS, SHADOW_COPY, "localsettings.lock"));
 }
 
 TEST_F(Save, OfASettingsFileThatWasEdited) {
@@ -84,14 +84,14 @@ TEST_F(Save, WithADirectoryInTheWay) {
   (void)::mkdir(state_.at(BACKUP).c_str(), 0700);
   expectRefused(state_.at(BACKUP) + " cannot be removed: Is a directory");
   EXPECT_EQ(state_.text(SETTINGS), exampleSettings());
-  EXPECT_EQ(state_.text(TWIN), exampleSettings(501));
+  EXPECT_EQ(state_.text(SHADOW_COPY), exampleSettings(501));
   state_.remove(BACKUP);
   save();
   expectBothHold(exampleSettings(501));
 }
 
 TEST_F(Save, ThatOutgrowsTheLimitOfAFile) {
-  state_.write(TWIN, exampleSettings());  // so that the start has nothing to write
+  state_.write(SHADOW_COPY, exampleSettings());  // so that the start has nothing to write
   start({}, {.inChild = [] {
           const rlimit limit{2000, RLIM_INFINITY};
           (void)::setrlimit(RLIMIT_FSIZE, &limit);
@@ -102,7 +102,7 @@ TEST_F(Save, ThatOutgrowsTheLimitOfAFile) {
   }
   EXPECT_EQ(get("IKE.IKE_PORT"), "501\n");
   expectBothHold(exampleSettings());
-  EXPECT_THAT(state_.names(), ElementsAre(SETTINGS, TWIN, "localsettings.lock"));
+  EXPECT_THAT(state_.names(), ElementsAre(SETTINGS, SHADOW_COPY, "localsettings.lock"));
 
   const rlimit enough{RLIM_INFINITY, RLIM_INFINITY};
   ASSERT_EQ(::prlimit(agent_->pid(), RLIMIT_FSIZE, &enough, nullptr), 0);
@@ -112,7 +112,7 @@ TEST_F(Save, ThatOutgrowsTheLimitOfAFile) {
 
 TEST_F(Save, OfSettingsThatWereNotLoadedWhole) {
   state_.write(SETTINGS, settingsWithoutGroups());
-  state_.write(TWIN, exampleSettings());
+  state_.write(SHADOW_COPY, exampleSettings());
   start();
   EXPECT_THAT(log(), HasSubstr("warning: degraded: settings are served, but not saved "
                                "reason=\"the settings file lacks groups\"\n"));
@@ -123,12 +123,12 @@ TEST_F(Save, OfSettingsThatWereNotLoadedWhole) {
   set("LOG.BACKUP_DEPTH=8");
   expectRefused("the settings were not loaded whole (the settings file lacks groups); ");
   EXPECT_EQ(state_.text(SETTINGS), settingsWithoutGroups());
-  EXPECT_EQ(state_.text(TWIN), exampleSettings());
+  EXPECT_EQ(state_.text(SHADOW_COPY), exampleSettings());
 
   EXPECT_EQ(ctl({"save", "--force"}), (Outcome{0, "saved\n"}));
   EXPECT_EQ(state("degraded"), "no");
   EXPECT_THAT(state_.text(SETTINGS), HasSubstr("BACKUP_DEPTH=8\n"));
-  EXPECT_EQ(state_.text(TWIN), state_.text(SETTINGS));
+  EXPECT_EQ(state_.text(SHADOW_COPY), state_.text(SETTINGS));
   kill();
   start();
   EXPECT_THAT(log(), Not(HasSubstr("degraded")));

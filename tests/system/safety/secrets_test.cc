@@ -83,7 +83,7 @@ TEST_F(Secrets, OfADamagedFileAreNotReported) {
     std::string text = settingsWithSecret();
     text.replace(text.find(from), from.size(), to);
     state_.write(SETTINGS, text);
-    state_.write(TWIN, settingsWithSecret());
+    state_.write(SHADOW_COPY, settingsWithSecret());
     start();
     EXPECT_THAT(log(), HasSubstr("warning: ")) << to;
     expectNoSecretInTheLog();

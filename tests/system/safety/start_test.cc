@@ -122,13 +122,13 @@ TEST_F(Start, NothingButADirectory) {
   }
 }
 
-TEST_F(Start, FromTheTwin) {
+TEST_F(Start, FromTheShadowCopy) {
   state_.write(SETTINGS, exampleSettings(501).substr(0, 1000));
-  state_.write(TWIN, exampleSettings(502));
+  state_.write(SHADOW_COPY, exampleSettings(502));
   state_.write(BACKUP, exampleSettings(503));
   start();
   EXPECT_THAT(log(), HasSubstr("warning: the settings file was recovered file=" +
-                               state_.at(SETTINGS) + " from=" + state_.at(TWIN) + "\n"));
+                               state_.at(SETTINGS) + " from=" + state_.at(SHADOW_COPY) + "\n"));
   EXPECT_EQ(get("IKE.IKE_PORT"), "502\n");
   kill();
   EXPECT_EQ(state_.text(SETTINGS), exampleSettings(502));
@@ -137,12 +137,12 @@ TEST_F(Start, FromTheTwin) {
 
 TEST_F(Start, FromTheBackup) {
   state_.write(SETTINGS, "");
-  state_.write(TWIN, std::string(exampleSettings()).append(1, '\0'));
+  state_.write(SHADOW_COPY, std::string(exampleSettings()).append(1, '\0'));
   state_.write(BACKUP, exampleSettings(503));
   start();
   EXPECT_THAT(log(), HasSubstr("from=" + state_.at(BACKUP) + "\n"));
   EXPECT_EQ(get("IKE.IKE_PORT"), "503\n");
-  EXPECT_EQ(state_.text(TWIN), exampleSettings(503));
+  EXPECT_EQ(state_.text(SHADOW_COPY), exampleSettings(503));
   EXPECT_EQ(state_.textOfOnly("localsettings.ini.damaged-"), "");
 }
 
@@ -168,11 +168,11 @@ TEST_F(Start, NotFromDamagedFilesAlone) {
 
 TEST_F(Start, NotIfAFileIsNoFile) {
   (void)::mkdir(state_.at(SETTINGS).c_str(), 0700);
-  state_.write(TWIN, exampleSettings());
+  state_.write(SHADOW_COPY, exampleSettings());
   expectRefusal(agent::EXIT_BAD_CONFIG,
                 state_.at(SETTINGS) + " cannot be used: it is not a regular file: Invalid argument",
                 {"--allow-defaults"});
-  EXPECT_THAT(state_.names(), ElementsAre(SETTINGS, TWIN, "localsettings.lock"));
+  EXPECT_THAT(state_.names(), ElementsAre(SETTINGS, SHADOW_COPY, "localsettings.lock"));
 }
 
 TEST_F(Start, NotIfNothingCanBeMadeDurable) {
@@ -191,7 +191,7 @@ TEST_F(Start, AFirstStartSurvivesAKill) {
   kill();
   const std::string text = state_.text(SETTINGS);
   EXPECT_THAT(text, StartsWith("/ROOT="));
-  EXPECT_EQ(state_.text(TWIN), text);
+  EXPECT_EQ(state_.text(SHADOW_COPY), text);
   start();
   EXPECT_THAT(log(), Not(HasSubstr("first start")));
   EXPECT_EQ(state_.text(SETTINGS), text);

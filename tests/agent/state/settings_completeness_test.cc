@@ -1,4 +1,4 @@
-#include "agent/state/settings_text.h"
+#include "agent/state/settings_completeness.h"
 
 #include <gtest/gtest.h>
 
@@ -12,7 +12,7 @@ using namespace std::string_literals;
 
 const std::string SMALLEST = "/ROOT=\nend=\n";
 
-TEST(SettingsText, WholeFiles) {
+TEST(SettingsCompleteness, WholeFiles) {
   const std::string rows[] = {
       SMALLEST,
       agent_testing::exampleSettings(),
@@ -32,7 +32,7 @@ TEST(SettingsText, WholeFiles) {
   }
 }
 
-TEST(SettingsText, TellsWhatIsMissing) {
+TEST(SettingsCompleteness, TellsWhatIsMissing) {
   const struct {
     std::string text;
     const char* reason;
@@ -60,7 +60,7 @@ TEST(SettingsText, TellsWhatIsMissing) {
   }
 }
 
-TEST(SettingsText, EveryCutIsSeen) {
+TEST(SettingsCompleteness, EveryCutIsSeen) {
   const std::string whole = agent_testing::exampleSettings();
   const size_t lastByteThatCounts = whole.size() - 1;  // the line end may be missing
   for (size_t length = 0; length < lastByteThatCounts; ++length) {
@@ -68,7 +68,7 @@ TEST(SettingsText, EveryCutIsSeen) {
   }
 }
 
-TEST(SettingsText, Limit) {
+TEST(SettingsCompleteness, Limit) {
   const std::string filler(MAX_SETTINGS_SIZE - SMALLEST.size(), '\n');
   EXPECT_EQ(incompleteBecause(SMALLEST + filler), "");
   EXPECT_EQ(incompleteBecause(SMALLEST + filler + "\n"), "it is larger than 16 MiB");

@@ -1,4 +1,4 @@
-#include "agent/state/settings_text.h"
+#include "agent/state/settings_completeness.h"
 
 namespace agent {
 namespace {

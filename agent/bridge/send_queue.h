@@ -16,14 +16,14 @@ namespace agent {
 /// Writes frames to a client's socket in the order in which they are sent, and keeps what the
 /// socket does not take. Thread-safe; nothing but waitUntilWritten() waits for the client. Its lock
 /// is the innermost: nobody is called while it is held but `onBacklog`.
-class Outbox {
+class SendQueue {
  public:
   using Clock = std::chrono::steady_clock;
 
   /// `onBacklog` is called when the socket is full, with the lock held: it sees to it that
   /// writeMore() is called when the socket takes more. REQUIRES: the socket stays open while the
   /// object is used.
-  Outbox(int socket, std::function<void()> onBacklog);
+  SendQueue(int socket, std::function<void()> onBacklog);
 
   enum class Outcome {
     Written,

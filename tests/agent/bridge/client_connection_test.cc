@@ -29,9 +29,9 @@ std::string frameOf(const std::string& body) {
   return std::string(1, static_cast<char>(body.size())) + std::string(3, '\0') + body;
 }
 
-class SessionLimits : public testing::Test {
+class ClientConnection : public testing::Test {
  protected:
-  ~SessionLimits() override {
+  ~ClientConnection() override {
     asio::post(io_, [this] { server_.stop(); });
     loop_.join();
   }
@@ -71,7 +71,7 @@ class SessionLimits : public testing::Test {
   std::thread loop_{[this] { io_.run(); }};
 };
 
-TEST_F(SessionLimits, WhatIsNoHelloEndsTheSession) {
+TEST_F(ClientConnection, WhatIsNoHelloEndsTheSession) {
   for (const std::string hello : {"GET / HTTP/1.1\r\n\r\n", "LPBS\1\0\0\0", "lpbr\1\0\0\0"}) {
     const RawClient client(socket_);
     client.send(hello + std::string(8, '\0'));
@@ -80,7 +80,7 @@ TEST_F(SessionLimits, WhatIsNoHelloEndsTheSession) {
   expectServed(newClient());
 }
 
-TEST_F(SessionLimits, AnotherVersionIsToldTheRightOne) {
+TEST_F(ClientConnection, AnotherVersionIsToldTheRightOne) {
   for (const uint32_t version : {0u, 2u, 0x01000000u, 0xFFFFFFFFu}) {
     const RawClient client(socket_);
     client.send(bridge::encodeHello(version));
@@ -88,7 +88,7 @@ TEST_F(SessionLimits, AnotherVersionIsToldTheRightOne) {
   }
 }
 
-TEST_F(SessionLimits, WhatIsNoRequestEndsTheSession) {
+TEST_F(ClientConnection, WhatIsNoRequestEndsTheSession) {
   const std::string command = bridge::encode(bridge::Request(bridge::Command{13, 1}));
   const std::string bodies[] = {
       "",
@@ -108,7 +108,7 @@ TEST_F(SessionLimits, WhatIsNoRequestEndsTheSession) {
   }
 }
 
-TEST_F(SessionLimits, FramesMayHave16MiB) {
+TEST_F(ClientConnection, FramesMayHave16MiB) {
   const uint32_t limit = bridge::MAX_FRAME_SIZE;
   const RawClient& client = newClient();
   bridge::Command command{13, 0};
@@ -125,7 +125,7 @@ TEST_F(SessionLimits, FramesMayHave16MiB) {
   }
 }
 
-TEST_F(SessionLimits, RequestsMayArriveInPiecesOrTogether) {
+TEST_F(ClientConnection, RequestsMayArriveInPiecesOrTogether) {
   const RawClient client(socket_);
   const std::string status = bridge::encode(bridge::Request(bridge::StatusRequest{}));
   for (const char c : bridge::encodeHello() + status) client.send({c});
@@ -136,7 +136,7 @@ TEST_F(SessionLimits, RequestsMayArriveInPiecesOrTogether) {
   for (int i = 0; i < 3; ++i) EXPECT_TRUE(client.receive());
 }
 
-TEST_F(SessionLimits, ThereAreSoManySessions) {
+TEST_F(ClientConnection, ThereAreSoManySessions) {
   for (size_t i = 0; i < MAX_SESSIONS; ++i) (void)newClient();
   EXPECT_EQ(sessions(), MAX_SESSIONS);
   const RawClient turnedAway(socket_);
@@ -148,7 +148,7 @@ TEST_F(SessionLimits, ThereAreSoManySessions) {
   expectServed(newClient());
 }
 
-TEST_F(SessionLimits, ASubscriberThatTakesNoEventsIsClosed) {
+TEST_F(ClientConnection, ASubscriberThatTakesNoEventsIsClosed) {
   const RawClient& sleeper = newClient();
   EXPECT_EQ(sleeper.exchange(bridge::Subscription{}), (Reply{.result = 1}));
   const RawClient& writer = newClient();
@@ -166,7 +166,7 @@ TEST_F(SessionLimits, ASubscriberThatTakesNoEventsIsClosed) {
   expectServed(writer);
 }
 
-TEST_F(SessionLimits, ASubscriberMayTakeItsEventsLate) {
+TEST_F(ClientConnection, ASubscriberMayTakeItsEventsLate) {
   const RawClient& sleeper = newClient();
   EXPECT_EQ(sleeper.exchange(bridge::Subscription{}), (Reply{.result = 1}));
   const RawClient& writer = newClient();
@@ -180,7 +180,7 @@ TEST_F(SessionLimits, ASubscriberMayTakeItsEventsLate) {
   expectServed(sleeper);
 }
 
-TEST_F(SessionLimits, EventsComeAfterTheReplyToTheSubscription) {
+TEST_F(ClientConnection, EventsComeAfterTheReplyToTheSubscription) {
   const RawClient& writer = newClient();
   std::atomic<bool> done = false;
   std::jthread writing([&] {
@@ -197,7 +197,7 @@ TEST_F(SessionLimits, EventsComeAfterTheReplyToTheSubscription) {
   done = true;
 }
 
-TEST_F(SessionLimits, ASilentClientIsClosedWhenItHasBegunSomething) {
+TEST_F(ClientConnection, ASilentClientIsClosedWhenItHasBegunSomething) {
   const RawClient idle(socket_);
   ASSERT_TRUE(idle.greet());
   const RawClient& idleSubscriber = newClient();

@@ -1,4 +1,4 @@
-// One client on the bridge's socket.
+// The connection to one client.
 #pragma once
 
 #include <array>
@@ -16,37 +16,37 @@
 
 #include "agent/base/bridge_session.h"
 #include "agent/bridge/command_service.h"
-#include "agent/bridge/outbox.h"
+#include "agent/bridge/send_queue.h"
 
 namespace agent {
 
-/// Reads requests off a socket, executes them one at a time, and writes the replies and, for a
-/// subscriber, the events, until the client goes, sends what is no request, stops in the middle of
-/// something, or stop() is called.
+/// Reads requests from a socket, executes them one at a time, and sends the replies and, to a
+/// subscriber, the events. Ends when the client closes the socket, sends something else than a
+/// request or runs into a time-out, or when stop() is called.
 ///
-/// A session has a thread of its own, which waits for the client, and for what the client's
-/// commands wait for: no session is held up by another. Its clock and its end are the matter of the
+/// Each connection has a thread of its own for its requests, so that no client waits for another
+/// one's command. Time-outs, waiting for a full socket and the clean-up at the end run on the
 /// thread that runs the context. Keeps itself alive until its end.
-class Session : public std::enable_shared_from_this<Session> {
+class ClientConnection : public std::enable_shared_from_this<ClientConnection> {
  public:
   /// Takes the socket. `onEnd` is called once, on the context's thread. REQUIRES: the context and
-  /// the service outlive the session.
-  Session(asio::io_context& io, int socket, BridgeSession peer, CommandService& service,
-          std::function<void()> onEnd);
-  ~Session();
+  /// the service outlive the connection.
+  ClientConnection(asio::io_context& io, int socket, BridgeSession peer, CommandService& service,
+                   std::function<void()> onEnd);
+  ~ClientConnection();
 
-  Session(const Session&) = delete;
-  Session& operator=(const Session&) = delete;
+  ClientConnection(const ClientConnection&) = delete;
+  ClientConnection& operator=(const ClientConnection&) = delete;
 
   /// Starts to serve the client. Throws std::system_error if there can be no thread for it; `onEnd`
   /// is not called then.
   void start();
 
-  /// Ends the session as soon as the running command, if any, has been answered.
+  /// Ends the connection as soon as the running command, if any, has been answered.
   void stop();
 
  private:
-  using Clock = Outbox::Clock;
+  using Clock = SendQueue::Clock;
 
   // On the context's thread.
   void waitUntilWritable();
@@ -54,7 +54,7 @@ class Session : public std::enable_shared_from_this<Session> {
   bool isOverdue() const;
   void finish();
 
-  // On the session's own.
+  // On the connection's own.
   void run();
   bool handleHello();
   void serve();
@@ -64,24 +64,24 @@ class Session : public std::enable_shared_from_this<Session> {
   bool handleRequest(const bridge::Request& request);
   bool subscribe();
   bool send(const bridge::Reply& reply);
-  bool settle(Outbox::Outcome outcome);
+  bool settle(SendQueue::Outcome outcome);
 
   // On any.
-  Outbox::Outcome post(std::string_view frame);
+  SendQueue::Outcome post(std::string_view frame);
   void interrupt();
 
   asio::io_context& io_;
   const int socket_;
   asio::steady_timer timer_;
-  asio::posix::stream_descriptor writable_;  // the socket's twin, while it is full
+  asio::posix::stream_descriptor writable_;  // a duplicate of the socket, while it is full
   BridgeSession peer_;
   CommandService& service_;
   std::function<void()> onEnd_;
-  Outbox outbox_;
+  SendQueue sendQueue_;
   std::thread thread_;
   bool ended_ = false;
 
-  // Of the session's thread while there is one.
+  // Used by the connection's thread only, while there is one.
   std::optional<ChangeTracker::Ticket> subscription_;
   std::array<char, 4096> chunk_{};
   std::string input_;  // received and not yet handled
@@ -94,7 +94,7 @@ class Session : public std::enable_shared_from_this<Session> {
   std::atomic<State> state_ = State::Waiting;
 
   static constexpr Clock::rep NOTHING = 0;
-  std::atomic<Clock::rep> owedSince_;  // when the client began a hello or a frame; NOTHING if not
+  std::atomic<Clock::rep> waitingSince_;  // for the rest of a hello or frame; NOTHING if not
 };
 
 }  // namespace agent

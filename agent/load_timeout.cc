@@ -1,4 +1,4 @@
-#include "agent/load_limit.h"
+#include "agent/load_timeout.h"
 
 #include <sys/time.h>
 #include <unistd.h>
@@ -14,10 +14,10 @@ namespace {
 constexpr time_t SECONDS = 1;
 constexpr size_t BYTES_PER_SECOND = 256 * 1024;  // far slower than any machine
 
-void setLimit(time_t seconds) {
-  itimerval limit{};
-  limit.it_value.tv_sec = seconds;
-  (void)::setitimer(ITIMER_PROF, &limit, nullptr);
+void setTimer(time_t seconds) {
+  itimerval timer{};
+  timer.it_value.tv_sec = seconds;
+  (void)::setitimer(ITIMER_PROF, &timer, nullptr);
 }
 
 /// Runs in the middle of anything: no memory, no streams, no log.
@@ -30,13 +30,13 @@ void endProcess(int /*signal*/) {
 
 }  // namespace
 
-LoadLimit::LoadLimit(size_t bytes) {
+LoadTimeout::LoadTimeout(size_t bytes) {
   (void)std::signal(SIGPROF, endProcess);
-  setLimit(SECONDS + static_cast<time_t>(bytes / BYTES_PER_SECOND));
+  setTimer(SECONDS + static_cast<time_t>(bytes / BYTES_PER_SECOND));
 }
 
-LoadLimit::~LoadLimit() {
-  setLimit(0);
+LoadTimeout::~LoadTimeout() {
+  setTimer(0);
   (void)std::signal(SIGPROF, SIG_DFL);
 }
 

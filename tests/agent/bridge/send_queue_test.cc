@@ -1,4 +1,4 @@
-#include "agent/bridge/outbox.h"
+#include "agent/bridge/send_queue.h"
 
 #include <gtest/gtest.h>
 #include <sys/socket.h>
@@ -11,11 +11,11 @@
 namespace agent {
 namespace {
 
-using Outcome = Outbox::Outcome;
+using Outcome = SendQueue::Outcome;
 
-class OutboxTest : public testing::Test {
+class SendQueueTest : public testing::Test {
  protected:
-  ~OutboxTest() override {
+  ~SendQueueTest() override {
     (void)::close(sockets_[0]);
     closeClient();
   }
@@ -40,7 +40,7 @@ class OutboxTest : public testing::Test {
   std::string fill() {
     for (std::string sent;;) {
       const std::string frame(10000, static_cast<char>('a' + sent.size() / 10000 % 26));
-      const Outcome outcome = outbox_.send(frame);
+      const Outcome outcome = sendQueue_.send(frame);
       sent += frame;
       if (outcome != Outcome::Written) {
         EXPECT_EQ(outcome, Outcome::Pending);
@@ -57,83 +57,83 @@ class OutboxTest : public testing::Test {
 
   std::array<int, 2> sockets_ = socketPair();
   int backlogs_ = 0;
-  Outbox outbox_{sockets_[0], [this] { ++backlogs_; }};
+  SendQueue sendQueue_{sockets_[0], [this] { ++backlogs_; }};
 };
 
-TEST_F(OutboxTest, WritesAtOnceWhatTheSocketTakes) {
-  EXPECT_EQ(outbox_.send("one "), Outcome::Written);
-  EXPECT_EQ(outbox_.send("two"), Outcome::Written);
+TEST_F(SendQueueTest, WritesAtOnceWhatTheSocketTakes) {
+  EXPECT_EQ(sendQueue_.send("one "), Outcome::Written);
+  EXPECT_EQ(sendQueue_.send("two"), Outcome::Written);
   EXPECT_EQ(taken(), "one two");
   EXPECT_EQ(backlogs_, 0);
-  EXPECT_FALSE(outbox_.untakenSince());
-  EXPECT_TRUE(outbox_.waitUntilWritten());
+  EXPECT_FALSE(sendQueue_.untakenSince());
+  EXPECT_TRUE(sendQueue_.waitUntilWritten());
 }
 
-TEST_F(OutboxTest, KeepsTheRestInItsOrder) {
-  const auto before = Outbox::Clock::now();
+TEST_F(SendQueueTest, KeepsTheRestInItsOrder) {
+  const auto before = SendQueue::Clock::now();
   std::string sent = fill();
   EXPECT_EQ(backlogs_, 1);
   for (int i = 0; i < 200; ++i) {
     const std::string frame = std::to_string(i) + std::string(10000, '-');
-    EXPECT_EQ(outbox_.send(frame), Outcome::Pending);
+    EXPECT_EQ(sendQueue_.send(frame), Outcome::Pending);
     sent += frame;
   }
   EXPECT_EQ(backlogs_, 1) << "one is under way";
-  ASSERT_TRUE(outbox_.untakenSince());
-  EXPECT_GE(*outbox_.untakenSince(), before);
+  ASSERT_TRUE(sendQueue_.untakenSince());
+  EXPECT_GE(*sendQueue_.untakenSince(), before);
 
   std::string received = taken();
-  while (outbox_.untakenSince()) {
+  while (sendQueue_.untakenSince()) {
     const int known = backlogs_;
-    outbox_.writeMore();
-    EXPECT_EQ(backlogs_, known + (outbox_.untakenSince() ? 1 : 0));
+    sendQueue_.writeMore();
+    EXPECT_EQ(backlogs_, known + (sendQueue_.untakenSince() ? 1 : 0));
     received += taken();
   }
   EXPECT_EQ(received, sent);
-  EXPECT_EQ(outbox_.send("again"), Outcome::Written);
+  EXPECT_EQ(sendQueue_.send("again"), Outcome::Written);
 }
 
-TEST_F(OutboxTest, WaitsUntilAllIsWritten) {
+TEST_F(SendQueueTest, WaitsUntilAllIsWritten) {
   const std::string sent = fill();
-  auto done = std::async(std::launch::async, [this] { return outbox_.waitUntilWritten(); });
+  auto done = std::async(std::launch::async, [this] { return sendQueue_.waitUntilWritten(); });
   EXPECT_EQ(done.wait_for(std::chrono::milliseconds(20)), std::future_status::timeout);
   std::string received = taken();
-  outbox_.writeMore();
+  sendQueue_.writeMore();
   EXPECT_TRUE(done.get());
   EXPECT_EQ(received += taken(), sent);
 }
 
-TEST_F(OutboxTest, AThousandFramesAreTheMost) {
+TEST_F(SendQueueTest, AThousandFramesAreTheMost) {
   (void)fill();
-  for (int i = 1; i < 1000; ++i) ASSERT_EQ(outbox_.send("x"), Outcome::Pending);
-  EXPECT_EQ(outbox_.send("x"), Outcome::Overflow);
-  EXPECT_EQ(outbox_.send("x"), Outcome::Closed);
-  EXPECT_FALSE(outbox_.untakenSince());
+  for (int i = 1; i < 1000; ++i) ASSERT_EQ(sendQueue_.send("x"), Outcome::Pending);
+  EXPECT_EQ(sendQueue_.send("x"), Outcome::Overflow);
+  EXPECT_EQ(sendQueue_.send("x"), Outcome::Closed);
+  EXPECT_FALSE(sendQueue_.untakenSince());
 }
 
-TEST_F(OutboxTest, TakesNothingOnceItIsClosed) {
+TEST_F(SendQueueTest, TakesNothingOnceItIsClosed) {
   (void)fill();
-  auto done = std::async(std::launch::async, [this] { return outbox_.waitUntilWritten(); });
-  outbox_.close();
+  auto done = std::async(std::launch::async, [this] { return sendQueue_.waitUntilWritten(); });
+  sendQueue_.close();
   EXPECT_FALSE(done.get());
   (void)taken();
-  EXPECT_EQ(outbox_.send("more"), Outcome::Closed);
-  outbox_.writeMore();
+  EXPECT_EQ(sendQueue_.send("more"), Outcome::Closed);
+  sendQueue_.writeMore();
   EXPECT_EQ(taken(), "");
 }
 
-TEST_F(OutboxTest, IsClosedWhenTheClientIsGone) {
+TEST_F(SendQueueTest, IsClosedWhenTheClientIsGone) {
   closeClient();
-  EXPECT_EQ(outbox_.send("one"), Outcome::Closed);
-  EXPECT_FALSE(outbox_.waitUntilWritten());
+  EXPECT_EQ(sendQueue_.send("one"), Outcome::Closed);
+  EXPECT_FALSE(sendQueue_.waitUntilWritten());
 }
 
-TEST_F(OutboxTest, IsClosedWhenTheClientGoesBeforeItHasTakenAll) {
+TEST_F(SendQueueTest, IsClosedWhenTheClientGoesBeforeItHasTakenAll) {
   (void)fill();
   closeClient();
-  outbox_.writeMore();
-  EXPECT_FALSE(outbox_.waitUntilWritten());
-  EXPECT_EQ(outbox_.send("one"), Outcome::Closed);
+  sendQueue_.writeMore();
+  EXPECT_FALSE(sendQueue_.waitUntilWritten());
+  EXPECT_EQ(sendQueue_.send("one"), Outcome::Closed);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-#include "agent/bridge/outbox.h"
+#include "agent/bridge/send_queue.h"
 
 #include <sys/socket.h>
 
@@ -28,10 +28,10 @@ bool writeWhatFits(int socket, std::string_view& bytes) {
 
 }  // namespace
 
-Outbox::Outbox(int socket, std::function<void()> onBacklog)
+SendQueue::SendQueue(int socket, std::function<void()> onBacklog)
     : socket_(socket), onBacklog_(std::move(onBacklog)) {}
 
-Outbox::Outcome Outbox::send(std::string_view frame) {
+SendQueue::Outcome SendQueue::send(std::string_view frame) {
   const std::lock_guard lock(mutex_);
   if (closed_) return Outcome::Closed;
   if (frames_.empty()) {
@@ -50,7 +50,7 @@ Outbox::Outcome Outbox::send(std::string_view frame) {
   return Outcome::Pending;
 }
 
-void Outbox::writeMore() {
+void SendQueue::writeMore() {
   const std::lock_guard lock(mutex_);
   while (!frames_.empty()) {
     std::string_view rest = std::string_view(frames_.front()).substr(taken_);
@@ -66,24 +66,24 @@ void Outbox::writeMore() {
   written_.notify_all();
 }
 
-bool Outbox::waitUntilWritten() {
+bool SendQueue::waitUntilWritten() {
   std::unique_lock lock(mutex_);
   written_.wait(lock, [this] { return frames_.empty(); });
   return !closed_;
 }
 
-void Outbox::close() {
+void SendQueue::close() {
   const std::lock_guard lock(mutex_);
   closeLocked();
 }
 
-void Outbox::closeLocked() {
+void SendQueue::closeLocked() {
   closed_ = true;
   frames_.clear();
   written_.notify_all();
 }
 
-std::optional<Outbox::Clock::time_point> Outbox::untakenSince() const {
+std::optional<SendQueue::Clock::time_point> SendQueue::untakenSince() const {
   const std::lock_guard lock(mutex_);
   if (frames_.empty()) return std::nullopt;
   return lastProgress_;

@@ -1,4 +1,4 @@
-#include "agent/bridge/session.h"
+#include "agent/bridge/client_connection.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -20,13 +20,14 @@
 namespace agent {
 namespace {
 
-/// How long a client may take to go on with what it has begun: a hello, a frame, taking a reply.
-constexpr std::chrono::seconds PATIENCE{20};
+/// A client is disconnected if it takes longer than this to send its hello, to send the rest of a
+/// frame that it has begun, or to take more of what the agent sends.
+constexpr std::chrono::seconds CLIENT_TIMEOUT{20};
 constexpr std::chrono::seconds CLOCK_TICK{5};
 
-/// The same when the agent stops. With the tick it is less than what a running command gets: a
-/// client that takes nothing must not keep the agent from ending well.
-constexpr std::chrono::seconds PATIENCE_AT_END{5};
+/// The same while the agent stops. With the tick this is less than a running command gets, so that
+/// a client that takes nothing cannot make the stop fail.
+constexpr std::chrono::seconds CLIENT_TIMEOUT_AT_STOP{5};
 
 bridge::Reply failure(bridge::Reason reason, std::string text) {
   return {0, reason, std::move(text)};
@@ -43,8 +44,8 @@ bool holdsFrame(std::string_view bytes) {
 
 }  // namespace
 
-Session::Session(asio::io_context& io, int socket, BridgeSession peer, CommandService& service,
-                 std::function<void()> onEnd)
+ClientConnection::ClientConnection(asio::io_context& io, int socket, BridgeSession peer,
+                                   CommandService& service, std::function<void()> onEnd)
     : io_(io),
       socket_(socket),
       timer_(io),
@@ -52,14 +53,14 @@ Session::Session(asio::io_context& io, int socket, BridgeSession peer, CommandSe
       peer_(std::move(peer)),
       service_(service),
       onEnd_(std::move(onEnd)),
-      outbox_(
+      sendQueue_(
           socket,
           [this] { asio::post(io_, [self = shared_from_this()] { self->waitUntilWritable(); }); }),
-      owedSince_(Clock::now().time_since_epoch().count()) {}
+      waitingSince_(Clock::now().time_since_epoch().count()) {}
 
-Session::~Session() { (void)::close(socket_); }
+ClientConnection::~ClientConnection() { (void)::close(socket_); }
 
-void Session::start() {
+void ClientConnection::start() {
   thread_ = std::thread([self = shared_from_this(), work = asio::make_work_guard(io_)] {
     self->run();
     asio::post(work.get_executor(), [self] { self->finish(); });
@@ -67,20 +68,20 @@ void Session::start() {
   watchClock();
 }
 
-void Session::stop() {
+void ClientConnection::stop() {
   // A session that runs something looks at its state when it is done.
   if (state_.exchange(State::Stopping) == State::Waiting) (void)::shutdown(socket_, SHUT_RD);
 }
 
-void Session::waitUntilWritable() {
+void ClientConnection::waitUntilWritable() {
   // Not the socket itself: requests that arrive on it shall wake no thread but the session's.
-  const int twin = ::fcntl(socket_, F_DUPFD_CLOEXEC, 0);
+  const int duplicate = ::fcntl(socket_, F_DUPFD_CLOEXEC, 0);
   asio::error_code failed;
-  if (twin < 0) {
+  if (duplicate < 0) {
     failed.assign(errno, asio::error::get_system_category());
   } else {
-    (void)writable_.assign(twin, failed);
-    if (failed) (void)::close(twin);
+    (void)writable_.assign(duplicate, failed);
+    if (failed) (void)::close(duplicate);
   }
   if (failed) {
     log(Level::Error, "session closed: its client cannot be waited for",
@@ -91,11 +92,11 @@ void Session::waitUntilWritable() {
                        [self = shared_from_this()](const asio::error_code& /*ended*/) {
                          asio::error_code ignored;
                          (void)self->writable_.close(ignored);
-                         self->outbox_.writeMore();
+                         self->sendQueue_.writeMore();
                        });
 }
 
-void Session::watchClock() {
+void ClientConnection::watchClock() {
   timer_.expires_after(CLOCK_TICK);
   timer_.async_wait([self = shared_from_this()](const asio::error_code& /*cancelled*/) {
     if (self->ended_) return;
@@ -108,15 +109,16 @@ void Session::watchClock() {
   });
 }
 
-bool Session::isOverdue() const {
-  const auto latest = Clock::now() - (state_ == State::Stopping ? PATIENCE_AT_END : PATIENCE);
-  const Clock::rep owedSince = owedSince_;
-  const auto untakenSince = outbox_.untakenSince();
-  return (owedSince != NOTHING && Clock::time_point(Clock::duration(owedSince)) < latest) ||
+bool ClientConnection::isOverdue() const {
+  const auto latest =
+      Clock::now() - (state_ == State::Stopping ? CLIENT_TIMEOUT_AT_STOP : CLIENT_TIMEOUT);
+  const Clock::rep waitingSince = waitingSince_;
+  const auto untakenSince = sendQueue_.untakenSince();
+  return (waitingSince != NOTHING && Clock::time_point(Clock::duration(waitingSince)) < latest) ||
          (untakenSince && *untakenSince < latest);
 }
 
-void Session::finish() {
+void ClientConnection::finish() {
   ended_ = true;
   thread_.join();
   timer_.cancel();
@@ -125,7 +127,7 @@ void Session::finish() {
   onEnd_();
 }
 
-void Session::run() {
+void ClientConnection::run() {
   bool greeted = false;
   try {
     greeted = handleHello();
@@ -139,11 +141,11 @@ void Session::run() {
   }
   if (subscription_) service_.changes().unsubscribe(*subscription_);
   if (greeted) listenerRegistry().sessionClosed(peer_);
-  (void)outbox_.waitUntilWritten();
+  (void)sendQueue_.waitUntilWritten();
 }
 
 /// False if the session ends with it.
-bool Session::handleHello() {
+bool ClientConnection::handleHello() {
   while (input_.size() < bridge::HELLO_SIZE) {
     if (!readMore()) return false;
   }
@@ -154,12 +156,12 @@ bool Session::handleHello() {
     return false;
   }
   input_.erase(0, bridge::HELLO_SIZE);
-  owedSince_ = NOTHING;
+  waitingSince_ = NOTHING;
   (void)post(bridge::encodeHello());  // tells the client of another version which would be right
   return version == bridge::PROTOCOL_VERSION;
 }
 
-void Session::serve() {
+void ClientConnection::serve() {
   while (awaitFrame()) {
     State state = State::Waiting;
     if (!state_.compare_exchange_strong(state, State::Running)) return;
@@ -170,19 +172,19 @@ void Session::serve() {
 }
 
 /// False if the client sends no more.
-bool Session::awaitFrame() {
-  bool owed = false;
+bool ClientConnection::awaitFrame() {
+  bool waiting = false;
   while (!holdsFrame(input_)) {
-    if (!input_.empty() && !std::exchange(owed, true)) {
-      owedSince_ = Clock::now().time_since_epoch().count();
+    if (!input_.empty() && !std::exchange(waiting, true)) {
+      waitingSince_ = Clock::now().time_since_epoch().count();
     }
     if (!readMore()) return false;
   }
-  if (owed) owedSince_ = NOTHING;
+  if (waiting) waitingSince_ = NOTHING;
   return true;
 }
 
-bool Session::readMore() {
+bool ClientConnection::readMore() {
   for (;;) {
     const ssize_t size = ::recv(socket_, chunk_.data(), chunk_.size(), 0);
     if (size > 0) {
@@ -200,7 +202,7 @@ bool Session::readMore() {
 }
 
 /// False if the session ends with its reply.
-bool Session::handleFrame() {
+bool ClientConnection::handleFrame() {
   const uint32_t size = bridge::decodeFrameHead(input_);
   if (isTooLarge(size)) {
     (void)send(failure(bridge::Reason::MalformedFrame, "a frame of " + std::to_string(size) +
@@ -218,7 +220,7 @@ bool Session::handleFrame() {
   return handleRequest(*request);
 }
 
-bool Session::handleRequest(const bridge::Request& request) {
+bool ClientConnection::handleRequest(const bridge::Request& request) {
   if (const auto* command = std::get_if<bridge::Command>(&request)) {
     return send(service_.execute(peer_, *command));
   }
@@ -226,17 +228,17 @@ bool Session::handleRequest(const bridge::Request& request) {
   return send(service_.status());
 }
 
-bool Session::subscribe() {
+bool ClientConnection::subscribe() {
   const bridge::Reply done{1};
   if (subscription_) return send(done);
-  Outbox::Outcome outcome{};
+  SendQueue::Outcome outcome{};
   subscription_ = service_.changes().subscribe(
       [this](const bridge::Event& event) { (void)post(bridge::encode(event)); },
       [&] { outcome = post(bridge::encode(done)); });
   return settle(outcome);
 }
 
-bool Session::send(const bridge::Reply& reply) {
+bool ClientConnection::send(const bridge::Reply& reply) {
   if (reply.output.size() > bridge::MAX_REPLY_OUTPUT) {
     return send(failure(
         bridge::Reason::ReplyTooLarge,
@@ -246,15 +248,15 @@ bool Session::send(const bridge::Reply& reply) {
 }
 
 /// A client that does not take its replies is not read from. False if it never will take this one.
-bool Session::settle(Outbox::Outcome outcome) {
-  if (outcome == Outbox::Outcome::Pending) return outbox_.waitUntilWritten();
-  return outcome == Outbox::Outcome::Written;
+bool ClientConnection::settle(SendQueue::Outcome outcome) {
+  if (outcome == SendQueue::Outcome::Pending) return sendQueue_.waitUntilWritten();
+  return outcome == SendQueue::Outcome::Written;
 }
 
 /// For replies and, on the thread of whoever has written, for events. Does not wait.
-Outbox::Outcome Session::post(std::string_view frame) {
-  const Outbox::Outcome outcome = outbox_.send(frame);
-  if (outcome == Outbox::Outcome::Overflow) {
+SendQueue::Outcome ClientConnection::post(std::string_view frame) {
+  const SendQueue::Outcome outcome = sendQueue_.send(frame);
+  if (outcome == SendQueue::Outcome::Overflow) {
     log(Level::Warning, "session closed: the client does not take its events",
         {{"uid", peer_.uid}, {"pid", peer_.pid}});
     interrupt();
@@ -263,8 +265,8 @@ Outbox::Outcome Session::post(std::string_view frame) {
 }
 
 /// Makes the session's thread come back from whatever it waits for from the client.
-void Session::interrupt() {
-  outbox_.close();
+void ClientConnection::interrupt() {
+  sendQueue_.close();
   (void)::shutdown(socket_, SHUT_RDWR);
 }
 

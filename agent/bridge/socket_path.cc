@@ -1,0 +1,96 @@
+#include "agent/bridge/socket_path.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <system_error>
+
+#include "agent/base/log.h"
+#include "agent/base/start_failure.h"
+
+namespace agent {
+namespace {
+
+using asio::local::stream_protocol;
+
+constexpr mode_t DIRECTORY_MODE = 0750;
+constexpr mode_t SOCKET_MODE = 0660;
+
+[[noreturn]] void fail(const std::string& path, const std::string& reason) {
+  throw StartFailure(EXIT_UNAVAILABLE, "socket " + path + " " + reason);
+}
+
+stream_protocol::endpoint endpointAt(const std::string& path) {
+  constexpr size_t LIMIT = sizeof(sockaddr_un::sun_path) - 1;
+  if (path.empty() || path.size() > LIMIT) {
+    fail(path, "cannot be used: a socket's path has 1 to " + std::to_string(LIMIT) + " bytes");
+  }
+  return {path};
+}
+
+/// An agent that was killed leaves its socket behind.
+void removeStale(asio::io_context& io, const stream_protocol::endpoint& endpoint) {
+  struct stat status {};
+  if (::lstat(endpoint.path().c_str(), &status) != 0) return;
+  if (!S_ISSOCK(status.st_mode)) fail(endpoint.path(), "is in the way: it is not a socket");
+  asio::error_code error;
+  stream_protocol::socket(io).connect(endpoint, error);
+  if (!error) fail(endpoint.path(), "is in use by another agent");
+  if (error != asio::error::connection_refused) {
+    fail(endpoint.path(),
+         "is in the way, and whether an agent uses it cannot be found out: " + error.message());
+  }
+  (void)::unlink(endpoint.path().c_str());
+}
+
+/// The socket alone does not keep strangers out: they could put another one in its place.
+void prepareDirectory(const std::string& path, std::optional<gid_t> group) {
+  const std::string directory =
+      std::filesystem::absolute(path).lexically_normal().parent_path().string();
+  struct stat status {};
+  if (::mkdir(directory.c_str(), 0700) == 0) {
+    if (group) (void)::chown(directory.c_str(), static_cast<uid_t>(-1), *group);
+    (void)::chmod(directory.c_str(), DIRECTORY_MODE);  // mkdir's mode is subject to the umask
+  } else if (errno != EEXIST) {
+    fail(path, "cannot be made: " + directory + ": " + std::generic_category().message(errno));
+  }
+  if (::stat(directory.c_str(), &status) != 0) {
+    fail(path, "cannot be made: " + directory + ": " + std::generic_category().message(errno));
+  }
+  if ((status.st_mode & S_IRWXO) != 0 || (status.st_mode & S_IWGRP) != 0) {
+    fail(path, "is not safe: others can enter or change its directory " + directory +
+                   "; mode 0750 would be right");
+  }
+}
+
+}  // namespace
+
+stream_protocol::acceptor listenAt(asio::io_context& io, const std::string& path,
+                                   std::optional<gid_t> group) {
+  const stream_protocol::endpoint endpoint = endpointAt(path);
+  prepareDirectory(path, group);
+  removeStale(io, endpoint);
+  stream_protocol::acceptor acceptor(io);
+  asio::error_code error;
+  (void)acceptor.open(endpoint.protocol(), error);
+  // The library opens sockets without the flag.
+  if (!error) (void)::fcntl(acceptor.native_handle(), F_SETFD, FD_CLOEXEC);
+  if (!error) (void)acceptor.bind(endpoint, error);
+  if (!error && group && ::chown(path.c_str(), static_cast<uid_t>(-1), *group) != 0) {
+    log(Level::Warning,
+        "the administrators' group cannot use the socket: it is not the agent's own",
+        {{"socket", path}, {"gid", *group}});
+  }
+  if (!error && ::chmod(path.c_str(), SOCKET_MODE) != 0) {
+    error.assign(errno, asio::error::get_system_category());
+  }
+  if (!error) (void)acceptor.listen(asio::socket_base::max_listen_connections, error);
+  if (error) fail(path, "cannot be listened on: " + error.message());
+  return acceptor;
+}
+
+}  // namespace agent
