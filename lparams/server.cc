@@ -19,6 +19,17 @@ constexpr const char* SETTINGS_FILE_NAME = "localsettings.ini";
 constexpr size_t READ_BUFFER_SIZE = 65536;  // bytes; the file of a hundred users fits
 constexpr const char* WRITTEN = "file: ";
 
+/// For the report of a load that failed, perhaps before it asked for the path. Empty only if the
+/// paths service fails even now.
+const std::string& pathForReport() {
+  try {
+    (void)default_file_name_();
+  } catch (const std::exception&) {
+    // The report says what it can.
+  }
+  return settingsFile;
+}
+
 }  // namespace
 
 const char* default_file_name_() {
@@ -79,7 +90,7 @@ bool Server_t::load(LoadLog* log) {
   } catch (const std::exception&) {
     loaded = false;
   }
-  if (!loaded) log->fileFailed(settingsFile);
+  if (!loaded) log->fileFailed(pathForReport());
   {
     Lock rootLock(*this);
     raw_settings_(*this, rawSettings);

@@ -1,12 +1,15 @@
 #include "tests/module/temp_directory.h"
 
 #include <gtest/gtest.h>
+#include <limits.h>
 #include <stdlib.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <string_view>
 #include <system_error>
 
 namespace host {
@@ -50,6 +53,15 @@ mode_t modeOf(const std::string& path) {
   struct stat status {};
   if (stat(path.c_str(), &status) != 0) fail(path);
   return status.st_mode & 07777;
+}
+
+bool isOpen(const std::string& path) {
+  for (const auto& descriptor : std::filesystem::directory_iterator("/proc/self/fd")) {
+    char target[PATH_MAX];
+    const ssize_t size = readlink(descriptor.path().c_str(), target, sizeof target);
+    if (size > 0 && path == std::string_view(target, static_cast<size_t>(size))) return true;
+  }
+  return false;
 }
 
 size_t openDescriptors() {

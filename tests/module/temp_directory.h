@@ -30,6 +30,9 @@ bool exists(const std::string& path);
 /// The permission bits of the file. Throws std::system_error.
 mode_t modeOf(const std::string& path);
 
+/// Whether this process has the file open. The path is the whole one, without links.
+bool isOpen(const std::string& path);
+
 /// How many files this process has open.
 size_t openDescriptors();
 

@@ -3,11 +3,13 @@
 #include <gmock/gmock.h>
 
 #include <filesystem>
+#include <new>
 #include <sstream>
 #include <stdexcept>
 
 #include "tests/module/call_log.h"
 #include "tests/module/child_process.h"
+#include "tests/module/failing_allocation.h"
 #include "tests/module/loaded_module.h"
 #include "tests/module/lock_calls.h"
 #include "tests/module/scripted_param.h"
@@ -134,17 +136,120 @@ TEST_F(ReaderBreaksOff, AtAnythingElseWhichLeavesTheLoad) {
   EXPECT_EQ(throwing.reports.size(), 2u);
 }
 
+/// Writes down whether the file is open while it is reported.
+class WatchingLoadLog : public RecordingLoadLog {
+ public:
+  explicit WatchingLoadLog(std::string path) : path_(std::move(path)) {}
+
+  void unknownParam(const std::string&, const std::string&) override { look("unknownParam"); }
+  void rootMismatch(const std::string&, const std::string&) override { look("rootMismatch"); }
+  void fileFailed(const std::string&) override { look("fileFailed"); }
+
+ private:
+  void look(const std::string& report) {
+    reports.push_back(report + (isOpen(path_) ? " while it is open" : " when it is closed"));
+  }
+
+  const std::string path_;
+};
+
+TEST_F(ReaderBreaksOff, WithTheFileClosedBeforeItIsReported) {
+  const struct {
+    const char* text;
+    const char* whileReading;
+  } rows[] = {
+      {"hello=", "rootMismatch while it is open"},
+      {"/ROOT=\nUNKNOWN=1\n", "unknownParam while it is open"},
+  };
+  for (const auto& [text, whileReading] : rows) {
+    writeFile(settingsPath, text);
+    WatchingLoadLog watching(settingsPath);
+    EXPECT_FALSE(root().load(&watching));
+    ASSERT_FALSE(watching.reports.empty());
+    EXPECT_EQ(watching.reports.front(), whileReading);
+    EXPECT_EQ(watching.reports.back(), "fileFailed when it is closed");
+  }
+}
+
+TEST_F(ReaderBreaksOff, WithTheFileClosedBeforeItIsReportedAfterAnExceptionToo) {
+  ScriptedParam odd(*root().ADMIN);
+  bool openInside = false;
+  odd.onLoad = [&](std::istream&) -> bool {
+    openInside = isOpen(settingsPath);
+    throw std::runtime_error("out of order");
+  };
+  writeFile(settingsPath, "/ROOT=\n/ADMIN=\nSCRIPTED=\nend=\nend=\n");
+  WatchingLoadLog watching(settingsPath);
+  EXPECT_FALSE(root().load(&watching));
+  EXPECT_TRUE(openInside);
+  EXPECT_THAT(watching.reports, ElementsAre("fileFailed when it is closed"));
+}
+
+TEST_F(ReaderBreaksOff, WithTheReportBeforeTheSnapshotAndTheLogInUseUntilAfterIt) {
+  ScriptedParam odd(*root().ADMIN);
+  writeFile(settingsPath, "hello=");
+  WatchingLoadLog watching(settingsPath);
+  odd.onSave = [&](std::ostream&) {
+    watching.reports.emplace_back("snapshot");
+    loadBadValue();
+    return true;
+  };
+  EXPECT_FALSE(root().load(&watching));
+  EXPECT_THAT(watching.reports,
+              ElementsAre("rootMismatch while it is open", "fileFailed when it is closed",
+                          "snapshot", "badValue(IKE_PORT, \"abc\")"));
+}
+
 TEST_F(ReaderBreaksOff, WhenThereIsNoDirectoryAndWorksLaterOn) {
   writeFile(settingsPath, "/ROOT=\nend=\n");
   platform().onVarDir = [] { throw std::runtime_error("no directory"); };
   EXPECT_FALSE(root().load(&log));
-  EXPECT_THAT(log.reports, ElementsAre("fileFailed(\"\")")) << "the path is not known yet";
+  EXPECT_THAT(log.reports, ElementsAre("fileFailed(\"\")")) << "nobody knows the path";
   loadBadValue();
   EXPECT_EQ(log.reports.size(), 1u);
 
   platform().onVarDir = nullptr;
   EXPECT_TRUE(root().load(&log));
   EXPECT_EQ(log.reports.back(), "paramsMissing(6, 6, ROOT)");
+}
+
+TEST_F(ReaderBreaksOff, WhenThereIsNoDirectoryAtFirstAndSaysWhichFileItWouldHaveRead) {
+  writeFile(settingsPath, "/ROOT=\nend=\n");
+  int asked = 0;
+  platform().onVarDir = [&] {
+    if (++asked == 1) throw std::runtime_error("not yet");
+  };
+  EXPECT_FALSE(root().load(&log));
+  EXPECT_THAT(log.reports, ElementsAre(fileFailed));
+}
+
+TEST_F(ReaderBreaksOff, ForWantOfMemoryAndSaysWhichFileItIs) {
+  writeFile(settingsPath, "/ROOT=\n/IKE=\nIKE_PORT=1\nend=\nend=\n");
+  constexpr int MORE_THAN_A_LOAD_MAKES = 1000;
+  int failures = 0;
+  for (bool failed = true; failed && failures < MORE_THAN_A_LOAD_MAKES;) {
+    module.reload();  // so that the path is not known
+    RecordingLoadLog log;
+    bool result = false;
+    bool left = false;
+    failAllocation(failures + 1);
+    try {
+      result = root().load(&log);
+    } catch (const std::bad_alloc&) {
+      left = true;  // not from the reading, but from the snapshot behind it
+    }
+    failed = allocationHasFailed();
+    failAllocation(0);
+    SCOPED_TRACE("allocation " + std::to_string(failures + 1));
+    if (failed) ++failures;
+    EXPECT_TRUE(failed || result);
+    if (!result && !left) {
+      ASSERT_THAT(log.reports, testing::Not(IsEmpty()));
+      EXPECT_EQ(log.reports.back(), fileFailed);
+    }
+  }
+  EXPECT_GT(failures, 5);
+  EXPECT_LT(failures, MORE_THAN_A_LOAD_MAKES);
 }
 
 TEST_F(ReaderBreaksOff, WhenAskingForTheDirectoryThrowsAnythingElse) {
