@@ -13,10 +13,13 @@ constexpr const char* SAVE_HOOK_SECTION = "LPARAMS_MODULE";
 
 enum ObserverEvent : int { CHANGE_DONE = 0, CHANGE_BEGINS = 1 };
 
-/// By index: an observer may add another one.
-void callObservers(const ParamGroup& group, ObserverEvent event) {
+/// Only groups have observers, and an agent may have appended a plain parameter to the root. By
+/// index: an observer may add another one.
+void callObservers(const Param& member, ObserverEvent event) {
+  const auto* group = dynamic_cast<const ParamGroup*>(&member);
+  if (group == nullptr) return;
   // NOLINTNEXTLINE(modernize-loop-convert)
-  for (size_t i = 0; i < group.observers.size(); ++i) group.observers[i](event);
+  for (size_t i = 0; i < group->observers.size(); ++i) group->observers[i](event);
 }
 
 }  // namespace
@@ -41,16 +44,11 @@ int Factory::ExecCommand(BridgeSession& session, long cmd, const std::string& in
   }
 }
 
-/// Every member of the root is a group.
-ParamGroup* Factory::findGroup(const std::string& name) {
-  return static_cast<ParamGroup*>(server.getParam(name));
-}
-
 int Factory::writeGroup(CommandStreamIn& in) {
   std::string name;
   take(in, name);
   basekit::ObjectLevelLockable::Lock lock(g_ioLock);
-  ParamGroup* group = findGroup(name);
+  Param* group = server.getParam(name);
   if (group == nullptr) return 0;
   callObservers(*group, CHANGE_BEGINS);
   // Kept oddity, for observers: a write that fails never tells them that it is over.
@@ -63,7 +61,7 @@ int Factory::readGroup(CommandStreamIn& in, std::string& out) {
   std::string name;
   take(in, name);
   basekit::ObjectLevelLockable::Lock lock(g_ioLock);
-  ParamGroup* group = findGroup(name);
+  Param* group = server.getParam(name);
   if (group == nullptr) return 0;
   CommandStreamOut stream{out};
   return group->write(stream) ? 1 : 0;

@@ -18,7 +18,7 @@ class Factory : public CommandListener {
 
   /// Commands: 0 writes a group, 1 reads one, 2 saves. `in` holds, for 0 and 1, the group's name
   /// (4-byte length and bytes) and, for 0, the group's record; 1 appends the record to `out`.
-  /// Returns 0 if the command is unknown, not authorised, or names no group. Throws
+  /// Returns 0 if the command is unknown, not authorised, or names no member of the root. Throws
   /// COMMAND_STREAM_ERROR at an input that is too short; members read before that keep their new
   /// values, and observers have seen a begin without an end. Thread-safe.
   ///
@@ -30,7 +30,6 @@ class Factory : public CommandListener {
   Server_t server;
 
  private:
-  ParamGroup* findGroup(const std::string& name);
   int writeGroup(CommandStreamIn& in);
   int readGroup(CommandStreamIn& in, std::string& out);
   int save();

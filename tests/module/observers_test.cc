@@ -1,6 +1,10 @@
 // The observers of a group, around the commands that write it.
 #include <gmock/gmock.h>
 
+#include <list>
+#include <vector>
+
+#include "lparams/params/numeric_param.h"
 #include "tests/module/loaded_module.h"
 #include "tests/module/lock_calls.h"
 #include "tests/module/scripted_param.h"
@@ -115,6 +119,57 @@ TEST_F(Observers, ThatAreAddedByAnObserverAreCalledInTheSameRound) {
   }};
   EXPECT_EQ(writeAdmin(record).result, 1);
   EXPECT_THAT(seen, ElementsAre("first 1", "second 1", "first 0", "second 0", "second 0"));
+}
+
+// An agent may append to the root what is no group.
+
+/// In memory it is laid out like a group, so one that is taken for a group has observers to call.
+class PlainMember : public LPARAMS::Server::Param {
+ public:
+  explicit PlainMember(LPARAMS::Server::ParamGroup& group) : Param("PLAIN") { group.add(*this); }
+
+  int getTypeId() const override { return LPARAMS::Server::TYPE_UINT; }
+  bool write(LPARAMS::Server::CommandStreamOut& out) override {
+    put(out, value);
+    return answer;
+  }
+  bool read(LPARAMS::Server::CommandStreamIn& in) override {
+    take(in, value);
+    return answer;
+  }
+
+  std::list<Param*> inPlaceOfFileParams;
+  std::list<Param*> inPlaceOfWireParams;
+  std::vector<void (*)(int)> inPlaceOfObservers{first, second};
+  unsigned value = 7;
+  bool answer = true;
+};
+
+TEST_F(Observers, OfAPlainMemberOfTheRootDoNotExist) {
+  PlainMember plain(root());
+  const CommandResult reply = execute(READ_GROUP, framed("PLAIN"));
+  EXPECT_EQ(reply.result, 1);
+  EXPECT_EQ(reply.output, unhex("07 00 00 00"));
+
+  EXPECT_EQ(execute(WRITE_GROUP, framed("PLAIN", unhex("09 00 00 00"))).result, 1);
+  EXPECT_EQ(plain.value, 9u);
+  EXPECT_EQ(execute(WRITE_GROUP, framed("PLAIN", unhex("01 00 00"))).thrown, "CommandStreamError");
+  EXPECT_EQ(plain.value, 9u);
+  plain.answer = false;
+  EXPECT_EQ(execute(READ_GROUP, framed("PLAIN")).result, 0);
+  EXPECT_EQ(execute(WRITE_GROUP, framed("PLAIN", unhex("01 00 00 00"))).result, 0);
+  EXPECT_THAT(seen, IsEmpty());
+}
+
+TEST_F(Observers, OfAGroupThatTheAgentAppendsAreCalled) {
+  LPARAMS::Server::ParamGroup group("AGENT");
+  LPARAMS::Server::UIntParam member(group, "NUMBER", LPARAMS::Server::Default{1u},
+                                    LPARAMS::Server::Range{0u, 9u});
+  group.observers = {first};
+  root().add(group);
+  EXPECT_EQ(execute(WRITE_GROUP, framed("AGENT", unhex("02 00 00 00"))).result, 1);
+  EXPECT_EQ(member.value, 2u);
+  EXPECT_THAT(seen, ElementsAre("first 1", "first 0"));
 }
 
 TEST_F(Observers, RunUnderTheModulesLockAndNoOther) {
