@@ -1,0 +1,24 @@
+# Debian packages by what they are for. The tests are part of every configuration, so GoogleTest is
+# needed to build.
+build_packages=(g++ g++-multilib cmake ninja-build googletest
+  libasio-dev libcli11-dev librapidxml-dev nlohmann-json3-dev)
+test_packages=(binutils locales python3 strace valgrind)
+style_packages=(clang-format python3 shellcheck)
+tidy_packages=(clang-tidy)
+bench_packages=(python3 pkg-config util-linux libbenchmark-dev libglib2.0-dev nlohmann-json3-dev
+  libboost-dev libpugixml-dev libyang2-dev libsystemd-dev dbus-daemon)
+
+# need PACKAGE...: installs those that are missing.
+need() {
+  local missing=() package as_root=(env DEBIAN_FRONTEND=noninteractive)
+  for package; do
+    [[ $(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null) == installed* ]] ||
+      missing+=("$package")
+  done
+  ((${#missing[@]})) || return 0
+  echo "installing ${missing[*]}"
+  ((EUID == 0)) || as_root=(sudo "${as_root[@]}")
+  quietly "$build/packages.log" "${as_root[@]}" apt-get update
+  quietly "$build/packages.log" "${as_root[@]}" \
+    apt-get install -y --no-install-recommends "${missing[@]}"
+}
