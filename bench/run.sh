@@ -1,13 +1,18 @@
 #!/usr/bin/env bash
 # Builds and runs the benchmark against the modules and agents that stand in build/release and
-# build/release-32, prints its tables and writes docs/performance.svg. `./dev bench` installs what it
-# needs and calls it.
+# build/release-32, prints its tables and draws its plot, build/bench/performance.svg; with --plot
+# that of the documents, docs/performance.svg. `./dev bench` installs what it needs and calls it.
 #
-# Usage: bench/run.sh [RUNS]
+# Usage: bench/run.sh [--plot] [RUNS]
 set -euo pipefail
 
 root=$(dirname "$(dirname "$(readlink -f "$0")")")
 results=$root/build/bench
+plot=$results/performance.svg
+if [[ ${1-} == --plot ]]; then
+  plot=$root/docs/performance.svg
+  shift
+fi
 runs=${1-1}
 memory=/dev/shm/lparams-bench-$$
 processor=$(($(nproc) - 1))
@@ -59,4 +64,4 @@ for ((run = 1; run <= runs; ++run)); do
   measure "$run" 32 release-32
   directories+=("$results/run-$run")
 done
-"$root/bench/report.py" "$root/docs/performance.svg" "${directories[@]}" | tee "$results/report.md"
+"$root/bench/report.py" "$plot" "${directories[@]}" | tee "$results/report.md"
