@@ -5,15 +5,6 @@
 
 #include "client/failure.h"
 #include "client/quote.h"
-#include "lparams/params/module_objects.h"
-
-namespace LPARAMS::Server {
-
-// The parameter classes refer to it, and its definition in the module stands among objects that the
-// client does not link; it stays null, because the client loads no text.
-constinit LoadLog* g_loadlog = nullptr;
-
-}  // namespace LPARAMS::Server
 
 namespace client {
 

@@ -1,6 +1,6 @@
 #include "lparams/factory.h"
 
-#include "lparams/params/module_objects.h"
+#include "lparams/module_objects.h"
 
 namespace LPARAMS::Server {
 namespace {

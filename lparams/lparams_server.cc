@@ -4,12 +4,10 @@
 #include <string>
 
 #include "lparams/factory.h"
-#include "lparams/params/module_objects.h"
+#include "lparams/module_objects.h"
 
 namespace LPARAMS {
 namespace Server {
-
-constinit LoadLog* g_loadlog = nullptr;
 
 std::string settingsFile;
 basekit::ObjectLevelLockable g_ioLock;

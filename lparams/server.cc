@@ -5,7 +5,7 @@
 #include <locale>
 #include <memory>
 
-#include "lparams/params/module_objects.h"
+#include "lparams/module_objects.h"
 #include "lparams/storage/change_detection.h"
 #include "lparams/storage/legacy_import.h"
 #include "lparams/storage/settings_reader.h"

@@ -13,13 +13,8 @@
 #include "lparams/catalogue/policy_group.h"
 #include "lparams/catalogue/update_group.h"
 #include "lparams/catalogue/user_entry.h"
-#include "lparams/params/module_objects.h"
 
 namespace LPARAMS::Server {
-
-// The parameters report here while they load; nothing is loaded.
-constinit LoadLog* g_loadlog = nullptr;
-
 namespace {
 
 constexpr std::string_view PREFACE = R"(# The catalogue

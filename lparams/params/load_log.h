@@ -39,4 +39,7 @@ class LoadLog {
   ~LoadLog() = default;
 };
 
+/// Where a running load reports; null while none runs. In the module it is protected by g_ioLock.
+extern LoadLog* g_loadlog;
+
 }  // namespace LPARAMS::Server

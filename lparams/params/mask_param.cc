@@ -3,7 +3,6 @@
 #include <string>
 
 #include "lparams/params/load_log.h"
-#include "lparams/params/module_objects.h"
 #include "lparams/params/name_list.h"
 #include "lparams/params/text_reader.h"
 #include "lparams/params/text_writer.h"

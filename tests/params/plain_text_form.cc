@@ -9,7 +9,6 @@
 #include "lparams/params/line_string_param.h"
 #include "lparams/params/load_log.h"
 #include "lparams/params/mask_param.h"
-#include "lparams/params/module_objects.h"
 #include "lparams/params/numeric_param.h"
 
 namespace testing_support {

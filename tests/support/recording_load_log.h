@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "lparams/params/load_log.h"
-#include "lparams/params/module_objects.h"
 #include "tests/support/readable_bytes.h"
 
 namespace testing_support {

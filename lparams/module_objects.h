@@ -30,9 +30,8 @@
 namespace LPARAMS::Server {
 
 class Factory;
-class LoadLog;
 
-// All four are defined in lparams_server.cc: that file fixes the order in which they are built and
+// All three are defined in lparams_server.cc: that file fixes the order in which they are built and
 // torn down. No other source of the module has anything to initialise at run time.
 
 /// Path of the settings file; empty until default_file_name_() is first called. Protected by
@@ -44,8 +43,5 @@ extern basekit::ObjectLevelLockable g_ioLock;
 
 /// The one listener of the module, and in it the settings root.
 extern Factory g_serverFactory;
-
-/// Where a running load reports; null while none runs. Protected by g_ioLock.
-extern LoadLog* g_loadlog;
 
 }  // namespace LPARAMS::Server
