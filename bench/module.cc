@@ -47,7 +47,7 @@ void Module::addUsers(unsigned count) {
   for (unsigned i = 0; i < count; ++i) fillUser(*listAdd_(*root_->USERS), i);
 }
 
-void Module::execute(Command command, const std::string& input, std::string& reply) {
+void Module::execute(int command, const std::string& input, std::string& reply) {
   BridgeSession session;
   if (listener_->ExecCommand(session, command, input, reply) == 0) {
     throw std::runtime_error("the module refused a command");

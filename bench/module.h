@@ -4,12 +4,14 @@
 #include <memory>
 #include <string>
 
+#include "lparams/interface/commands.h"
 #include "lparams/server.h"
 #include "platform/command_bridge.h"
 
 namespace bench {
 
-enum Command : long { WRITE_GROUP = 0, READ_GROUP = 1 };
+using LPARAMS::Server::READ_GROUP;
+using LPARAMS::Server::WRITE_GROUP;
 
 /// A load log that counts.
 class CountingLog : public LPARAMS::Server::LoadLog {
@@ -42,7 +44,7 @@ class Module {
   void addUsers(unsigned count);
 
   /// Executes a command, appends to `reply`. Throws if the module refuses.
-  void execute(Command command, const std::string& input, std::string& reply);
+  void execute(int command, const std::string& input, std::string& reply);
 
   /// The reply to reading the group.
   std::string read(const std::string& group);

@@ -7,16 +7,15 @@
 
 #include "bench/latency.h"
 #include "bridge/protocol.h"
+#include "lparams/interface/commands.h"
 #include "lparams/params/command_stream.h"
 #include "platform/command_bridge.h"
 
 namespace bench {
 namespace {
 
-constexpr long READ_GROUP = 1;
-
 std::string readRequest() {
-  bridge::Command command{LPARAMS_MODULE_ID, READ_GROUP, {}};
+  bridge::Command command{LPARAMS_MODULE_ID, LPARAMS::Server::READ_GROUP, {}};
   LPARAMS::Server::CommandStreamOut input{command.input};
   put(input, std::string("IKE"));
   return bridge::encode(command);

@@ -5,15 +5,15 @@
 #include "client/failure.h"
 #include "client/quote.h"
 #include "client/record.h"
+#include "lparams/interface/commands.h"
 #include "platform/command_bridge.h"
 
 namespace client {
 namespace {
 
-// The commands of the settings module.
-constexpr int32_t WRITE_GROUP = 0;
-constexpr int32_t READ_GROUP = 1;
-constexpr int32_t SAVE = 2;
+using LPARAMS::Server::READ_GROUP;
+using LPARAMS::Server::SAVE;
+using LPARAMS::Server::WRITE_GROUP;
 
 std::string reasonOf(const bridge::Reply& reply) {
   if (!reply.text.empty()) return escaped(reply.text);

@@ -1,13 +1,11 @@
 #include "lparams/factory.h"
 
+#include "lparams/interface/access_levels.h"
+#include "lparams/interface/commands.h"
 #include "lparams/module_objects.h"
 
 namespace LPARAMS::Server {
 namespace {
-
-enum Command : long { WRITE_GROUP = 0, READ_GROUP = 1, SAVE = 2 };
-
-enum AccessLevel : long { WRITE_ACCESS = 0, SAVE_ACCESS = 2 };
 
 constexpr const char* SAVE_HOOK_SECTION = "LPARAMS_MODULE";
 

@@ -5,6 +5,7 @@
 #include <locale>
 #include <memory>
 
+#include "lparams/interface/file_names.h"
 #include "lparams/module_objects.h"
 #include "lparams/storage/change_detection.h"
 #include "lparams/storage/legacy_import.h"
@@ -15,7 +16,6 @@
 namespace LPARAMS::Server {
 namespace {
 
-constexpr const char* SETTINGS_FILE_NAME = "localsettings.ini";
 constexpr size_t READ_BUFFER_SIZE = 65536;  // bytes; the file of a hundred users fits
 constexpr const char* WRITTEN = "file: ";
 

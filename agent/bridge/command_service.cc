@@ -5,6 +5,8 @@
 #include <utility>
 
 #include "agent/bridge/listener_registry.h"
+#include "lparams/interface/access_levels.h"
+#include "lparams/interface/commands.h"
 #include "platform/command_bridge.h"
 
 namespace agent {
@@ -12,12 +14,9 @@ namespace {
 
 using bridge::Reason;
 using bridge::Reply;
-
-// The commands of the settings module.
-constexpr int32_t WRITE_GROUP = 0;
-constexpr int32_t READ_GROUP = 1;
-
-constexpr long WRITE_ACCESS = 0;  // the level at which the module authorises a write
+using LPARAMS::Server::READ_GROUP;
+using LPARAMS::Server::WRITE_ACCESS;
+using LPARAMS::Server::WRITE_GROUP;
 
 Reply failure(Reason reason, std::string text) { return {0, reason, std::move(text)}; }
 

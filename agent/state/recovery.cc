@@ -7,11 +7,10 @@
 #include "agent/base/log.h"
 #include "agent/state/durable_file.h"
 #include "agent/state/settings_completeness.h"
+#include "lparams/interface/file_names.h"
 
 namespace agent {
 namespace {
-
-constexpr const char* LEGACY_SYSTEM_FILE = "/etc/kestrel/localsettings.xml";
 
 /// One of the files that can hold the settings.
 struct Copy {
@@ -81,7 +80,7 @@ StartingPoint prepareStart(const StateDirectory& directory, bool allowDefaults) 
 std::optional<size_t> keepLegacySettings(const StateDirectory& directory) {
   const auto interrupted = readLegacy(directory.importing());
   const auto own = readLegacy(directory.legacy());
-  const auto system = readLegacy(LEGACY_SYSTEM_FILE);
+  const auto system = readLegacy(LPARAMS::Server::LEGACY_SYSTEM_FILE);
 
   // The module reads its own candidate first, and deletes both.
   if (own) {

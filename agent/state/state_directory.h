@@ -3,6 +3,8 @@
 
 #include <string>
 
+#include "lparams/interface/file_names.h"
+
 namespace agent {
 
 /// Holds the directory for one agent, as long as it lives.
@@ -18,15 +20,15 @@ class StateDirectory {
 
   const std::string& path() const { return path_; }
 
-  std::string settings() const { return at("localsettings.ini"); }
+  std::string settings() const { return at(LPARAMS::Server::SETTINGS_FILE_NAME); }
   /// What the module writes before it renames it over the settings.
-  std::string backup() const { return at("localsettings.ini.bak"); }
+  std::string backup() const { return settings() + LPARAMS::Server::TEMPORARY_SUFFIX; }
   /// The agent's own durable copy of the settings.
-  std::string shadowCopy() const { return at("localsettings.ini.good"); }
+  std::string shadowCopy() const { return settings() + ".good"; }
   /// The settings of earlier versions, which the module imports and deletes.
-  std::string legacy() const { return at("localsettings.xml"); }
+  std::string legacy() const { return at(LPARAMS::Server::LEGACY_FILE_NAME); }
   /// Those settings, kept from before an import until its values are durable.
-  std::string importing() const { return at("localsettings.xml.importing"); }
+  std::string importing() const { return legacy() + ".importing"; }
 
  private:
   std::string at(const char* name) const { return path_ + "/" + name; }

@@ -7,14 +7,12 @@
 #include <string_view>
 #include <utility>
 
+#include "lparams/interface/file_names.h"
 #include "platform/markup_document.h"
 #include "platform/paths_service.h"
 
 namespace LPARAMS::Server {
 namespace {
-
-constexpr const char* LEGACY_FILE_NAME = "localsettings.xml";
-constexpr const char* LEGACY_SYSTEM_FILE = "/etc/kestrel/localsettings.xml";
 
 constexpr ChPair chars(std::string_view text) { return {text.data(), text.data() + text.size()}; }
 

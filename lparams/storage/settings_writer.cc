@@ -9,10 +9,11 @@
 #include <locale>
 #include <memory>
 
+#include "lparams/interface/file_names.h"
+
 namespace LPARAMS::Server {
 namespace {
 
-constexpr const char* TEMPORARY_SUFFIX = ".bak";
 constexpr const char* WRITE_FAILED = "write failed: ";
 constexpr const char* WRITE_FAILED_REASON = ", error: ";
 constexpr const char* RENAME_FAILED = "rename failed: ";

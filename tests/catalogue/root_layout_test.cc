@@ -4,6 +4,8 @@
 #include <type_traits>
 
 #include "lparams/factory.h"
+#include "lparams/interface/access_levels.h"
+#include "lparams/interface/commands.h"
 #include "tests/support/fake_platform.h"
 #include "tests/support/object_layout.h"
 
@@ -97,6 +99,11 @@ TEST(RootLayout, FieldsOfTheListener) {
   EXPECT_EQ(&factory.server, server);
   static_assert(sizeof(ModuleIdType) == sizeof(int));
 }
+
+// The numbers that clients and the bridge's configuration rely on.
+static_assert(WRITE_GROUP == 0 && READ_GROUP == 1 && SAVE == 2);
+static_assert(WRITE_ACCESS == 0 && SAVE_ACCESS == 2);
+static_assert(LPARAMS_MODULE_ID == 13);
 
 template <typename... T>
 constexpr bool neitherCopyableNorMovable = ((!std::is_copy_constructible_v<T> &&

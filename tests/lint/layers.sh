@@ -6,20 +6,23 @@ cd "$(dirname "$0")/../.."
 
 # Each layer, and the layers that it may include besides itself. The tests and the benchmark may
 # include all.
+model='platform lparams/params lparams/catalogue'
+module="$model lparams/interface lparams"
 declare -A may_include=(
   [platform]=''
+  [lparams/interface]=''
   [lparams/params]='platform'
   [lparams/catalogue]='platform lparams/params'
-  [lparams/storage]='platform lparams/params lparams/catalogue'
-  [lparams]='platform lparams/params lparams/catalogue lparams/storage'
+  [lparams/storage]="$model lparams/interface"
+  [lparams]="$model lparams/interface lparams/storage"
   [bridge]=''
   [agent/base]='platform lparams/params'
   [agent/services]='platform agent/base'
-  [agent/state]='platform lparams lparams/params lparams/catalogue agent/base'
-  [agent/bridge]='platform lparams lparams/params lparams/catalogue bridge agent/base'
-  [agent]='platform lparams lparams/params lparams/catalogue agent/base agent/services agent/state agent/bridge'
-  [client]='platform lparams/params lparams/catalogue bridge'
-  [tools]='platform lparams/params lparams/catalogue'
+  [agent/state]="$module agent/base"
+  [agent/bridge]="$module bridge agent/base"
+  [agent]="$module agent/base agent/services agent/state agent/bridge"
+  [client]="$model lparams/interface bridge"
+  [tools]="$model"
 )
 
 # Every folder of lparams/ and of agent/ is a layer; elsewhere only the folders at the root are.

@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "lparams/interface/commands.h"
 #include "lparams/server.h"
 #include "tests/module/platform_services.h"
 #include "tests/module/temp_directory.h"
@@ -15,10 +16,9 @@ namespace host {
 
 inline const std::string MODULE_FILE = PRODUCTS_DIR "/lparams_server.so";
 
-// The bridge's commands.
-inline constexpr long WRITE_GROUP = 0;
-inline constexpr long READ_GROUP = 1;
-inline constexpr long SAVE = 2;
+using LPARAMS::Server::READ_GROUP;
+using LPARAMS::Server::SAVE;
+using LPARAMS::Server::WRITE_GROUP;
 
 /// How a command ended.
 struct CommandResult {

@@ -5,16 +5,16 @@
 #include <string_view>
 
 #include "bridge/protocol.h"
+#include "lparams/interface/commands.h"
 
 namespace system_testing {
 
-// The commands of the settings module.
 inline constexpr int32_t SETTINGS_MODULE = 13;
-inline constexpr int32_t WRITE_GROUP = 0;
-inline constexpr int32_t READ_GROUP = 1;
-inline constexpr int32_t SAVE = 2;
+using LPARAMS::Server::READ_GROUP;
+using LPARAMS::Server::SAVE;
+using LPARAMS::Server::WRITE_GROUP;
 
-/// The input of the first two: the group's name as a string of the bridge, then its record.
+/// The input of a command that reads or writes: the group's name as a string of the bridge, then its record.
 std::string groupInput(std::string_view name, std::string_view record = {});
 
 class BridgeClient {
