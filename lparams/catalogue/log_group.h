@@ -13,20 +13,20 @@ struct LOG_t : ParamGroup {
 
   // Order of rows = order in the file and on the wire. Do not sort, do not insert in the middle.
   // clang-format off
-  EnumParam LOG_LEVEL              {*this, "LOG_LEVEL",              LL_EVENTS,         LOG_LEVEL_VARIANTS};
-  EnumParam LOG_LEVEL_KERNEL       {*this, "LOG_LEVEL_KERNEL",       LL_EVENTS,         LOG_LEVEL_VARIANTS};
-  BoolParam FILELOG_ON             {*this, "FILELOG_ON",             true};
-  UIntParam MAX_LOG_SIZE           {*this, "MAX_LOG_SIZE",           Default{10485760}, Range{0, 4294967295}};
-  UIntParam BACKUP_DEPTH           {*this, "BACKUP_DEPTH",           Default{5},        Range{0, 1000}};
-  BoolParam SYSLOG_ON              {*this, "SYSLOG_ON",              false};
-  EnumParam ENCODING_FROM          {*this, "ENCODING_FROM",          CONVI_UTF8,        ENCODINGS_VARIANTS};
-  EnumParam ENCODING_TO            {*this, "ENCODING_TO",            CONVI_UTF8,        ENCODINGS_VARIANTS};
-  UIntParam FACILITY               {*this, "FACILITY",               Default{0},        Range{0, 7}};
-  EnumParam LANGUAGE               {*this, "LANGUAGE",               LOG_LANG_ENG,      LOG_LANGUAGE_VARIANTS};
-  BoolParam WALL_ON                {*this, "WALL_ON",                true};
-  BoolParam VERBOSE_MODE_ON        {*this, "VERBOSE_MODE_ON",        false};
-  BoolParam VERBOSE_MODE_ON_KERNEL {*this, "VERBOSE_MODE_ON_KERNEL", false};
-  BoolParam SYSLOG_SINGLELINE      {*this, "SYSLOG_SINGLELINE",      false};
+  EnumParam LOG_LEVEL              {*this, Label("LOG_LEVEL\0"),              {LL_EVENTS,         LOG_LEVEL_VARIANTS}};
+  EnumParam LOG_LEVEL_KERNEL       {*this, Label("LOG_LEVEL_KERNEL\0"),       {LL_EVENTS,         LOG_LEVEL_VARIANTS}};
+  BoolParam FILELOG_ON             {*this, Label("FILELOG_ON\0"),             true};
+  UIntParam MAX_LOG_SIZE           {*this, Label("MAX_LOG_SIZE\0"),           {Default{10485760}, Range{0, 4294967295}}};
+  UIntParam BACKUP_DEPTH           {*this, Label("BACKUP_DEPTH\0"),           {Default{5},        Range{0, 1000}}};
+  BoolParam SYSLOG_ON              {*this, Label("SYSLOG_ON\0"),              false};
+  EnumParam ENCODING_FROM          {*this, Label("ENCODING_FROM\0"),          {CONVI_UTF8,        ENCODINGS_VARIANTS}};
+  EnumParam ENCODING_TO            {*this, Label("ENCODING_TO\0"),            {CONVI_UTF8,        ENCODINGS_VARIANTS}};
+  UIntParam FACILITY               {*this, Label("FACILITY\0"),               {Default{0},        Range{0, 7}}};
+  EnumParam LANGUAGE               {*this, Label("LANGUAGE\0"),               {LOG_LANG_ENG,      LOG_LANGUAGE_VARIANTS}};
+  BoolParam WALL_ON                {*this, Label("WALL_ON\0"),                true};
+  BoolParam VERBOSE_MODE_ON        {*this, Label("VERBOSE_MODE_ON\0"),        false};
+  BoolParam VERBOSE_MODE_ON_KERNEL {*this, Label("VERBOSE_MODE_ON_KERNEL\0"), false};
+  BoolParam SYSLOG_SINGLELINE      {*this, Label("SYSLOG_SINGLELINE\0"),      false};
   // clang-format on
 };
 

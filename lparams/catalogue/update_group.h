@@ -14,21 +14,21 @@ struct UPDATE_t : ParamGroup {
 
   // Order of rows = order in the file and on the wire. Do not sort, do not insert in the middle.
   // clang-format off
-  UIntParam CHECK_UPDATE_INTERVAL     {*this, "CHECK_UPDATE_INTERVAL",     Default{1800},      Range{0, 4294967295}};
-  StStParam PATH                      {*this, "PATH",                      ""};
-  StStParam AVAILABLE_UPDATE_VERSION  {*this, "AVAILABLE_UPDATE_VERSION",  ""};
-  StStParam DOWNLOADED_UPDATE_VERSION {*this, "DOWNLOADED_UPDATE_VERSION", ""};
-  StStParam UPDATE_VERSION            {*this, "UPDATE_VERSION",            ""};
-  StStParam SCHEDULE                  {*this, "SCHEDULE",                  ""};
-  EnumParam SETTING                   {*this, "SETTING",                   UpSrv::DISABLED,    UPDATE_SETTING_VARIANTS};
-  StStParam URL                       {*this, "URL",                       ""};
-  EnumParam MODE                      {*this, "MODE",                      UpSrv::NOTIFY_ONLY, UPDATE_MODE_VARIANTS};
-  StStParam AVAILABLE_UPDATE_NAME     {*this, "AVAILABLE_UPDATE_NAME",     ""};
-  StStParam DOWNLOAD_PATH             {*this, "DOWNLOAD_PATH",             ""};
-  StStParam UPDATE_URI                {*this, "UPDATE_URI",                ""};
-  BoolParam VERIFY_DOWNLOADS          {*this, "VERIFY_DOWNLOADS",          true};
-  StStParam MACHINE_ID_FILE           {*this, "MACHINE_ID_FILE",           "",                 FileOnly};
-  StStParam MACHINE_ID_TYPE           {*this, "MACHINE_ID_TYPE",           "",                 FileOnly};
+  UIntParam CHECK_UPDATE_INTERVAL     {*this, Label("CHECK_UPDATE_INTERVAL\0"),     {Default{1800},      Range{0, 4294967295}}};
+  StStParam PATH                      {*this, Label("PATH\0"),                      ""};
+  StStParam AVAILABLE_UPDATE_VERSION  {*this, Label("AVAILABLE_UPDATE_VERSION\0"),  ""};
+  StStParam DOWNLOADED_UPDATE_VERSION {*this, Label("DOWNLOADED_UPDATE_VERSION\0"), ""};
+  StStParam UPDATE_VERSION            {*this, Label("UPDATE_VERSION\0"),            ""};
+  StStParam SCHEDULE                  {*this, Label("SCHEDULE\0"),                  ""};
+  EnumParam SETTING                   {*this, Label("SETTING\0"),                   {UpSrv::DISABLED,    UPDATE_SETTING_VARIANTS}};
+  StStParam URL                       {*this, Label("URL\0"),                       ""};
+  EnumParam MODE                      {*this, Label("MODE\0"),                      {UpSrv::NOTIFY_ONLY, UPDATE_MODE_VARIANTS}};
+  StStParam AVAILABLE_UPDATE_NAME     {*this, Label("AVAILABLE_UPDATE_NAME\0"),     ""};
+  StStParam DOWNLOAD_PATH             {*this, Label("DOWNLOAD_PATH\0"),             ""};
+  StStParam UPDATE_URI                {*this, Label("UPDATE_URI\0"),                ""};
+  BoolParam VERIFY_DOWNLOADS          {*this, Label("VERIFY_DOWNLOADS\0"),          true};
+  StStParam MACHINE_ID_FILE           {*this, Label("MACHINE_ID_FILE\0"),           "",                                            FileOnly};
+  StStParam MACHINE_ID_TYPE           {*this, Label("MACHINE_ID_TYPE\0"),           "",                                            FileOnly};
   // clang-format on
 };
 

@@ -1,10 +1,28 @@
 // One of the named values of a variant table.
 #pragma once
 
+#include <stdexcept>
+
 #include "lparams/params/simple_param.h"
 #include "lparams/params/variant.h"
 
 namespace LPARAMS::Server {
+
+/// A default and the table that it is taken from, as a row of the catalogue states them. A default
+/// without a name, or a table that is not one, does not compile.
+struct Choice {
+  template <size_t N>
+  consteval Choice(int32_t defaultValue, const Variant (&table)[N])
+      : defaultValue(defaultValue), variants(table) {
+    if (!isVariantTable(table)) throw std::invalid_argument("the table is not one of variants");
+    if (findVariant(table, defaultValue) == nullptr) {
+      throw std::invalid_argument("the default is not in the table");
+    }
+  }
+
+  int32_t defaultValue;
+  const Variant* variants;
+};
 
 /// An integer that the settings file spells by its name; on the bridge it travels as a number.
 ///
@@ -18,6 +36,10 @@ class EnumParam : public SimpleParam<int, TYPE_INT> {
       : SimpleParam(group, name, defaultValue, lists),
         defaultValue(defaultValue),
         variants(variants) {}
+
+  /// A row of the catalogue.
+  EnumParam(ParamGroup& group, Label label, Choice choice, Lists lists = FileAndWire)
+      : EnumParam(group, label.name(), choice.defaultValue, choice.variants, lists) {}
 
   bool save(std::ostream& os, int indent) override;
 

@@ -1,6 +1,9 @@
 // Numbers with a range, and the names under which groups declare numbers and flags.
 #pragma once
 
+#include <limits>
+#include <stdexcept>
+
 #include "lparams/params/simple_param.h"
 
 namespace LPARAMS::Server {
@@ -17,6 +20,24 @@ struct Range {
   unsigned int max;
 };
 
+/// The two together, as a row of the catalogue states them for a number of type `T`. A row that
+/// contradicts itself does not compile.
+template <typename T>
+struct Bounds {
+  consteval Bounds(Default initial, Range range) : initial(initial), range(range) {
+    if (range.min > range.max) throw std::invalid_argument("the range is empty");
+    if (range.max > std::numeric_limits<T>::max()) {
+      throw std::invalid_argument("the range does not fit the type");
+    }
+    if (initial.value < range.min || initial.value > range.max) {
+      throw std::invalid_argument("the default is out of the range");
+    }
+  }
+
+  Default initial;
+  Range range;
+};
+
 /// An unsigned number whose range is enforced when it is loaded from the settings file, and only
 /// there.
 ///
@@ -31,6 +52,10 @@ class NumericParam : public SimpleParam<T, TypeId> {
       : SimpleParam<T, TypeId>(group, name, static_cast<T>(initial.value), lists),
         min(static_cast<T>(range.min)),
         max(static_cast<T>(range.max)) {}
+
+  /// A row of the catalogue.
+  NumericParam(ParamGroup& group, Label label, Bounds<T> bounds, Lists lists = FileAndWire)
+      : NumericParam(group, label.name(), bounds.initial, bounds.range, lists) {}
 
   bool load(std::istream& is) override;
 

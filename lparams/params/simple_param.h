@@ -2,7 +2,9 @@
 #pragma once
 
 #include <string>
+#include <utility>
 
+#include "lparams/params/label.h"
 #include "lparams/params/param_group.h"
 
 namespace LPARAMS::Server {
@@ -17,6 +19,10 @@ template <typename T, int TypeId>
 class SimpleParam : public Param {
  public:
   SimpleParam(ParamGroup& group, const char* name, T initial, Lists lists = FileAndWire);
+
+  /// A row of the catalogue.
+  SimpleParam(ParamGroup& group, Label label, T initial, Lists lists = FileAndWire)
+      : SimpleParam(group, label.name(), std::move(initial), lists) {}
 
   int getTypeId() const override { return TypeId; }
   bool save(std::ostream& os, int indent) override;

@@ -16,7 +16,7 @@ struct Variant {
 };
 
 /// The first record with the value, or null.
-inline const Variant* findVariant(const Variant* table, int32_t value) {
+constexpr const Variant* findVariant(const Variant* table, int32_t value) {
   while (table->name != nullptr && table->value != value) ++table;
   return table->name != nullptr ? table : nullptr;
 }
@@ -32,7 +32,7 @@ inline bool equalNames(std::string_view a, std::string_view b) {
 }
 
 /// True for a table that can be searched without surprises: closed by a null name, no value twice,
-/// no name twice. For static assertions.
+/// no name twice. For checks while the catalogue is compiled.
 template <size_t N>
 constexpr bool isVariantTable(const Variant (&table)[N]) {
   for (size_t i = 0; i + 1 < N; ++i) {
