@@ -10,15 +10,12 @@ namespace client {
 
 using namespace LPARAMS::Server;
 
-Settings::Settings() = default;
-Settings::~Settings() = default;
-
 ParamGroup& Settings::group(const std::string& name) {
-  for (ParamGroup* group : groups) {
+  for (ParamGroup* group : groups()) {
     if (name == group->name) return *group;
   }
   throw Failure(ExitCode::Usage,
-                "there is no group " + inQuotes(name) + "; the groups are " + namesOf(groups));
+                "there is no group " + inQuotes(name) + "; the groups are " + namesOf(groups()));
 }
 
 Place Settings::place(const std::string& fullName) {
@@ -38,7 +35,7 @@ Place Settings::place(const std::string& fullName) {
     place.entry = parseIndex(head.substr(bracket + 1, head.size() - bracket - 2));
     if (!place.entry) throw malformed;
   }
-  if (place.entry.has_value() != (&owner == &users)) throw malformed;
+  if (place.entry.has_value() != (&owner == USERS)) throw malformed;
   (void)example(place);
   return place;
 }
@@ -49,12 +46,12 @@ Param& Settings::example(const Place& place) {
 
 Param& Settings::param(const Place& place) {
   if (!place.entry) return wireMember(*place.group, place.member, place.group->name);
-  if (*place.entry >= users.items.size()) {
+  if (*place.entry >= USERS->items.size()) {
     throw Failure(ExitCode::Usage, "there is no " + entryName(*place.entry) +
                                        "; entries in the list, counted from 0: " +
-                                       std::to_string(users.items.size()));
+                                       std::to_string(USERS->items.size()));
   }
-  return wireMember(*users.items[*place.entry], place.member, entryName(*place.entry));
+  return wireMember(*USERS->items[*place.entry], place.member, entryName(*place.entry));
 }
 
 std::optional<size_t> parseIndex(std::string_view text) {

@@ -1,44 +1,25 @@
 // The settings as the client holds them: the groups of the catalogue, found by name.
 #pragma once
 
-#include <array>
 #include <optional>
 #include <string>
 #include <string_view>
 
-#include "lparams/catalogue/admin_group.h"
-#include "lparams/catalogue/ike_group.h"
-#include "lparams/catalogue/log_group.h"
-#include "lparams/catalogue/policy_group.h"
-#include "lparams/catalogue/update_group.h"
-#include "lparams/catalogue/user_list.h"
+#include "lparams/catalogue/catalogue.h"
 
 namespace client {
 
 /// Where a parameter stands: in a group, or in an entry of the user list.
 struct Place {
-  LPARAMS::Server::ParamGroup* group;  ///< one of Settings::groups
+  LPARAMS::Server::ParamGroup* group;  ///< one of the catalogue's
   std::optional<size_t> entry;         ///< the index, if the group is the user list
   std::string member;                  ///< its name in the group or the entry
 };
 
-/// All groups. They hold their defaults until the agent's values have been read into them: show no
-/// value of a group that has not been read, and none that the bridge does not carry.
-struct Settings {
-  Settings();
-  ~Settings();
-
-  LPARAMS::Server::IKE_t ike;
-  LPARAMS::Server::LOG_t log;
-  LPARAMS::Server::UPDATE_t update;
-  LPARAMS::Server::POLICY_t policy;
-  LPARAMS::Server::ADMIN_t admin;
-  LPARAMS::Server::ParamVector<LPARAMS::Server::USER_t> users{"USERS"};
-
-  /// In the order of the settings file.
-  const std::array<LPARAMS::Server::ParamGroup*, 6> groups{&ike,    &log,   &update,
-                                                           &policy, &admin, &users};
-
+/// The catalogue, with the ways to its parameters. The groups hold their defaults until the agent's
+/// values have been read into them: show no value of a group that has not been read, and none that
+/// the bridge does not carry.
+struct Settings : LPARAMS::Server::Catalogue {
   // Each of these throws Failure with the legal names if there is nothing with that name.
 
   LPARAMS::Server::ParamGroup& group(const std::string& name);

@@ -39,11 +39,11 @@ void show(Store& store, std::ostream& out, const std::string& groupName, bool se
   Settings settings;
   ParamGroup* const only = groupName.empty() ? nullptr : &settings.group(groupName);
   std::string lines;
-  for (ParamGroup* group : settings.groups) {
+  for (ParamGroup* group : settings.groups()) {
     if (only != nullptr && group != only) continue;
     store.read(*group);
-    lines += group == &settings.users ? linesOf(settings.users, secrets)
-                                      : linesOf(*group, group->name, secrets);
+    lines += group == &settings.userList ? linesOf(settings.userList, secrets)
+                                         : linesOf(*group, group->name, secrets);
   }
   out << lines;
 }

@@ -45,21 +45,21 @@ void addUser(Store& store, const std::string& name, const std::vector<std::strin
   if (user->NAME.value.empty()) refuse("a user needs a name");
 
   Settings settings;
-  store.read(settings.users);
-  std::vector<USER_t*>& users = settings.users.items;
+  store.read(settings.userList);
+  std::vector<USER_t*>& users = settings.userList.items;
   if (std::ranges::any_of(users, hasName(user->NAME.value))) {
     refuse("there is a user " + inQuotes(user->NAME.value) + " already");
   }
   users.push_back(user.get());
   (void)user.release();  // the list owns it now
-  store.write(settings.users);
+  store.write(settings.userList);
 }
 
 void deleteUser(Store& store, const std::string& nameOrIndex) {
   Settings settings;
-  store.read(settings.users);
-  listDel(settings.users, findUser(settings.users, nameOrIndex));
-  store.write(settings.users);
+  store.read(settings.userList);
+  listDel(settings.userList, findUser(settings.userList, nameOrIndex));
+  store.write(settings.userList);
 }
 
 }  // namespace client

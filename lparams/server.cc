@@ -37,15 +37,6 @@ const char* default_file_name_() {
   return settingsFile.c_str();
 }
 
-Server_t::Server_t() : ParamGroup("ROOT") {
-  for (ParamGroup* group : {static_cast<ParamGroup*>(IKE), static_cast<ParamGroup*>(LOG),
-                            static_cast<ParamGroup*>(UPDATE), static_cast<ParamGroup*>(POLICY),
-                            static_cast<ParamGroup*>(ADMIN)}) {
-    add(*group, FileOnly);
-  }
-  add(*USERS, FileAndWire);
-}
-
 bool Server_t::save(std::string* error) {
   Lock ioLock(g_ioLock);
   Lock rootLock(*this);

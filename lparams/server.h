@@ -3,15 +3,9 @@
 
 #include <string>
 
-#include "lparams/catalogue/admin_group.h"
-#include "lparams/catalogue/ike_group.h"
-#include "lparams/catalogue/log_group.h"
-#include "lparams/catalogue/policy_group.h"
-#include "lparams/catalogue/update_group.h"
-#include "lparams/catalogue/user_list.h"
+#include "lparams/catalogue/catalogue.h"
 #include "lparams/params/load_log.h"
 #include "lparams/params/module_export.h"
-#include "lparams/params/param_group.h"
 
 namespace LPARAMS {
 namespace Server {
@@ -20,12 +14,9 @@ namespace Server {
 /// module's factory. An agent that has loaded the module reaches it through LPARAMS::server; save,
 /// load and isChanged are virtual, so that it needs no further symbol.
 ///
-/// The order of the operations and of the fields is part of the interface. The pointers are the
-/// public way to the groups; they never change.
-class Server_t : public ParamGroup {
+/// The order of the operations and of the fields is part of the interface.
+class Server_t : public Catalogue {
  public:
-  Server_t();
-
   using ParamGroup::load;
   using ParamGroup::save;
 
@@ -44,21 +35,6 @@ class Server_t : public ParamGroup {
   /// True when there are changes that are not yet in the file. Thread-safe; does not wait for a
   /// running command, so it may see one group before and another after it.
   LPARAMS_EXPORT virtual bool isChanged();
-
-  // clang-format off
-  IKE_t               ikeGroup;
-  IKE_t*              const IKE    = &ikeGroup;
-  LOG_t               logGroup;
-  LOG_t*              const LOG    = &logGroup;
-  UPDATE_t            updateGroup;
-  UPDATE_t*           const UPDATE = &updateGroup;
-  POLICY_t            policyGroup;
-  POLICY_t*           const POLICY = &policyGroup;
-  ADMIN_t             adminGroup;
-  ADMIN_t*            const ADMIN  = &adminGroup;
-  ParamVector<USER_t> userList{"USERS"};
-  ParamVector<USER_t>* const USERS = &userList;
-  // clang-format on
 
   /// Called instead of `save` by the bridge's save command, with the name of the module's section;
   /// returns a truth value. Null unless the agent sets it, before the first command.

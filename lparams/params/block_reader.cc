@@ -3,7 +3,6 @@
 #include <vector>
 
 #include "lparams/params/load_log.h"
-#include "lparams/params/module_objects.h"
 
 namespace LPARAMS::Server {
 

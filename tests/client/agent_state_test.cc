@@ -19,18 +19,18 @@ using Commands = std::vector<std::string>;
 
 TEST(ClientRevision, WriteStatesTheRevisionOfTheRead) {
   client::Settings settings;
-  bridge::Reply read = done(wireBytes(settings.admin));
+  bridge::Reply read = done(wireBytes(settings.adminGroup));
   read.revision = 7;
   ScriptedAgent agent({read, done()});
   EXPECT_EQ(runClient({"--socket", agent.socketPath, "set", "ADMIN.ADMIN_GROUP=x"}), printed(""));
-  settings.admin.ADMIN_GROUP.value = "x";
+  settings.adminGroup.ADMIN_GROUP.value = "x";
   EXPECT_EQ(agent.commands(), (Commands{"read ADMIN", "write ADMIN at revision 7 " +
-                                                          hex(wireBytes(settings.admin))}));
+                                                          hex(wireBytes(settings.adminGroup))}));
 }
 
 TEST(ClientRevision, ConflictIsTold) {
   client::Settings settings;
-  ScriptedAgent agent({done(wireBytes(settings.admin)),
+  ScriptedAgent agent({done(wireBytes(settings.adminGroup)),
                        refused("ADMIN has changed; read it again", bridge::Reason::Conflict)});
   EXPECT_EQ(
       runClient({"--socket", agent.socketPath, "set", "ADMIN.ADMIN_GROUP=x"}),

@@ -174,7 +174,7 @@ TEST(ClientConnection, ReplyInSmallPieces) {
   ScriptedAgent agent([&settings](const Peer& peer) {
     (void)peer.read(bridge::HELLO_SIZE);
     for (const char byte :
-         bridge::encodeHello() + bridge::encode(done(wireBytes(settings.admin)))) {
+         bridge::encodeHello() + bridge::encode(done(wireBytes(settings.adminGroup)))) {
       peer.write({byte});
     }
     peer.readToEnd();

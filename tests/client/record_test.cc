@@ -23,13 +23,13 @@ std::string decoding(LPARAMS::Server::ParamGroup& group, const std::string& reco
 
 TEST(ClientRecord, NameIsFramed) {
   const Settings settings;
-  EXPECT_EQ(hex(encodeName(settings.ike)), "03 00 00 00 49 4B 45");
+  EXPECT_EQ(hex(encodeName(settings.ikeGroup)), "03 00 00 00 49 4B 45");
 }
 
 TEST(ClientRecord, FollowsTheName) {
   Settings settings;
-  settings.admin.SESSION_EXPTIME.value = 0x1234;
-  EXPECT_EQ(hex(encodeRecord(settings.admin)),
+  settings.adminGroup.SESSION_EXPTIME.value = 0x1234;
+  EXPECT_EQ(hex(encodeRecord(settings.adminGroup)),
             "05 00 00 00 41 44 4D 49 4E "
             "34 12 00 00 "
             "01 "
@@ -38,10 +38,11 @@ TEST(ClientRecord, FollowsTheName) {
 
 TEST(ClientRecord, FillsTheGroup) {
   Settings settings;
-  EXPECT_EQ(decoding(settings.admin, unhex("07 00 00 00 00 03 00 00 00 6F 70 73")), "no failure");
-  EXPECT_EQ(settings.admin.SESSION_EXPTIME.value, 7U);
-  EXPECT_FALSE(settings.admin.LOGIN_ON_SAVE_TOKEN_PASSWORD.value);
-  EXPECT_EQ(settings.admin.ADMIN_GROUP.value, "ops");
+  EXPECT_EQ(decoding(settings.adminGroup, unhex("07 00 00 00 00 03 00 00 00 6F 70 73")),
+            "no failure");
+  EXPECT_EQ(settings.adminGroup.SESSION_EXPTIME.value, 7U);
+  EXPECT_FALSE(settings.adminGroup.LOGIN_ON_SAVE_TOKEN_PASSWORD.value);
+  EXPECT_EQ(settings.adminGroup.ADMIN_GROUP.value, "ops");
 }
 
 /// Of what begins like the record, the group takes nothing but the record itself.
@@ -57,19 +58,19 @@ void expectOnly(const std::string& record, LPARAMS::Server::ParamGroup& group) {
 
 TEST(ClientRecord, IsRefusedIfItIsNotExactlyOne) {
   Settings filled;
-  listAdd(filled.users)->NAME.value = "anna";
-  listAdd(filled.users)->NAME.value = "boris";
+  listAdd(filled.userList)->NAME.value = "anna";
+  listAdd(filled.userList)->NAME.value = "boris";
   Settings settings;
-  for (size_t i = 0; i < filled.groups.size(); ++i) {
-    expectOnly(wireBytes(*filled.groups[i]), *settings.groups[i]);
+  for (size_t i = 0; i < filled.groups().size(); ++i) {
+    expectOnly(wireBytes(*filled.groups()[i]), *settings.groups()[i]);
   }
 }
 
 TEST(ClientRecord, AnnouncesMoreUsersThanItHolds) {
   Settings settings;
-  EXPECT_EQ(decoding(settings.users, unhex("FF FF FF FF")),
+  EXPECT_EQ(decoding(settings.userList, unhex("FF FF FF FF")),
             "3: the agent's record of USERS is too short");
-  EXPECT_EQ(decoding(settings.users, unhex("01 00 00 00 FF FF FF FF")),
+  EXPECT_EQ(decoding(settings.userList, unhex("01 00 00 00 FF FF FF FF")),
             "3: the agent's record of USERS is too short");
 }
 

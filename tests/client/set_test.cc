@@ -38,37 +38,39 @@ TEST(ClientSet, WritesTheGroupWithTheNewValue) {
 
 TEST(ClientSet, WritesEveryGroupOnceInTheOrderGiven) {
   Settings settings;
-  ScriptedAgent agent({done(wireBytes(settings.log)), done(unhex(ADMIN_RECORD)), done(), done()});
+  ScriptedAgent agent(
+      {done(wireBytes(settings.logGroup)), done(unhex(ADMIN_RECORD)), done(), done()});
   EXPECT_EQ(runSet(agent, {"LOG.FACILITY=3", "ADMIN.SESSION_EXPTIME=1", "LOG.FACILITY=7",
                            "LOG.LANGUAGE=log_lang_rus"}),
             printed(""));
-  settings.log.FACILITY.value = 7;
-  settings.log.LANGUAGE.value = 1;
+  settings.logGroup.FACILITY.value = 7;
+  settings.logGroup.LANGUAGE.value = 1;
   EXPECT_EQ(agent.commands(),
-            (Commands{"read LOG", "read ADMIN", "write LOG " + hex(wireBytes(settings.log)),
+            (Commands{"read LOG", "read ADMIN", "write LOG " + hex(wireBytes(settings.logGroup)),
                       "write ADMIN 01 00 00 00 01 05 00 00 00 61 64 6D 69 6E"}));
 }
 
 TEST(ClientSet, LeavesValuesAloneThatTheBridgeDidNotCheck) {
   Settings settings;
-  settings.log.LOG_LEVEL.value = 7;
-  settings.log.BACKUP_DEPTH.value = 4294967295U;
-  ScriptedAgent agent({done(wireBytes(settings.log)), done()});
+  settings.logGroup.LOG_LEVEL.value = 7;
+  settings.logGroup.BACKUP_DEPTH.value = 4294967295U;
+  ScriptedAgent agent({done(wireBytes(settings.logGroup)), done()});
   EXPECT_EQ(runSet(agent, {"LOG.WALL_ON=false"}), printed(""));
-  settings.log.WALL_ON.value = false;
-  EXPECT_EQ(agent.commands(), (Commands{"read LOG", "write LOG " + hex(wireBytes(settings.log))}));
+  settings.logGroup.WALL_ON.value = false;
+  EXPECT_EQ(agent.commands(),
+            (Commands{"read LOG", "write LOG " + hex(wireBytes(settings.logGroup))}));
 }
 
 TEST(ClientSet, ChangesAnEntryOfTheUserList) {
   Settings settings;
-  listAdd(settings.users)->NAME.value = "anna";
-  auto* const boris = listAdd(settings.users);
-  ScriptedAgent agent({done(wireBytes(settings.users)), done()});
+  listAdd(settings.userList)->NAME.value = "anna";
+  auto* const boris = listAdd(settings.userList);
+  ScriptedAgent agent({done(wireBytes(settings.userList)), done()});
   EXPECT_EQ(runSet(agent, {"USERS[1].NAME=boris", "USERS[1].PMP_TIMEOUT=20"}), printed(""));
   boris->NAME.value = "boris";
   boris->PMP_TIMEOUT.value = 20;
   EXPECT_EQ(agent.commands(),
-            (Commands{"read USERS", "write USERS " + hex(wireBytes(settings.users))}));
+            (Commands{"read USERS", "write USERS " + hex(wireBytes(settings.userList))}));
 }
 
 TEST(ClientSet, OneMistakeAndNothingIsAskedOrWritten) {
@@ -96,7 +98,7 @@ TEST(ClientSet, OneMistakeAndNothingIsAskedOrWritten) {
 
 TEST(ClientSet, MissingEntryIsFoundBeforeAnythingIsWritten) {
   Settings settings;
-  ScriptedAgent agent({done(unhex(ADMIN_RECORD)), done(wireBytes(settings.users)), done()});
+  ScriptedAgent agent({done(unhex(ADMIN_RECORD)), done(wireBytes(settings.userList)), done()});
   EXPECT_EQ(runSet(agent, {"ADMIN.SESSION_EXPTIME=1", "USERS[0].NAME=anna"}),
             failed(2, "there is no USERS[0]; entries in the list, counted from 0: 0"));
   EXPECT_EQ(agent.commands(), (Commands{"read ADMIN", "read USERS"}));
@@ -111,8 +113,8 @@ TEST(ClientSet, RefusedGroupIsNotWritten) {
 
 TEST(ClientSet, RefusalAmongSeveralGroupsTellsWhichAreWritten) {
   Settings settings;
-  ScriptedAgent agent({done(wireBytes(settings.ike)), done(unhex(ADMIN_RECORD)),
-                       done(wireBytes(settings.log)), done(), refused("no\nentry")});
+  ScriptedAgent agent({done(wireBytes(settings.ikeGroup)), done(unhex(ADMIN_RECORD)),
+                       done(wireBytes(settings.logGroup)), done(), refused("no\nentry")});
   EXPECT_EQ(
       runSet(agent, {"IKE.IKE_PORT=501", "ADMIN.SESSION_EXPTIME=1", "LOG.WALL_ON=0"}),
       failed(1, R"(writing ADMIN failed: no\x0aentry; written: IKE; not written: ADMIN, LOG)"));
@@ -120,8 +122,8 @@ TEST(ClientSet, RefusalAmongSeveralGroupsTellsWhichAreWritten) {
 
 TEST(ClientSet, LostReplyTellsThatTheGroupMayBeWritten) {
   Settings settings;
-  ScriptedAgent agent({done(wireBytes(settings.ike)), done(unhex(ADMIN_RECORD)),
-                       done(wireBytes(settings.log)), done()});
+  ScriptedAgent agent({done(wireBytes(settings.ikeGroup)), done(unhex(ADMIN_RECORD)),
+                       done(wireBytes(settings.logGroup)), done()});
   EXPECT_EQ(runSet(agent, {"IKE.IKE_PORT=501", "ADMIN.SESSION_EXPTIME=1", "LOG.WALL_ON=0"}),
             failed(3, "the agent at " + agent.socketPath +
                           " closed the connection; written: IKE; perhaps written: ADMIN; "
@@ -145,13 +147,13 @@ TEST(ClientSet, NothingToDoIsNoError) {
 
 TEST(ClientSet, TakesBackWhatShowPrints) {
   Settings settings;
-  settings.ike.QCD_SECRET.value = "s3cret";
-  settings.policy.PMP_SERVERS.value = R"( a, b=c "d" \x0a )";
-  settings.policy.PSK_NAME.value = "two\nlines";
-  listAdd(settings.users)->NAME.value = "anna";
+  settings.ikeGroup.QCD_SECRET.value = "s3cret";
+  settings.policyGroup.PMP_SERVERS.value = R"( a, b=c "d" \x0a )";
+  settings.policyGroup.PSK_NAME.value = "two\nlines";
+  listAdd(settings.userList)->NAME.value = "anna";
   std::vector<bridge::Reply> reads;
   Commands expected;
-  for (auto* group : settings.groups) {
+  for (auto* group : settings.groups()) {
     reads.push_back(done(wireBytes(*group)));
     expected.push_back(std::string("read ") + group->name);
   }
@@ -160,7 +162,7 @@ TEST(ClientSet, TakesBackWhatShowPrints) {
   EXPECT_EQ(show.exitCode, 0);
 
   std::vector<bridge::Reply> replies = reads;
-  for (auto* group : settings.groups) {
+  for (auto* group : settings.groups()) {
     replies.push_back(done());
     expected.push_back(std::string("write ") + group->name + " " + hex(wireBytes(*group)));
   }

@@ -87,15 +87,15 @@ void expectPlaces(Settings& settings, ParamGroup& owner, const std::string& name
 
 TEST(ClientSettings, EveryParameterOfTheBridgeIsFoundByItsName) {
   Settings settings;
-  for (ParamGroup* group : settings.groups) {
+  for (ParamGroup* group : settings.groups()) {
     expectPlaces(settings, *group, group->name, {group, std::nullopt, ""});
   }
 }
 
 TEST(ClientSettings, EntriesAreFoundByTheirIndex) {
   Settings settings;
-  expectPlaces(settings, *listAdd(settings.users), "USERS[0]", {&settings.users, 0, ""});
-  expectPlaces(settings, *listAdd(settings.users), "USERS[1]", {&settings.users, 1, ""});
+  expectPlaces(settings, *listAdd(settings.userList), "USERS[0]", {&settings.userList, 0, ""});
+  expectPlaces(settings, *listAdd(settings.userList), "USERS[1]", {&settings.userList, 1, ""});
 }
 
 TEST(ClientSettings, EntryMayBeMissingUntilItIsUsed) {
@@ -103,18 +103,18 @@ TEST(ClientSettings, EntryMayBeMissingUntilItIsUsed) {
   const Place place = settings.place("USERS[2].NAME");
   EXPECT_EQ(failureOf([&] { settings.param(place); }),
             "2: there is no USERS[2]; entries in the list, counted from 0: 0");
-  listAdd(settings.users);
-  listAdd(settings.users);
+  listAdd(settings.userList);
+  listAdd(settings.userList);
   EXPECT_EQ(failureOf([&] { settings.param(place); }),
             "2: there is no USERS[2]; entries in the list, counted from 0: 2");
-  listAdd(settings.users);
-  EXPECT_EQ(&settings.param(place), &settings.users.items[2]->NAME);
+  listAdd(settings.userList);
+  EXPECT_EQ(&settings.param(place), &settings.userList.items[2]->NAME);
 }
 
 TEST(ClientSettings, GroupsStandInTheOrderOfTheSettingsFile) {
   Settings settings;
   std::string names;
-  for (ParamGroup* group : settings.groups) {
+  for (ParamGroup* group : settings.groups()) {
     EXPECT_EQ(&settings.group(group->name), group);
     names += std::string(group->name) + " ";
   }

@@ -20,8 +20,8 @@ using Commands = std::vector<std::string>;
 
 std::string ikeWithSecret() {
   Settings settings;
-  settings.ike.QCD_SECRET.value = "s3cret";
-  return wireBytes(settings.ike);
+  settings.ikeGroup.QCD_SECRET.value = "s3cret";
+  return wireBytes(settings.ikeGroup);
 }
 
 constexpr const char* LOG_LINES =
@@ -70,7 +70,7 @@ constexpr const char* IKE_LINES_BEHIND_THE_SECRET =
 
 TEST(ClientShow, PrintsOneGroup) {
   Settings settings;
-  ScriptedAgent agent({done(wireBytes(settings.log))});
+  ScriptedAgent agent({done(wireBytes(settings.logGroup))});
   EXPECT_EQ(runClient({"--socket", agent.socketPath, "show", "LOG"}), printed(LOG_LINES));
   EXPECT_EQ(agent.commands(), Commands{"read LOG"});
 }
@@ -91,9 +91,9 @@ TEST(ClientShow, PrintsSecretsIfToldTo) {
 
 TEST(ClientShow, PrintsAllGroupsInTheOrderOfTheFile) {
   Settings settings;
-  ScriptedAgent agent({done(wireBytes(settings.ike)), done(wireBytes(settings.log)),
-                       done(wireBytes(settings.update)), done(wireBytes(settings.policy)),
-                       done(wireBytes(settings.admin)), done(wireBytes(settings.users))});
+  ScriptedAgent agent({done(wireBytes(settings.ikeGroup)), done(wireBytes(settings.logGroup)),
+                       done(wireBytes(settings.updateGroup)), done(wireBytes(settings.policyGroup)),
+                       done(wireBytes(settings.adminGroup)), done(wireBytes(settings.userList))});
   EXPECT_EQ(runClient({"--socket", agent.socketPath, "show"}),
             printed(std::string(IKE_LINES_BEFORE_THE_SECRET) + "IKE.QCD_SECRET=(hidden)\n" +
                     IKE_LINES_BEHIND_THE_SECRET + LOG_LINES +
@@ -132,16 +132,16 @@ TEST(ClientShow, PrintsAllGroupsInTheOrderOfTheFile) {
 
 TEST(ClientShow, PrintsNothingIfOneGroupIsRefused) {
   Settings settings;
-  ScriptedAgent agent({done(wireBytes(settings.ike)), refused("it is locked")});
+  ScriptedAgent agent({done(wireBytes(settings.ikeGroup)), refused("it is locked")});
   EXPECT_EQ(runClient({"--socket", agent.socketPath, "show"}),
             failed(1, "reading LOG failed: it is locked"));
 }
 
 TEST(ClientShow, NumbersTheUsers) {
   Settings settings;
-  listAdd(settings.users)->NAME.value = "anna";
-  listAdd(settings.users)->PMP_AUTH.value = 1;
-  ScriptedAgent agent({done(wireBytes(settings.users))});
+  listAdd(settings.userList)->NAME.value = "anna";
+  listAdd(settings.userList)->PMP_AUTH.value = 1;
+  ScriptedAgent agent({done(wireBytes(settings.userList))});
   EXPECT_EQ(runClient({"--socket", agent.socketPath, "show", "USERS"}),
             printed("USERS[0].NAME=anna\n"
                     "USERS[0].LSP_SOURCE=SOURCE_DDP\n"
@@ -188,15 +188,15 @@ TEST(ClientShow, UnknownGroupIsNotAskedFor) {
 
 TEST(ClientShow, OutputThatCannotBeWrittenIsAnError) {
   Settings settings;
-  ScriptedAgent agent({done(wireBytes(settings.log))});
+  ScriptedAgent agent({done(wireBytes(settings.logGroup))});
   EXPECT_EQ(runClient({"--socket", agent.socketPath, "show", "LOG"}, {.outputPath = "/dev/full"}),
             failed(3, "cannot write the output"));
 }
 
 TEST(ClientGet, PrintsTheBareValue) {
   Settings settings;
-  settings.update.URL.value = " http://a/?b=c ";
-  ScriptedAgent agent({done(wireBytes(settings.update))});
+  settings.updateGroup.URL.value = " http://a/?b=c ";
+  ScriptedAgent agent({done(wireBytes(settings.updateGroup))});
   EXPECT_EQ(runClient({"--socket", agent.socketPath, "get", "UPDATE.URL"}),
             printed(" http://a/?b=c \n"));
   EXPECT_EQ(agent.commands(), Commands{"read UPDATE"});
@@ -204,8 +204,8 @@ TEST(ClientGet, PrintsTheBareValue) {
 
 TEST(ClientGet, PrintsAValueWithoutANameAsItsNumber) {
   Settings settings;
-  settings.log.LOG_LEVEL.value = -7;
-  ScriptedAgent agent({done(wireBytes(settings.log))});
+  settings.logGroup.LOG_LEVEL.value = -7;
+  ScriptedAgent agent({done(wireBytes(settings.logGroup))});
   EXPECT_EQ(runClient({"--socket", agent.socketPath, "get", "LOG.LOG_LEVEL"}), printed("-7\n"));
 }
 
@@ -217,16 +217,16 @@ TEST(ClientGet, PrintsASecretThatIsAskedForByName) {
 
 TEST(ClientGet, FindsAnEntryByItsIndex) {
   Settings settings;
-  listAdd(settings.users)->NAME.value = "anna";
-  listAdd(settings.users)->NAME.value = "boris";
-  ScriptedAgent agent({done(wireBytes(settings.users))});
+  listAdd(settings.userList)->NAME.value = "anna";
+  listAdd(settings.userList)->NAME.value = "boris";
+  ScriptedAgent agent({done(wireBytes(settings.userList))});
   EXPECT_EQ(runClient({"--socket", agent.socketPath, "get", "USERS[1].NAME"}), printed("boris\n"));
 }
 
 TEST(ClientGet, SaysHowManyEntriesThereAre) {
   Settings settings;
-  listAdd(settings.users);
-  ScriptedAgent agent({done(wireBytes(settings.users))});
+  listAdd(settings.userList);
+  ScriptedAgent agent({done(wireBytes(settings.userList))});
   EXPECT_EQ(runClient({"--socket", agent.socketPath, "get", "USERS[1].NAME"}),
             failed(2, "there is no USERS[1]; entries in the list, counted from 0: 1"));
 }

@@ -20,8 +20,8 @@ using Commands = std::vector<std::string>;
 /// The record of a list of users who have nothing but a name.
 std::string recordOf(const std::vector<std::string>& names) {
   client::Settings settings;
-  for (const std::string& name : names) listAdd(settings.users)->NAME.value = name;
-  return wireBytes(settings.users);
+  for (const std::string& name : names) listAdd(settings.userList)->NAME.value = name;
+  return wireBytes(settings.userList);
 }
 
 Outcome runUser(const ScriptedAgent& agent, std::vector<std::string> arguments) {

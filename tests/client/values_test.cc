@@ -122,27 +122,27 @@ TEST(ClientValues, IllegalTextIsRefusedInWordsAndChangesNothing) {
 
 TEST(ClientValues, WhatTheBridgeDidNotCheckIsShownAsItIs) {
   Settings settings;
-  settings.log.LOG_LEVEL.value = 7;
-  settings.ike.ERRNTF_POLICY.value = -2;
-  settings.ike.IKE_PORT.value = 0;
-  settings.log.FACILITY.value = 4294967295U;
-  settings.admin.ADMIN_GROUP.value = "a\nb\0"s;
-  EXPECT_EQ(valueText(settings.log.LOG_LEVEL), "7");
-  EXPECT_EQ(valueText(settings.ike.ERRNTF_POLICY), "-2");
-  EXPECT_EQ(valueText(settings.ike.IKE_PORT), "0");
-  EXPECT_EQ(valueText(settings.log.FACILITY), "4294967295");
-  EXPECT_EQ(valueText(settings.admin.ADMIN_GROUP), "a\nb\0"s);
-  EXPECT_EQ(settings.log.LOG_LEVEL.value, 7) << "to be shown changes a value";
+  settings.logGroup.LOG_LEVEL.value = 7;
+  settings.ikeGroup.ERRNTF_POLICY.value = -2;
+  settings.ikeGroup.IKE_PORT.value = 0;
+  settings.logGroup.FACILITY.value = 4294967295U;
+  settings.adminGroup.ADMIN_GROUP.value = "a\nb\0"s;
+  EXPECT_EQ(valueText(settings.logGroup.LOG_LEVEL), "7");
+  EXPECT_EQ(valueText(settings.ikeGroup.ERRNTF_POLICY), "-2");
+  EXPECT_EQ(valueText(settings.ikeGroup.IKE_PORT), "0");
+  EXPECT_EQ(valueText(settings.logGroup.FACILITY), "4294967295");
+  EXPECT_EQ(valueText(settings.adminGroup.ADMIN_GROUP), "a\nb\0"s);
+  EXPECT_EQ(settings.logGroup.LOG_LEVEL.value, 7) << "to be shown changes a value";
 }
 
 /// Calls `visit` with every parameter of the catalogue, those of a user's entry included.
 template <typename Visit>
 void forEachParam(Settings& settings, Visit visit) {
-  listAdd(settings.users);
-  for (ParamGroup* group : settings.groups) {
+  listAdd(settings.userList);
+  for (ParamGroup* group : settings.groups()) {
     for (Param* param : group->fileParams) visit(*param);
   }
-  for (Param* param : settings.users.items[0]->fileParams) visit(*param);
+  for (Param* param : settings.userList.items[0]->fileParams) visit(*param);
 }
 
 TEST(ClientValues, EveryDefaultIsTakenBack) {
@@ -173,7 +173,7 @@ TEST(ClientValues, EveryVariantIsTakenAndShown) {
 TEST(ClientValues, OneParameterIsASecret) {
   Settings settings;
   forEachParam(settings, [&](Param& param) {
-    EXPECT_EQ(isSecret(param), &param == &settings.ike.QCD_SECRET) << param.name;
+    EXPECT_EQ(isSecret(param), &param == &settings.ikeGroup.QCD_SECRET) << param.name;
   });
 }
 

@@ -14,7 +14,8 @@ using LPARAMS::Server::READ_GROUP;
 using LPARAMS::Server::SAVE;
 using LPARAMS::Server::WRITE_GROUP;
 
-/// The input of a command that reads or writes: the group's name as a string of the bridge, then its record.
+/// The input of a command that reads or writes: the group's name as a string of the bridge, then
+/// its record.
 std::string groupInput(std::string_view name, std::string_view record = {});
 
 class BridgeClient {

@@ -32,24 +32,24 @@ bool write(const BridgeClient& client, ParamGroup& group) {
 void work(const BridgeClient& client, unsigned number, std::atomic<int>& faults) {
   client::Settings settings;
   for (unsigned round = 0; round < ROUNDS; ++round) {
-    for (ParamGroup* group : settings.groups) read(client, *group);
+    for (ParamGroup* group : settings.groups()) read(client, *group);
     // Every write sets both to the same, so every read finds them so.
-    const std::string expiry = std::to_string(settings.admin.SESSION_EXPTIME.value);
-    const std::string& name = settings.admin.ADMIN_GROUP.value;
+    const std::string expiry = std::to_string(settings.adminGroup.SESSION_EXPTIME.value);
+    const std::string& name = settings.adminGroup.ADMIN_GROUP.value;
     if (name != "admin" && name != expiry) ++faults;
 
-    settings.admin.SESSION_EXPTIME.value = number * ROUNDS + round;
-    settings.admin.ADMIN_GROUP.value = std::to_string(number * ROUNDS + round);
-    if (!write(client, settings.admin)) ++faults;
+    settings.adminGroup.SESSION_EXPTIME.value = number * ROUNDS + round;
+    settings.adminGroup.ADMIN_GROUP.value = std::to_string(number * ROUNDS + round);
+    if (!write(client, settings.adminGroup)) ++faults;
 
-    settings.users.destroyEntries();
+    settings.userList.destroyEntries();
     for (unsigned i = 0; i < number; ++i) {
-      LPARAMS::Server::listAdd(settings.users)->NAME.value = std::to_string(number);
+      LPARAMS::Server::listAdd(settings.userList)->NAME.value = std::to_string(number);
     }
-    if (!write(client, settings.users)) ++faults;
-    read(client, settings.users);
-    for (const auto* user : settings.users.items) {
-      if (user->NAME.value != std::to_string(settings.users.items.size())) ++faults;
+    if (!write(client, settings.userList)) ++faults;
+    read(client, settings.userList);
+    for (const auto* user : settings.userList.items) {
+      if (user->NAME.value != std::to_string(settings.userList.items.size())) ++faults;
     }
     if (client.save().result != 1) ++faults;
   }

@@ -48,8 +48,8 @@ std::string shown(const std::map<std::string, std::string>& values) {
       text += name + "=" + values.at(name) + "\n";
     }
   };
-  for (const auto* group : settings.groups) {
-    if (group != &settings.users) add(group->name, *group);
+  for (const auto* group : settings.groups()) {
+    if (group != &settings.userList) add(group->name, *group);
   }
   const LPARAMS::Server::USER_t user;
   for (int i = 0; values.contains("USERS[" + std::to_string(i) + "].NAME"); ++i) {

@@ -43,7 +43,7 @@ TEST_F(Tracker, CountsEachGroupOnItsOwn) {
   write(agent_testing::adminRecord(20));
   write(agent_testing::adminRecord(20));  // a write is one, whether or not it changes a value
   client::Settings settings;
-  write(client::encodeRecord(settings.users));
+  write(client::encodeRecord(settings.userList));
   EXPECT_EQ(changes_.revision("ADMIN"), 3u);
   EXPECT_EQ(changes_.revision("USERS"), 2u);
   EXPECT_EQ(changes_.revision("IKE"), 1u);

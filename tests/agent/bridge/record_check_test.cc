@@ -39,16 +39,16 @@ class RecordCheckTest : public testing::Test {
  protected:
   RecordCheckTest() {
     for (const char* name : {"first", "second"}) {
-      settings_.users.append()->NAME.value = name;
+      settings_.userList.append()->NAME.value = name;
     }
   }
 
   std::string refusal(const std::string& input) const { return module_.check().refusal(input); }
 
   void forEachMember(const std::function<void(const Member&)>& visit) {
-    for (ParamGroup* group : settings_.groups) {
-      const bool isList = group == &settings_.users;
-      ParamGroup& owner = isList ? *settings_.users.items[1] : *group;
+    for (ParamGroup* group : settings_.groups()) {
+      const bool isList = group == &settings_.userList;
+      ParamGroup& owner = isList ? *settings_.userList.items[1] : *group;
       const std::string prefix = isList ? "USERS[1]." : std::string(group->name) + ".";
       for (Param* param : owner.wireParams) visit({*group, *param, prefix + param->name});
     }
@@ -61,7 +61,7 @@ class RecordCheckTest : public testing::Test {
     CommandStreamOut out{from};
     // Everything from the member to the end of its group stands at the end of the record.
     const auto& owner =
-        &member.group == &settings_.users ? *settings_.users.items[1] : member.group;
+        &member.group == &settings_.userList ? *settings_.userList.items[1] : member.group;
     bool reached = false;
     size_t own = 0;
     for (Param* param : owner.wireParams) {
@@ -104,7 +104,7 @@ TEST_F(RecordCheckTest, TakesTheListAsItFoundIt) {
 }
 
 TEST_F(RecordCheckTest, EveryGroupOfTheModulePassesAtItsDefaults) {
-  for (ParamGroup* group : settings_.groups) {
+  for (ParamGroup* group : settings_.groups()) {
     EXPECT_EQ(refusal(client::encodeRecord(*group)), "") << group->name;
   }
 }
@@ -208,19 +208,19 @@ TEST_F(RecordCheckTest, Messages) {
 }
 
 TEST_F(RecordCheckTest, ASecretIsNotRepeated) {
-  settings_.ike.QCD_SECRET.value = "open sesame";
-  settings_.ike.EXCHANGE_TIMEOUT.value = 4;
-  EXPECT_THAT(refusal(client::encodeRecord(settings_.ike)), Not(HasSubstr("sesame")));
-  settings_.ike.EXCHANGE_TIMEOUT.value = 5;
-  settings_.ike.QCD_SECRET.value = "open\nsesame";
-  EXPECT_EQ(refusal(client::encodeRecord(settings_.ike)),
+  settings_.ikeGroup.QCD_SECRET.value = "open sesame";
+  settings_.ikeGroup.EXCHANGE_TIMEOUT.value = 4;
+  EXPECT_THAT(refusal(client::encodeRecord(settings_.ikeGroup)), Not(HasSubstr("sesame")));
+  settings_.ikeGroup.EXCHANGE_TIMEOUT.value = 5;
+  settings_.ikeGroup.QCD_SECRET.value = "open\nsesame";
+  EXPECT_EQ(refusal(client::encodeRecord(settings_.ikeGroup)),
             "IKE.QCD_SECRET: the value has a control character at byte 4; expected text on one "
             "line");
 }
 
 TEST_F(RecordCheckTest, EveryStrictPrefixIsTooShort) {
-  settings_.ike.QCD_SECRET.value = "open sesame";
-  for (ParamGroup* group : settings_.groups) {
+  settings_.ikeGroup.QCD_SECRET.value = "open sesame";
+  for (ParamGroup* group : settings_.groups()) {
     const std::string record = client::encodeRecord(*group);
     const size_t nameSize = client::encodeName(*group).size();
     for (size_t size = 0; size < record.size(); ++size) {
@@ -261,21 +261,21 @@ TEST_F(RecordCheckTest, UnknownGroups) {
 }
 
 TEST_F(RecordCheckTest, TooManyUsers) {
-  const std::string head = client::encodeName(settings_.users);
+  const std::string head = client::encodeName(settings_.userList);
   const std::string expected = " entries are too many; expected at most 3";
   for (const uint32_t count : {4u, 0x7FFFFFFFu, 0xFFFFFFFFu}) {
     EXPECT_EQ(refusal(head + bytesOf(count)), "USERS: " + std::to_string(count) + expected);
   }
-  (void)settings_.users.append();
-  ASSERT_EQ(settings_.users.items.size(), MAX_USERS);
-  EXPECT_EQ(refusal(client::encodeRecord(settings_.users)), "");
-  (void)settings_.users.append();
-  EXPECT_EQ(refusal(client::encodeRecord(settings_.users)), "USERS: 4" + expected);
+  (void)settings_.userList.append();
+  ASSERT_EQ(settings_.userList.items.size(), MAX_USERS);
+  EXPECT_EQ(refusal(client::encodeRecord(settings_.userList)), "");
+  (void)settings_.userList.append();
+  EXPECT_EQ(refusal(client::encodeRecord(settings_.userList)), "USERS: 4" + expected);
 }
 
 TEST_F(RecordCheckTest, AnAbsurdCountEndsAtTheFirstEntryThatIsMissing) {
   const RecordCheck check(module_.server(), 0xFFFFFFFF);
-  EXPECT_EQ(check.refusal(client::encodeName(settings_.users) + bytesOf(0xFFFFFFFFu)),
+  EXPECT_EQ(check.refusal(client::encodeName(settings_.userList) + bytesOf(0xFFFFFFFFu)),
             "USERS[0].NAME: the record ends here; 4 bytes are needed and 0 are left");
 }
 

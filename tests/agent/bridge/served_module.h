@@ -65,15 +65,15 @@ class ServedModule {
 /// The input of a write of ADMIN with this SESSION_EXPTIME.
 inline std::string adminRecord(unsigned seconds) {
   client::Settings settings;
-  settings.admin.SESSION_EXPTIME.value = seconds;
-  return client::encodeRecord(settings.admin);
+  settings.adminGroup.SESSION_EXPTIME.value = seconds;
+  return client::encodeRecord(settings.adminGroup);
 }
 
 /// SESSION_EXPTIME in the output of a read of ADMIN.
 inline unsigned exptimeIn(const bridge::Reply& reply) {
   client::Settings settings;
-  client::decodeRecord(settings.admin, reply.output);
-  return settings.admin.SESSION_EXPTIME.value;
+  client::decodeRecord(settings.adminGroup, reply.output);
+  return settings.adminGroup.SESSION_EXPTIME.value;
 }
 
 }  // namespace agent_testing

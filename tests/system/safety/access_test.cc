@@ -40,8 +40,8 @@ class Access : public AgentTest {
       (void)client.greet();
       client::Settings settings;
       const Reply read =
-          client.exchange(bridge::Command{13, 1, client::encodeName(settings.admin)});
-      const Reply write = client.exchange(bridge::Command{13, 0, recordOf(settings.admin)});
+          client.exchange(bridge::Command{13, 1, client::encodeName(settings.adminGroup)});
+      const Reply write = client.exchange(bridge::Command{13, 0, recordOf(settings.adminGroup)});
       const Reply save = client.exchange(bridge::Command{13, 2});
       return inWords(read) + ", " + inWords(write) + ", " + inWords(save);
     });
@@ -101,11 +101,12 @@ TEST_F(Access, OfMembersOfTheGroupInTheSettings) {
 TEST_F(Access, IllegalValuesAreRefused) {
   start();
   client::Settings settings;
-  settings.ike.EXCHANGE_TIMEOUT.value = 601;
-  EXPECT_EQ(refusedWrite(settings.ike),
+  settings.ikeGroup.EXCHANGE_TIMEOUT.value = 601;
+  EXPECT_EQ(refusedWrite(settings.ikeGroup),
             "IKE.EXCHANGE_TIMEOUT: 601 is not legal; expected a number from 5 to 600");
-  settings.admin.ADMIN_GROUP.value = "a\nLOG_LEVEL=1";
-  EXPECT_THAT(refusedWrite(settings.admin), StartsWith("ADMIN.ADMIN_GROUP: \"a\\nLOG_LEVEL=1\" "));
+  settings.adminGroup.ADMIN_GROUP.value = "a\nLOG_LEVEL=1";
+  EXPECT_THAT(refusedWrite(settings.adminGroup),
+              StartsWith("ADMIN.ADMIN_GROUP: \"a\\nLOG_LEVEL=1\" "));
   EXPECT_EQ(state("changed"), "no");
 }
 
@@ -115,8 +116,9 @@ TEST_F(Access, IllegalValuesReachTheModuleIfTheyMay) {
   const RawClient client(socket_);
   ASSERT_TRUE(client.greet());
   client::Settings settings;
-  settings.ike.EXCHANGE_TIMEOUT.value = 601;
-  EXPECT_EQ(client.exchange(bridge::Command{13, 0, recordOf(settings.ike) + "trailing"}).result, 1);
+  settings.ikeGroup.EXCHANGE_TIMEOUT.value = 601;
+  EXPECT_EQ(
+      client.exchange(bridge::Command{13, 0, recordOf(settings.ikeGroup) + "trailing"}).result, 1);
   EXPECT_EQ(get("IKE.EXCHANGE_TIMEOUT"), "601\n");
   EXPECT_EQ(client.exchange(bridge::Command{13, 0, "\3"}).reason, Reason::MalformedInput);
 }
@@ -137,8 +139,8 @@ TEST_F(Access, WritesFromAStaleReadAreConflicts) {
   const RawClient second(socket_);
   ASSERT_TRUE(first.greet() && second.greet());
   client::Settings settings;
-  const bridge::Command read{13, 1, client::encodeName(settings.admin)};
-  bridge::Command write{13, 0, recordOf(settings.admin)};
+  const bridge::Command read{13, 1, client::encodeName(settings.adminGroup)};
+  bridge::Command write{13, 0, recordOf(settings.adminGroup)};
   write.revision = first.exchange(read).revision;
   EXPECT_EQ(second.exchange(read).revision, write.revision);
 
@@ -159,7 +161,7 @@ TEST_F(Access, SubscribersHearWhoWroteWhat) {
   ASSERT_TRUE(writer.greet());
   client::Settings settings;
   for (const uint64_t revision : {uint64_t{2}, uint64_t{3}}) {
-    EXPECT_EQ(writer.exchange(bridge::Command{13, 0, recordOf(settings.log)}).result, 1);
+    EXPECT_EQ(writer.exchange(bridge::Command{13, 0, recordOf(settings.logGroup)}).result, 1);
     const bridge::Event event{"LOG", revision, ::getuid(), ::getpid()};
     EXPECT_EQ(std::get<bridge::Event>(subscriber.receive().value()), event);
   }
@@ -168,7 +170,7 @@ TEST_F(Access, SubscribersHearWhoWroteWhat) {
   const std::jthread writing([&](const std::stop_token& stop) {
     // Nothing says when the other one has subscribed.
     while (!stop.stop_requested()) {
-      (void)writer.exchange(bridge::Command{13, 0, recordOf(settings.log)});
+      (void)writer.exchange(bridge::Command{13, 0, recordOf(settings.logGroup)});
       std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
   });

@@ -58,9 +58,9 @@ class AgentProcess : public AgentTest {
   /// Fills the user list, so that the reply to a read of it is more than a socket takes at once.
   void addManyUsers(const RawClient& client) {
     client::Settings settings;
-    for (int i = 0; i < 4000; ++i) listAdd(settings.users)->NAME.value = std::string(1000, 'x');
-    ASSERT_EQ(client.exchange(bridge::Command{13, 0, client::encodeRecord(settings.users)}).result,
-              1);
+    for (int i = 0; i < 4000; ++i) listAdd(settings.userList)->NAME.value = std::string(1000, 'x');
+    ASSERT_EQ(
+        client.exchange(bridge::Command{13, 0, client::encodeRecord(settings.userList)}).result, 1);
   }
 
   static bridge::Request readOfUsers() {

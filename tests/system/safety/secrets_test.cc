@@ -33,11 +33,11 @@ class Secrets : public AgentTest {
     const RawClient client(socket_);
     (void)client.greet();
     client::Settings settings;
-    settings.ike.QCD_SECRET.value = SECRET;
+    settings.ikeGroup.QCD_SECRET.value = SECRET;
     bridge::Command command{13, 0};
-    spoil(settings.ike, command);
+    spoil(settings.ikeGroup, command);
     const std::string extra = command.input;
-    command.input = client::encodeRecord(settings.ike) + extra;
+    command.input = client::encodeRecord(settings.ikeGroup) + extra;
     const bridge::Reply reply = client.exchange(command);
     EXPECT_EQ(reply.result, 0);
     return reply.text + reply.output;

@@ -38,22 +38,25 @@ struct Counter {
 };
 
 const std::array COUNTERS = {
+    Counter{"ADMIN.SESSION_EXPTIME", [](Settings& s) -> ParamGroup& { return s.adminGroup; },
+            [](Settings& s) -> uint64_t { return s.adminGroup.SESSION_EXPTIME.value; },
+            [](Settings& s, uint64_t n) {
+              s.adminGroup.SESSION_EXPTIME.value = static_cast<unsigned>(n);
+            },
+            86401},
     Counter{
-        "ADMIN.SESSION_EXPTIME", [](Settings& s) -> ParamGroup& { return s.admin; },
-        [](Settings& s) -> uint64_t { return s.admin.SESSION_EXPTIME.value; },
-        [](Settings& s, uint64_t n) { s.admin.SESSION_EXPTIME.value = static_cast<unsigned>(n); },
-        86401},
-    Counter{"LOG.BACKUP_DEPTH", [](Settings& s) -> ParamGroup& { return s.log; },
-            [](Settings& s) -> uint64_t { return s.log.BACKUP_DEPTH.value; },
-            [](Settings& s, uint64_t n) { s.log.BACKUP_DEPTH.value = static_cast<unsigned>(n); },
-            1001},
-    Counter{"IKE.MAX_HALFOPEN", [](Settings& s) -> ParamGroup& { return s.ike; },
-            [](Settings& s) -> uint64_t { return s.ike.MAX_HALFOPEN.value; },
-            [](Settings& s, uint64_t n) { s.ike.MAX_HALFOPEN.value = static_cast<unsigned>(n); },
-            257},
-    Counter{"USERS[0].NAME", [](Settings& s) -> ParamGroup& { return s.users; },
-            [](Settings& s) -> uint64_t { return std::stoull(s.users.items.at(0)->NAME.value); },
-            [](Settings& s, uint64_t n) { s.users.items.at(0)->NAME.value = std::to_string(n); },
+        "LOG.BACKUP_DEPTH", [](Settings& s) -> ParamGroup& { return s.logGroup; },
+        [](Settings& s) -> uint64_t { return s.logGroup.BACKUP_DEPTH.value; },
+        [](Settings& s, uint64_t n) { s.logGroup.BACKUP_DEPTH.value = static_cast<unsigned>(n); },
+        1001},
+    Counter{
+        "IKE.MAX_HALFOPEN", [](Settings& s) -> ParamGroup& { return s.ikeGroup; },
+        [](Settings& s) -> uint64_t { return s.ikeGroup.MAX_HALFOPEN.value; },
+        [](Settings& s, uint64_t n) { s.ikeGroup.MAX_HALFOPEN.value = static_cast<unsigned>(n); },
+        257},
+    Counter{"USERS[0].NAME", [](Settings& s) -> ParamGroup& { return s.userList; },
+            [](Settings& s) -> uint64_t { return std::stoull(s.userList.items.at(0)->NAME.value); },
+            [](Settings& s, uint64_t n) { s.userList.items.at(0)->NAME.value = std::to_string(n); },
             UINT64_MAX},
 };
 
@@ -92,8 +95,8 @@ class Client {
 
   void replaceUsers() {
     Settings settings;
-    listAdd(settings.users)->NAME.value = "0";
-    (void)ask({13, 0, client::encodeRecord(settings.users)});
+    listAdd(settings.userList)->NAME.value = "0";
+    (void)ask({13, 0, client::encodeRecord(settings.userList)});
   }
 
   void save() { (void)ask({13, 2}); }
