@@ -4,7 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/../.."
 
-names_in_sources() { grep -ohP '\{\*this, "\K[^"]+' lparams/catalogue/*.h; }
+names_in_sources() { grep -ohP '\{\*this, Label\("\K[^"\\]+' lparams/catalogue/*.h; }
 names_in_document() { grep -oP '^\| \d+ \| .\K\w+' docs/catalogue.md; }
 
 diff --label 'rows of lparams/catalogue' --label 'rows of docs/catalogue.md' -u \

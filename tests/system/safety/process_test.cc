@@ -64,7 +64,7 @@ class AgentProcess : public AgentTest {
   }
 
   static bridge::Request readOfUsers() {
-    return bridge::Command{13, 1, client::encodeName(client::Settings().users)};
+    return bridge::Command{13, 1, client::encodeName(client::Settings().userList)};
   }
 
   const std::string beingWritten_ = state_.at("localsettings.ini.good.new");
