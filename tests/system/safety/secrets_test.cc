@@ -66,10 +66,10 @@ TEST_F(Secrets, AreNotInErrorsEventsAndTheState) {
     ASSERT_TRUE(writer.greet());
     const std::jthread writing([&](const std::stop_token& stop) {
       client::Settings settings;
-      settings.ike.QCD_SECRET.value = SECRET + " again";
+      settings.ikeGroup.QCD_SECRET.value = SECRET + " again";
       // Nothing says when the other one has subscribed.
       while (!stop.stop_requested()) {
-        (void)writer.exchange(bridge::Command{13, 0, client::encodeRecord(settings.ike)});
+        (void)writer.exchange(bridge::Command{13, 0, client::encodeRecord(settings.ikeGroup)});
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
       }
     });
