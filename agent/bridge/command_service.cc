@@ -67,6 +67,12 @@ Reply call(BridgeSession& session, const bridge::Command& command) {
                  "no module " + std::to_string(command.module) + " is loaded");
 }
 
+/// Whether a write with this reply has changed values: one that breaks off has changed some.
+bool mayHaveWritten(const Reply& reply) {
+  return reply.result != 0 || reply.reason == Reason::MalformedInput ||
+         reply.reason == Reason::ModuleFailed;
+}
+
 /// The name in front of a command's input; empty if it is cut off.
 std::string_view groupName(std::string_view input) {
   uint32_t length = 0;
@@ -117,8 +123,7 @@ Reply CommandService::writeGroup(BridgeSession& session, const bridge::Command& 
     return conflict;
   }
   Reply reply = call(session, command);
-  if (reply.result == 0) changes_.writeBrokeOff(group);
-  reply.revision = changes_.revision(group);
+  reply.revision = mayHaveWritten(reply) ? changes_.written(group, session) : revision;
   return reply;
 }
 

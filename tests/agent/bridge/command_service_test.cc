@@ -55,6 +55,49 @@ TEST_F(Service, RepliesCarryTheRevision) {
   EXPECT_EQ(module_.read("LOG").revision, 1u);
 }
 
+TEST_F(Service, EachGroupHasARevisionOfItsOwn) {
+  (void)module_.write(adminRecord(20));
+  (void)module_.write(adminRecord(20));  // a write is one, whether or not it changes a value
+  client::Settings settings;
+  (void)module_.write(client::encodeRecord(settings.userList));
+  EXPECT_EQ(module_.read("ADMIN").revision, 3u);
+  EXPECT_EQ(module_.read("USERS").revision, 2u);
+  EXPECT_EQ(module_.read("IKE").revision, 1u);
+  EXPECT_THAT(events_, testing::ElementsAre("ADMIN", "ADMIN", "USERS"));
+}
+
+/// What an observer of the module, a plain function, notes down.
+struct Notes {
+  ServedModule* module = nullptr;
+  std::vector<std::string> steps;
+
+  void add(const std::string& what) {
+    steps.push_back(what + ": revision " + std::to_string(module->changes().revision("ADMIN")) +
+                    ", value " + std::to_string(module->server().ADMIN->SESSION_EXPTIME.value));
+  }
+};
+
+Notes& notes() {
+  static Notes notes;
+  return notes;
+}
+
+TEST_F(Service, TheRevisionGrowsAndTheEventFollowsOnceTheValuesAreThere) {
+  notes() = {.module = &module_, .steps = {}};
+  module_.server().ADMIN->observers.push_back(
+      [](int event) { notes().add(event == 1 ? "begins" : "done"); });
+  std::string atEvent;
+  (void)module_.changes().subscribe([&](const bridge::Event& event) {
+    atEvent = std::to_string(event.revision) + ": " +
+              std::to_string(module_.server().ADMIN->SESSION_EXPTIME.value);
+  });
+
+  (void)module_.write(adminRecord(20));
+  EXPECT_THAT(notes().steps,
+              testing::ElementsAre("begins: revision 1, value 10", "done: revision 1, value 20"));
+  EXPECT_EQ(atEvent, "2: 20");
+}
+
 TEST_F(Service, AStaleWriteIsAConflict) {
   (void)module_.write(adminRecord(20));
   (void)module_.write(adminRecord(21));
@@ -168,6 +211,12 @@ TEST_F(AcceptAny, AWriteThatBreaksOffIsTold) {
   EXPECT_THAT(events_, testing::ElementsAre("ADMIN"));
   EXPECT_EQ(exptimeIn(module_.read("ADMIN")), 20u);  // what came first was taken
   EXPECT_EQ(module_.write(record, 1).reason, Reason::Conflict);
+}
+
+TEST_F(AcceptAny, AWriteOfNoGroupIsNone) {
+  for (const std::string& input : {std::string(), std::string("\3\0\0\0FOO", 7)}) {
+    EXPECT_EQ(withoutEffect([&] { return module_.write(input); }).revision, 0u);
+  }
 }
 
 TEST_F(AcceptAny, StrangersAndConflictsAreRefusedAllTheSame) {
