@@ -2,12 +2,14 @@
 //
 // Lock order. Locks nest in this order and in no other:
 //   1. g_ioLock          a bridge command that reads or writes a group, a whole save, a whole load;
-//   2. the root's lock   every use of the snapshot `rawSettings`, and the root's own text;
+//   2. the root's lock   the root's own text, and each use of the snapshot `rawSettings` by itself;
 //   3. a group's lock    saving, loading, writing, reading the group;
 //   4. an inner group's  an entry of the user list, inside the list's lock;
 //   5. a parameter's     the same four operations of one parameter.
 // All are recursive: observers and the save hook run inside them and may call back into the root
 // on the same thread.
+// No call takes a lock that it holds already: each ends also when the locks could not be made
+// recursive.
 //
 // Calls that take no lock: getTypeId, getParam, Param::save and Param::load (they run inside the
 // lock of the typed parameter), listAdd, listDel and listClear (their caller keeps other threads

@@ -4,6 +4,7 @@
 #include <fstream>
 #include <locale>
 #include <memory>
+#include <utility>
 
 #include "lparams/interface/file_names.h"
 #include "lparams/module_objects.h"
@@ -39,26 +40,22 @@ const char* default_file_name_() {
 
 bool Server_t::save(std::string* error) {
   Lock ioLock(g_ioLock);
-  Lock rootLock(*this);
   std::string current;
-  if (is_not_changed_(*this, rawSettings, current)) return true;
+  if (is_not_changed_(*this, snapshot(), current)) return true;
 
   const std::string path = default_file_name_();
   switch (writeSettingsFile(*this, path, error)) {
     case WriteOutcome::WriteFailed:
       return false;
     case WriteOutcome::RenameFailed:
-      rawSettings.clear();  // so that the next save tries again
+      setSnapshot({});  // so that the next save tries again
       return false;
     case WriteOutcome::Written:
       break;
   }
   if (error != nullptr) error->append(WRITTEN).append(path);
-  if (current.empty()) {
-    raw_settings_(*this, rawSettings);
-  } else {
-    rawSettings.swap(current);
-  }
+  if (current.empty()) raw_settings_(*this, current);
+  setSnapshot(std::move(current));
   return true;
 }
 
@@ -82,19 +79,28 @@ bool Server_t::load(LoadLog* log) {
     loaded = false;
   }
   if (!loaded) log->fileFailed(pathForReport());
-  {
-    Lock rootLock(*this);
-    raw_settings_(*this, rawSettings);
-  }
+  std::string current;
+  raw_settings_(*this, current);
+  setSnapshot(std::move(current));
   g_loadlog = nullptr;
   return loaded;
 }
 
 bool Server_t::isChanged() {
-  Lock rootLock(*this);
-  if (rawSettings.empty()) return true;
+  const std::string last = snapshot();
+  if (last.empty()) return true;
   std::string current;
-  return !is_not_changed_(*this, rawSettings, current);
+  return !is_not_changed_(*this, last, current);
+}
+
+std::string Server_t::snapshot() {
+  Lock rootLock(*this);
+  return rawSettings;
+}
+
+void Server_t::setSnapshot(std::string text) {
+  Lock rootLock(*this);
+  rawSettings.swap(text);
 }
 
 }  // namespace LPARAMS::Server

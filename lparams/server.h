@@ -41,8 +41,12 @@ class Server_t : public Catalogue {
   int (*saveHook)(const char*) = nullptr;
 
   /// The text of the file at the last load or save; empty before, and after a rename that failed.
-  /// Protected by the root's lock.
+  /// Protected by the root's lock, which is held for nothing else meanwhile.
   std::string rawSettings;
+
+ private:
+  std::string snapshot();
+  void setSnapshot(std::string text);
 };
 
 /// The path of the settings file, computed at the first call. REQUIRES: g_ioLock is held.

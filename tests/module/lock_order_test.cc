@@ -77,6 +77,13 @@ TEST_F(LockOrder, TheQuestionForChangesHoldsTheRootsAndTheGroupsOnly) {
   EXPECT_THAT(held, ElementsAre("ROOT", "ADMIN"));
 }
 
+TEST_F(LockOrder, TheRootsIsHeldForItsTextAndItsSnapshotAndNotForTheFile) {
+  platform().onVarDir = [this] { (void)look(); };
+  member->onSave = nullptr;
+  EXPECT_TRUE(root().save(nullptr));
+  EXPECT_THAT(held, ElementsAre("g_ioLock"));
+}
+
 TEST_F(LockOrder, NothingIsHeldAfterwards) {
   (void)execute(READ_GROUP, framed("ADMIN"));
   (void)execute(SAVE);
