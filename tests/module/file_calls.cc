@@ -23,6 +23,8 @@ namespace {
 std::string watched;
 std::string ledPath;
 std::string ledPlace;
+std::string refusedPath;
+int refusedError = 0;
 std::atomic<int> writingError = 0;
 std::atomic<int> nextRenameError = 0;
 std::atomic<bool> nextCloseFails = false;
@@ -39,11 +41,13 @@ std::optional<std::string> placeOf(std::string_view path) {
   return {};
 }
 
-/// True, with errno set, if the call is refused.
-bool isRefused(bool writes) {
-  if (!writes || writingError == 0) return false;
-  errno = writingError;
-  return true;
+/// True, with errno set, if opening the file is refused.
+bool isRefused(std::string_view path, bool writes) {
+  const int error = writes && writingError != 0 ? writingError.load()
+                    : path == refusedPath       ? refusedError
+                                                : 0;
+  if (error != 0) errno = error;
+  return error != 0;
 }
 
 void recordFile(const char* call, std::string_view path, const std::string& arguments = {}) {
@@ -78,14 +82,14 @@ int openFile(const char* function, const char* path, int flags, mode_t mode) {
   std::snprintf(octal, sizeof octal, " %04o", mode);
   recordFile("open", path, " " + flagNames(flags) + octal);
   const auto place = placeOf(path);
-  if (!place || isRefused((flags & (O_CREAT | O_ACCMODE)) != O_RDONLY)) return -1;
+  if (!place || isRefused(path, (flags & (O_CREAT | O_ACCMODE)) != O_RDONLY)) return -1;
   return nextFunction<int(const char*, int, ...)>(function)(place->c_str(), flags, mode);
 }
 
 FILE* openStream(const char* function, const char* path, const char* mode) {
   recordFile("fopen", path, std::string(" ") + mode);
   const auto place = placeOf(path);
-  if (!place || isRefused(*mode != 'r')) return nullptr;
+  if (!place || isRefused(path, *mode != 'r')) return nullptr;
   return nextFunction<FILE*(const char*, const char*)>(function)(place->c_str(), mode);
 }
 
@@ -99,6 +103,10 @@ void watchDirectory(const std::string& path) { watched = path; }
 void lead(const std::string& path, const std::string& place) {
   ledPath = path;
   ledPlace = place;
+}
+void refuseOpening(const std::string& path, int error) {
+  refusedPath = path;
+  refusedError = error;
 }
 void refuseWriting(int error) { writingError = error; }
 void failNextRename(int error) { nextRenameError = error; }

@@ -18,6 +18,9 @@ void watchDirectory(const std::string& path);
 /// this process.
 void lead(const std::string& path, const std::string& place);
 
+/// From now on the file cannot be opened, with this error number.
+void refuseOpening(const std::string& path, int error);
+
 /// From now on calls that would create or write a file fail with this error number.
 void refuseWriting(int error);
 

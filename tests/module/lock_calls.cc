@@ -1,6 +1,7 @@
 #include "tests/module/lock_calls.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 
 #include "tests/module/next_function.h"
@@ -25,7 +26,9 @@ struct LockList {
 
 constinit LockList made{};
 constinit LockList destroyed{};
+constinit LockList taken{};
 constinit bool recording = false;
+constinit bool recordingTakings = false;
 constinit int attributes = 0;
 constinit Reaction lockMade = nullptr;
 constinit AttributeFailure failing = AttributeFailure::None;
@@ -51,6 +54,17 @@ void whenALockIsMade(Reaction reaction) { lockMade = reaction; }
 
 std::vector<basekit::ObjectLevelLockable*> locksMade() { return made.all(); }
 std::vector<basekit::ObjectLevelLockable*> locksDestroyed() { return destroyed.all(); }
+
+void recordTakings() {
+  taken.size = 0;
+  recordingTakings = true;
+}
+
+std::vector<basekit::ObjectLevelLockable*> locksTaken() {
+  recordingTakings = false;
+  return taken.all();
+}
+
 int attributesLeft() { return attributes; }
 
 pthread_mutex_t* mutexOf(basekit::ObjectLevelLockable& lock) {
@@ -85,6 +99,14 @@ int pthread_mutex_init(pthread_mutex_t* mutex, const pthread_mutexattr_t* attrib
   const int result = host::nextFunction<Init>("pthread_mutex_init")(mutex, attribute);
   if (host::lockMade != nullptr) host::lockMade();
   return result;
+}
+
+int pthread_mutex_lock(pthread_mutex_t* mutex) noexcept {
+  using Lock = int(pthread_mutex_t*);
+  static constinit std::atomic<Lock*> next = nullptr;  // asked for often
+  if (next == nullptr) next = host::nextFunction<Lock>("pthread_mutex_lock");
+  if (host::recordingTakings) host::taken.add(host::lockOf(mutex));
+  return next.load()(mutex);
 }
 
 int pthread_mutex_destroy(pthread_mutex_t* mutex) noexcept {

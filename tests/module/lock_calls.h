@@ -1,5 +1,5 @@
-// The locks that the module makes: this process exports the calls that make and destroy mutexes in
-// front of the C library's, so that they can be counted and can fail.
+// The locks that the module makes: this process exports the calls that make, take and destroy
+// mutexes in front of the C library's, so that they can be counted and can fail.
 #pragma once
 
 #include <vector>
@@ -24,6 +24,13 @@ void whenALockIsMade(Reaction reaction);
 /// one that the module makes is its own, g_ioLock.
 std::vector<basekit::ObjectLevelLockable*> locksMade();
 std::vector<basekit::ObjectLevelLockable*> locksDestroyed();
+
+/// Starts the record of the locks that are taken anew. REQUIRES: no other thread takes any until
+/// they are asked for.
+void recordTakings();
+
+/// The locks that were taken since then, in order. Ends the record.
+std::vector<basekit::ObjectLevelLockable*> locksTaken();
 
 /// Mutex attributes that were created and not destroyed again.
 int attributesLeft();

@@ -46,7 +46,7 @@ bool MLDoc::load(const char* path) {
   host::record(std::string("parse ") + path);
   tree_ = &host::script;
   if (host::script.onLoad) host::script.onLoad();
-  return true;
+  return host::script.loads;
 }
 
 void MLDoc::release() {

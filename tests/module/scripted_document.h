@@ -19,6 +19,8 @@ struct Element {
 /// texts that were handed out.
 struct ScriptedDocument {
   std::vector<Element> elements;
+  /// What loading it answers. The elements are there all the same.
+  bool loads = true;
   /// Called before the file is read, and before an element's text is handed out; may throw.
   std::function<void()> onLoad;
   std::function<void(const Element&)> onContent;
