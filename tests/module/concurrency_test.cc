@@ -2,10 +2,13 @@
 // unprotected.
 #include <gmock/gmock.h>
 
+#include <chrono>
+#include <future>
 #include <thread>
 
 #include "tests/module/loaded_module.h"
 #include "tests/module/scripted_document.h"
+#include "tests/module/scripted_param.h"
 #include "tests/support/readable_bytes.h"
 #include "tests/support/recording_load_log.h"
 
@@ -138,6 +141,60 @@ TEST_F(Concurrency, AnImportMayMeetTheQuestionForChanges) {
   runTogether({import, askForChanges});
   EXPECT_EQ(failures, 0);
   EXPECT_EQ(root().POLICY->LOCAL_CERT_SUBJECT.value, subject.text);
+}
+
+/// Calls that arrive while a load is in the middle of the file.
+class DuringALoad : public Concurrency {
+ protected:
+  /// Loads ADMIN away from its defaults, and makes the call on another thread before ADMIN has been
+  /// read. The load goes on when the call has come back or, as it has to be, has not for a while.
+  bool comesBackDuringALoad(const std::function<void()>& call) {
+    writeFile(settingsPath,
+              "/ROOT=\n/IKE=\nSCRIPTED=\nend=\n"
+              "/ADMIN=\nSESSION_EXPTIME=20\nADMIN_GROUP=loaded\nend=\nend=\n");
+    ScriptedParam scripted(*root().IKE);
+    std::future<void> done;
+    bool early = false;
+    scripted.onLoad = [&](std::istream&) {
+      done = std::async(std::launch::async, call);
+      early = done.wait_for(std::chrono::milliseconds(200)) == std::future_status::ready;
+      return true;
+    };
+    testing_support::RecordingLoadLog log;
+    EXPECT_TRUE(root().load(&log));
+    if (done.valid()) done.get();
+    root().IKE->fileParams.remove(&scripted);
+    root().IKE->wireParams.remove(&scripted);
+    return early;
+  }
+};
+
+TEST_F(DuringALoad, AReadWaitsAndSeesAllThatWasLoaded) {
+  CommandResult reply;
+  EXPECT_FALSE(comesBackDuringALoad([&] { reply = execute(READ_GROUP, framed("ADMIN")); }));
+  EXPECT_EQ(reply.output, unhex("14 00 00 00  01  06 00 00 00") + "loaded");
+}
+
+TEST_F(DuringALoad, AWriteWaitsAndIsNotLoadedOver) {
+  CommandResult reply;
+  EXPECT_FALSE(comesBackDuringALoad(
+      [&] { reply = execute(WRITE_GROUP, framed("ADMIN", adminRecord(33))); }));
+  EXPECT_EQ(reply.result, 1);
+  EXPECT_EQ(execute(READ_GROUP, framed("ADMIN")).output, adminRecord(33));
+  EXPECT_TRUE(root().isChanged());
+}
+
+TEST_F(DuringALoad, ASaveWaitsAndFindsNothingToWrite) {
+  std::string error;
+  EXPECT_FALSE(comesBackDuringALoad([&] { EXPECT_TRUE(root().save(&error)); }));
+  EXPECT_EQ(error, "");
+}
+
+TEST_F(DuringALoad, ASaveCommandWaitsAndFindsNothingToWrite) {
+  CommandResult reply;
+  EXPECT_FALSE(comesBackDuringALoad([&] { reply = execute(SAVE); }));
+  EXPECT_EQ(reply.result, 1);
+  EXPECT_FALSE(readFile(settingsPath).ends_with("    end=\nend=\n")) << "still the loaded file";
 }
 
 TEST_F(Concurrency, UnknownAndMalformedCommandsDisturbNobody) {
