@@ -80,6 +80,22 @@ TEST_F(ChangeDetection, SeesAChangeInEveryGroupAndAFurtherUser) {
   EXPECT_TRUE(root().isChanged());
 }
 
+TEST_F(ChangeDetection, SeesAChangeOfAValueThatIsInTheFileOnly) {
+  load();
+  const std::string ike = execute(READ_GROUP, framed("IKE")).output;
+  const std::string update = execute(READ_GROUP, framed("UPDATE")).output;
+  auto& time = root().IKE->DPD_IDLE_TIME.value;
+  ++time;
+  EXPECT_TRUE(root().isChanged());
+  --time;
+  EXPECT_FALSE(root().isChanged());
+  auto& machine = root().UPDATE->MACHINE_ID_FILE.value;
+  machine += "x";
+  EXPECT_TRUE(root().isChanged());
+  EXPECT_EQ(execute(READ_GROUP, framed("IKE")).output, ike);
+  EXPECT_EQ(execute(READ_GROUP, framed("UPDATE")).output, update);
+}
+
 TEST_F(ChangeDetection, SeesWhatTheBridgeWritesAndTakesBack) {
   load();
   const std::string before = execute(READ_GROUP, framed("ADMIN")).output;
