@@ -7,18 +7,22 @@
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
+#include <stdexcept>
 
 #include "tests/module/call_log.h"
 #include "tests/module/child_process.h"
 #include "tests/module/file_calls.h"
 #include "tests/module/loaded_module.h"
+#include "tests/module/lock_calls.h"
 #include "tests/storage/writer_calls.h"
+#include "tests/support/lock_probe.h"
 #include "tests/support/private_mounts.h"
 
 using testing::ElementsAre;
 using testing::StartsWith;
 using testing_support::EachWay;
 using testing_support::enterPrivateMounts;
+using testing_support::isLocked;
 using testing_support::makeReadOnly;
 using testing_support::mountEmpty;
 using testing_support::mountOver;
@@ -90,6 +94,42 @@ TEST_F(WriterFailure, AFailureIsAppendedToTheCallersText) {
   error = "before ";
   save();
   EXPECT_THAT(error, StartsWith("before write failed: " + temporaryPath + ", error: "));
+}
+
+TEST_F(WriterFailure, HoldsNoLockAfterwardsWhateverHasFailed) {
+  recordLocks();
+  module.reload();
+  saveAndChange();
+  const auto expectNoLockAfterASaveThatFails = [&](const std::string& message) {
+    SCOPED_TRACE(message);
+    error.clear();
+    save();
+    EXPECT_FALSE(result);
+    EXPECT_THAT(error, StartsWith(message));
+    for (auto* lock : locksMade()) ASSERT_FALSE(isLocked(*lock));
+  };
+  std::filesystem::create_directory(temporaryPath);
+  expectNoLockAfterASaveThatFails("write failed: ");
+  std::filesystem::remove(temporaryPath);
+  std::filesystem::create_symlink("/dev/full", temporaryPath);
+  expectNoLockAfterASaveThatFails("write failed: ");
+  std::filesystem::remove(temporaryPath);
+  failNextRename(EIO);
+  expectNoLockAfterASaveThatFails("rename failed: ");
+  refuseWriting(EROFS);
+  expectNoLockAfterASaveThatFails("write failed: ");
+}
+
+TEST_F(WriterFailure, HoldsNoLockWhenThereIsNoDirectory) {
+  recordLocks();
+  module.reload();
+  platform().onVarDir = [] { throw std::runtime_error("no directory"); };
+  EXPECT_THROW((void)root().save(&error), std::runtime_error);
+  for (auto* lock : locksMade()) ASSERT_FALSE(isLocked(*lock));
+  platform().onVarDir = nullptr;
+  platform().varDir = directory.path + "missing/";
+  EXPECT_FALSE(root().save(&error));
+  for (auto* lock : locksMade()) ASSERT_FALSE(isLocked(*lock));
 }
 
 TEST_F(WriterFailure, NeedsNoTextToAppendTo) {
