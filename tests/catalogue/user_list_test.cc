@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <sstream>
+
 #include "tests/catalogue/expected_groups.h"
 #include "tests/support/param_forms.h"
 #include "tests/support/recording_load_log.h"
@@ -74,6 +76,37 @@ TEST_F(UserListTest, EntriesAreSavedAsNestedBlocks) {
                 "        /USER=\n"
                 "            NAME=\n" +
                 rest + "            PMP_TIMEOUT=60\n" + end + "    end=\n");
+}
+
+TEST_F(UserListTest, EveryLineIsFlushedWhenItIsComplete) {
+  class FlushedLines : public std::stringbuf {
+   public:
+    std::vector<std::string> lines;
+
+   private:
+    int sync() override {
+      lines.push_back(str().substr(flushed_));
+      flushed_ = str().size();
+      return 0;
+    }
+    size_t flushed_ = 0;
+  };
+  const auto linesOf = [&] {
+    FlushedLines buffer;
+    std::ostream os(&buffer);
+    EXPECT_TRUE(users.save(os, 1));
+    return buffer.lines;
+  };
+  EXPECT_THAT(linesOf(), ElementsAre("    /USERS=\n", "    end=\n"));
+
+  listAdd(users);
+  listAdd(users);
+  const std::vector<std::string> lines = linesOf();
+  ASSERT_EQ(lines.size(), 2u + 2 * (2 + users.items.front()->fileParams.size()));
+  EXPECT_EQ(lines.front(), "    /USERS=\n");
+  EXPECT_EQ(lines[1], "        /USER=\n");
+  EXPECT_EQ(lines.back(), "    end=\n");
+  for (const std::string& line : lines) EXPECT_EQ(line.find('\n'), line.size() - 1) << line;
 }
 
 TEST_F(UserListTest, ThreeBlocksLoadAsThreeEntriesInFileOrder) {
