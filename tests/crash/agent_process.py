@@ -8,7 +8,7 @@ import time
 
 from bridge_client import BridgeClient
 
-DEADLINE = 60  # seconds; only to end a hung child
+DEADLINE = 120  # seconds; only to end a hung child
 # The tracer counts calls: none may depend on which thread allocates memory first.
 ENVIRONMENT = dict(os.environ, LC_ALL="C", MALLOC_ARENA_MAX="1")
 # What load and save do to files. "?": not every architecture knows each name.
@@ -58,6 +58,18 @@ class Tracer:
         self.process.stderr.close()
         with open(self.output, encoding="latin-1") as file:
             return file.read()
+
+
+def why_no_tracer():
+    """What keeps a tracer from a process that it has not started; empty if nothing does."""
+    with subprocess.Popen(["sleep", "60"]) as sleeper:
+        try:
+            Tracer(sleeper.pid, os.devnull).finish(alive=True)
+        except (OSError, RuntimeError) as error:
+            return str(error).strip().splitlines()[-1]
+        finally:
+            sleeper.kill()
+    return ""
 
 
 class Agent:

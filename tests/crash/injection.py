@@ -9,7 +9,7 @@ from power_cut import Disk
 from recovery_check import Lost, read_files, recover, settings_of, write_files
 
 EXIT_CODES = (69, 74, 78)  # module or socket, settings not durable, directory or settings file
-ATTEMPTS = 5
+ATTEMPTS = 40  # threads take turns differently each time, the more so on a busy machine
 
 ERRORS = {
     "read": ("EIO",),
