@@ -5,9 +5,12 @@
 #include <asio/error.hpp>
 #include <asio/io_context.hpp>
 #include <asio/local/stream_protocol.hpp>
-#include <asio/read.hpp>
 #include <asio/write.hpp>
 
+#include <array>
+#include <chrono>
+#include <optional>
+#include <string_view>
 #include <utility>
 #include <variant>
 
@@ -19,6 +22,8 @@ namespace client {
 /// Bytes to and from the agent, each way within the time limit.
 class Connection::Stream {
  public:
+  using Deadline = std::chrono::steady_clock::time_point;
+
   Stream(const std::string& path, std::chrono::seconds timeout)
       : agent_("the agent at " + escaped(path)), timeout_(timeout) {
     try {
@@ -32,8 +37,11 @@ class Connection::Stream {
     throw Failure(ExitCode::NoAgent, agent_ + " " + what);
   }
 
+  Deadline deadline() const { return std::chrono::steady_clock::now() + timeout_; }
+
   void write(const std::string& bytes) {
-    run([&](auto done) { asio::async_write(socket_, asio::buffer(bytes), done); });
+    (void)run(deadline(),
+              [&](auto done) { asio::async_write(socket_, asio::buffer(bytes), done); });
   }
 
   void waitForInput() {
@@ -42,20 +50,25 @@ class Connection::Stream {
     if (error) fail("cannot be waited for: " + error.message());
   }
 
-  std::string read(size_t size) {
-    std::string bytes(size, '\0');
-    run([&](auto done) { asio::async_read(socket_, asio::buffer(bytes), done); });
-    return bytes;
+  /// Returns what has arrived, at least one byte; valid until the next call.
+  std::string_view readSome(Deadline deadline) {
+    const size_t size =
+        run(deadline, [&](auto done) { socket_.async_read_some(asio::buffer(chunk_), done); });
+    return {chunk_.data(), size};
   }
 
  private:
-  /// Starts an operation and waits for its end.
+  /// Starts an operation, waits for its end, and returns how many bytes it has carried.
   template <typename Start>
-  void run(Start start) {
+  size_t run(Deadline deadline, Start start) {
     std::error_code result;
-    start([&](const std::error_code& error, size_t) { result = error; });
+    size_t carried = 0;
+    start([&](const std::error_code& error, size_t size) {
+      result = error;
+      carried = size;
+    });
     context_.restart();
-    context_.run_for(timeout_);
+    context_.run_until(deadline);
     if (!context_.stopped()) {
       socket_.close();
       context_.run();  // the operation refers to the caller's bytes until it has been called off
@@ -67,19 +80,24 @@ class Connection::Stream {
       if (result == closed) fail("closed the connection");
     }
     if (result) fail("cannot be spoken to: " + result.message());
+    return carried;
   }
 
   const std::string agent_;  // what messages call it
   const std::chrono::seconds timeout_;
   asio::io_context context_;
   asio::local::stream_protocol::socket socket_{context_};
+  std::array<char, 16 * 1024> chunk_{};
 };
 
 Connection::Connection(const std::string& socketPath, std::chrono::seconds timeout)
     : stream_(std::make_unique<Stream>(socketPath, timeout)) {
   stream_->write(bridge::encodeHello());
+  const auto deadline = stream_->deadline();
+  std::optional<std::string> hello;
+  while (!(hello = received_.takeHello())) received_.append(stream_->readSome(deadline));
   uint32_t version = 0;
-  if (!bridge::decodeHello(stream_->read(bridge::HELLO_SIZE), version)) {
+  if (!bridge::decodeHello(*hello, version)) {
     stream_->fail("does not speak the bridge protocol");
   }
   if (version != bridge::PROTOCOL_VERSION) {
@@ -106,7 +124,7 @@ bridge::Reply Connection::exchange(const bridge::Request& request) {
 }
 
 bridge::Event Connection::nextEvent() {
-  stream_->waitForInput();
+  if (received_.empty()) stream_->waitForInput();
   bridge::Message message = receive();
   auto* const event = std::get_if<bridge::Event>(&message);
   if (event == nullptr) stream_->fail("sent a reply that nobody has asked for");
@@ -114,11 +132,16 @@ bridge::Event Connection::nextEvent() {
 }
 
 bridge::Message Connection::receive() {
-  const uint32_t size = bridge::decodeFrameHead(stream_->read(bridge::FRAME_HEAD_SIZE));
-  if (size > bridge::MAX_FRAME_SIZE) {
-    stream_->fail("announced a message of " + std::to_string(size) + " bytes, which is too long");
+  const auto deadline = stream_->deadline();
+  std::optional<std::string> frame;
+  while (!(frame = received_.takeFrame())) {
+    if (const auto size = received_.oversize()) {
+      stream_->fail("announced a message of " + std::to_string(*size) +
+                    " bytes, which is too long");
+    }
+    received_.append(stream_->readSome(deadline));
   }
-  auto message = bridge::decodeMessage(stream_->read(size));
+  auto message = bridge::decodeMessage(*frame);
   if (!message) stream_->fail("sent a message that cannot be read");
   return std::move(*message);
 }

@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "bridge/frame_buffer.h"
 #include "bridge/protocol.h"
 
 namespace client {
@@ -31,6 +32,7 @@ class Connection {
   bridge::Message receive();
 
   const std::unique_ptr<Stream> stream_;
+  bridge::FrameBuffer received_;
 };
 
 }  // namespace client

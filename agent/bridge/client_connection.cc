@@ -33,15 +33,6 @@ bridge::Reply failure(bridge::Reason reason, std::string text) {
   return {0, reason, std::move(text)};
 }
 
-bool isTooLarge(uint32_t frameSize) { return frameSize > bridge::MAX_FRAME_SIZE; }
-
-/// True if the bytes begin with a whole frame, or with the head of one that will not be read.
-bool holdsFrame(std::string_view bytes) {
-  if (bytes.size() < bridge::FRAME_HEAD_SIZE) return false;
-  const uint32_t size = bridge::decodeFrameHead(bytes);
-  return isTooLarge(size) || bytes.size() - bridge::FRAME_HEAD_SIZE >= size;
-}
-
 }  // namespace
 
 ClientConnection::ClientConnection(asio::io_context& io, int socket, BridgeSession peer,
@@ -146,16 +137,16 @@ void ClientConnection::run() {
 
 /// False if the session ends with it.
 bool ClientConnection::handleHello() {
-  while (input_.size() < bridge::HELLO_SIZE) {
+  std::optional<std::string> hello;
+  while (!(hello = input_.takeHello())) {
     if (!readMore()) return false;
   }
   uint32_t version = 0;
-  if (!bridge::decodeHello(input_, version)) {
+  if (!bridge::decodeHello(*hello, version)) {
     log(Level::Warning, "session closed: the client does not speak the bridge protocol",
         {{"uid", peer_.uid}, {"pid", peer_.pid}});
     return false;
   }
-  input_.erase(0, bridge::HELLO_SIZE);
   waitingSince_ = NOTHING;
   (void)post(bridge::encodeHello());  // tells the client of another version which would be right
   return version == bridge::PROTOCOL_VERSION;
@@ -174,7 +165,7 @@ void ClientConnection::serve() {
 /// False if the client sends no more.
 bool ClientConnection::awaitFrame() {
   bool waiting = false;
-  while (!holdsFrame(input_)) {
+  while (!input_.holdsFrame() && !input_.oversize()) {
     if (!input_.empty() && !std::exchange(waiting, true)) {
       waitingSince_ = Clock::now().time_since_epoch().count();
     }
@@ -188,7 +179,7 @@ bool ClientConnection::readMore() {
   for (;;) {
     const ssize_t size = ::recv(socket_, chunk_.data(), chunk_.size(), 0);
     if (size > 0) {
-      input_.append(chunk_.data(), static_cast<size_t>(size));
+      input_.append({chunk_.data(), static_cast<size_t>(size)});
       return true;
     }
     if (size < 0 && (errno == EAGAIN || errno == EWOULDBLOCK)) {
@@ -203,16 +194,13 @@ bool ClientConnection::readMore() {
 
 /// False if the session ends with its reply.
 bool ClientConnection::handleFrame() {
-  const uint32_t size = bridge::decodeFrameHead(input_);
-  if (isTooLarge(size)) {
-    (void)send(failure(bridge::Reason::MalformedFrame, "a frame of " + std::to_string(size) +
+  if (const auto size = input_.oversize()) {
+    (void)send(failure(bridge::Reason::MalformedFrame, "a frame of " + std::to_string(*size) +
                                                            " bytes is over the limit of " +
                                                            std::to_string(bridge::MAX_FRAME_SIZE)));
     return false;
   }
-  const auto request =
-      bridge::decodeRequest(std::string_view(input_).substr(bridge::FRAME_HEAD_SIZE, size));
-  input_.erase(0, bridge::FRAME_HEAD_SIZE + size);
+  const auto request = bridge::decodeRequest(*input_.takeFrame());
   if (!request) {
     (void)send(failure(bridge::Reason::MalformedFrame, "the frame holds no request"));
     return false;

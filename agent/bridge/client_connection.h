@@ -17,6 +17,7 @@
 #include "agent/base/bridge_session.h"
 #include "agent/bridge/command_service.h"
 #include "agent/bridge/send_queue.h"
+#include "bridge/frame_buffer.h"
 
 namespace agent {
 
@@ -84,7 +85,7 @@ class ClientConnection : public std::enable_shared_from_this<ClientConnection> {
   // Used by the connection's thread only, while there is one.
   std::optional<ChangeTracker::Ticket> subscription_;
   std::array<char, 4096> chunk_{};
-  std::string input_;  // received and not yet handled
+  bridge::FrameBuffer input_;  // received and not yet handled
 
   enum class State {
     Waiting,   // for a hello or a request
