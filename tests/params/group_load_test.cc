@@ -256,6 +256,25 @@ TEST(GroupLoad, EveryKeyGoesThroughAnOverriddenLookup) {
   EXPECT_EQ(log.reports, Reports{"unknownParam(\"FOO\", G)"});
 }
 
+TEST(GroupLoad, AnOverriddenLookupTellsTheMemberInAnyOrderOfLinesAndSavingKeepsItsOwn) {
+  struct Swapping : Pair {
+    Param* getParam(const std::string& key) override {
+      if (key == "NUM") return &text;
+      return key == "TEXT" ? &number : nullptr;
+    }
+  };
+  for (const char* block : {"\n    NUM=a b\n    TEXT=5\nend=\n", "\nTEXT=5\nNUM=a b\nend=\n",
+                            "\nTEXT=4\nNUM=a b\nTEXT=5\nend=\n"}) {
+    ActiveLoadLog log;
+    Swapping group;
+    EXPECT_TRUE(loadText(group, block));
+    EXPECT_EQ(group.number.value, 5u) << block;
+    EXPECT_EQ(group.text.value, "a b") << block;
+    EXPECT_EQ(log.reports, Reports{}) << block;
+    EXPECT_EQ(savedText(group), "/G=\n    NUM=5\n    TEXT=a b\nend=\n");
+  }
+}
+
 TEST(GroupLoad, AMemberThatTheLookupHidesIsUnknown) {
   struct Hiding : Pair {
     Param* getParam(const std::string&) override { return nullptr; }

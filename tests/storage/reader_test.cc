@@ -155,6 +155,27 @@ TEST_F(Reader, ReportsWhatItCannotTakeAndGoesOn) {
   EXPECT_EQ(root().ADMIN->ADMIN_GROUP.value, "staff");
 }
 
+TEST_F(Reader, MovesIntoItsLimitsWhatTheFirstCommandWroteBeyondThem) {
+  // The bridge looks at no limit, the save only at names, the load at both.
+  root().POLICY->PMP_TIMEOUT.value = 0;
+  root().POLICY->PMP_IDTYPE.value = 6;
+  const std::string odd = execute(READ_GROUP, framed("POLICY")).output;
+  module.reload();
+  ASSERT_EQ(execute(WRITE_GROUP, framed("POLICY", odd)).result, 1);
+  EXPECT_EQ(execute(READ_GROUP, framed("POLICY")).output, odd);
+
+  ASSERT_TRUE(root().save(nullptr));
+  EXPECT_EQ(root().POLICY->PMP_TIMEOUT.value, 0u);
+  EXPECT_EQ(root().POLICY->PMP_IDTYPE.value, LPARAMS::Server::PMPID_KEY_ID);
+  EXPECT_THAT(readFile(settingsPath), testing::HasSubstr("        PMP_IDTYPE=PMPID_KEY_ID\n"));
+  EXPECT_THAT(readFile(settingsPath), testing::HasSubstr("        PMP_TIMEOUT=0\n"));
+
+  module.reload();
+  EXPECT_TRUE(root().load(&log));
+  EXPECT_THAT(log.reports, IsEmpty());
+  EXPECT_EQ(root().POLICY->PMP_TIMEOUT.value, 5u);
+}
+
 TEST_F(Reader, SkipsUnknownBlocksHoweverDeep) {
   constexpr int DEPTH = 100000;
   std::string text = "/ROOT=\n";
