@@ -3,15 +3,17 @@ last_of() { { grep -oP "$2" "$1" 2>/dev/null || true; } | tail -n 1; }
 
 # progress PRESET...: where the builds and the tests are, and what is left, in one line.
 progress() {
-  local building='' testing='' preset line="  $SECONDS s" left=()
+  local building='' testing='' running='' preset line="  $SECONDS s" left=()
   read -r building 2>/dev/null <"$state/building" || true
   read -r testing 2>/dev/null <"$state/testing" || true
+  read -r running 2>/dev/null <"$state/running" || true
   if [[ $testing ]]; then
     line+="; testing $testing, $(last_of "$build/$testing-tests.log" '^ *\K\d+/\d+(?= Test)')"
   fi
   if [[ $building ]]; then
     line+="; building $building $(last_of "$build/$building.log" '^\[\K\d+/\d+(?=\])')"
   fi
+  line+=${running:+; running $running}
   for preset; do
     [[ $preset == "$testing" ]] || grep -qP "^(report|skipped)\t$preset\t" "$results" ||
       left+=("$preset")

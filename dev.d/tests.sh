@@ -1,5 +1,5 @@
 # What a run of the linters and the tests has come to so far, one line per result, for tally.py.
-# Beside it lie what is built (PRESET.built, PRESET.broken) and what is going on (building, testing).
+# Beside it lie what is built (PRESET.built, PRESET.broken) and what is going on (building, testing, running).
 results=$build/tests/results
 state=$build/tests
 
@@ -105,9 +105,9 @@ build_presets() {
   rm -f "$state/building"
   if (($# > 1)); then
     shift
-    echo "$*" >"$state/building"
+    echo "$*" >"$state/running"
     "$@"
-    rm -f "$state/building"
+    rm -f "$state/running"
   fi
 }
 
