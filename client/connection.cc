@@ -15,7 +15,7 @@
 #include <variant>
 
 #include "client/failure.h"
-#include "client/quote.h"
+#include "text/escape.h"
 
 namespace client {
 
@@ -25,7 +25,7 @@ class Connection::Stream {
   using Deadline = std::chrono::steady_clock::time_point;
 
   Stream(const std::string& path, std::chrono::seconds timeout)
-      : agent_("the agent at " + escaped(path)), timeout_(timeout) {
+      : agent_("the agent at " + text::escaped(path)), timeout_(timeout) {
     try {
       socket_.connect(path);
     } catch (const std::system_error& error) {

@@ -9,7 +9,7 @@
 #include "client/commands.h"
 #include "client/failure.h"
 #include "client/help.h"
-#include "client/quote.h"
+#include "text/escape.h"
 
 namespace client {
 namespace {
@@ -110,7 +110,7 @@ std::string usageError(const CLI::ParseError& error) {
   if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError)) {
     message = message.substr(0, message.find('='));
   }
-  return escaped(message) + " (see lparamsctl --help)";
+  return text::escaped(message) + " (see lparamsctl --help)";
 }
 
 ExitCode run(int argc, char** argv) {

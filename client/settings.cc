@@ -4,7 +4,7 @@
 #include <charconv>
 
 #include "client/failure.h"
-#include "client/quote.h"
+#include "text/escape.h"
 
 namespace client {
 
@@ -14,13 +14,13 @@ ParamGroup& Settings::group(const std::string& name) {
   for (ParamGroup* group : groups()) {
     if (name == group->name) return *group;
   }
-  throw Failure(ExitCode::Usage,
-                "there is no group " + inQuotes(name) + "; the groups are " + namesOf(groups()));
+  throw Failure(ExitCode::Usage, "there is no group " + text::inQuotes(name) + "; the groups are " +
+                                     namesOf(groups()));
 }
 
 Place Settings::place(const std::string& fullName) {
   const Failure malformed(ExitCode::Usage,
-                          inQuotes(fullName) +
+                          text::inQuotes(fullName) +
                               " is not the name of a parameter; write GROUP.NAME, or "
                               "USERS[INDEX].NAME for an entry of the user list");
   const size_t dot = fullName.find('.');
@@ -73,8 +73,8 @@ Param& wireMember(ParamGroup& group, const std::string& member, const std::strin
     throw Failure(ExitCode::Usage, groupName + "." + member +
                                        " stays in the settings file: the bridge does not carry it");
   }
-  throw Failure(ExitCode::Usage, groupName + " has no parameter " + inQuotes(member) + "; it has " +
-                                     namesOf(group.wireParams));
+  throw Failure(ExitCode::Usage, groupName + " has no parameter " + text::inQuotes(member) +
+                                     "; it has " + namesOf(group.wireParams));
 }
 
 }  // namespace client

@@ -4,6 +4,7 @@
 #include "client/quote.h"
 #include "client/settings.h"
 #include "client/values.h"
+#include "text/escape.h"
 
 namespace client {
 namespace {
@@ -12,7 +13,7 @@ using namespace LPARAMS::Server;
 
 std::string lineOf(Param& param, const std::string& fullName, bool secrets) {
   const std::string value = isSecret(param) && !secrets ? HIDDEN : valueText(param);
-  if (hasControlBytes(value)) return "# " + fullName + "=" + inQuotes(value) + "\n";
+  if (hasControlBytes(value)) return "# " + fullName + "=" + text::inQuotes(value) + "\n";
   return fullName + "=" + value + "\n";
 }
 

@@ -3,7 +3,7 @@
 
 #include "client/commands.h"
 #include "client/failure.h"
-#include "client/quote.h"
+#include "text/escape.h"
 
 namespace client {
 namespace {
@@ -13,7 +13,7 @@ using nlohmann::json;
 std::string textOf(const json& value) {
   if (value.is_null()) return "no";
   if (value.is_boolean()) return value.get<bool>() ? "yes" : "no";
-  if (value.is_string()) return escaped(value.get<std::string>());
+  if (value.is_string()) return text::escaped(value.get<std::string>());
   return value.dump();
 }
 
@@ -23,7 +23,7 @@ void status(Store& store, std::ostream& out) {
   const json state = json::parse(store.status(), nullptr, false);
   if (!state.is_object()) throw Failure(ExitCode::NoAgent, "the agent's state cannot be read");
   for (const auto& [name, value] : state.items()) {
-    out << escaped(name) << ": " << textOf(value) << '\n';
+    out << text::escaped(name) << ": " << textOf(value) << '\n';
   }
 }
 
@@ -31,7 +31,7 @@ void watch(Store& store, std::ostream& out) {
   store.subscribe();
   for (;;) {
     const bridge::Event event = store.nextEvent();
-    out << escaped(event.group) << " revision " << event.revision << " by uid " << event.uid
+    out << text::escaped(event.group) << " revision " << event.revision << " by uid " << event.uid
         << " pid " << event.pid << std::endl;
   }
 }

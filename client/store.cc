@@ -3,10 +3,10 @@
 #include <utility>
 
 #include "client/failure.h"
-#include "client/quote.h"
 #include "client/record.h"
 #include "lparams/interface/commands.h"
 #include "platform/command_bridge.h"
+#include "text/escape.h"
 
 namespace client {
 namespace {
@@ -16,7 +16,7 @@ using LPARAMS::Server::SAVE;
 using LPARAMS::Server::WRITE_GROUP;
 
 std::string reasonOf(const bridge::Reply& reply) {
-  if (!reply.text.empty()) return escaped(reply.text);
+  if (!reply.text.empty()) return text::escaped(reply.text);
   return "the agent gave no reason (" + std::to_string(static_cast<uint32_t>(reply.reason)) + ")";
 }
 

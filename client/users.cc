@@ -3,9 +3,9 @@
 
 #include "client/commands.h"
 #include "client/failure.h"
-#include "client/quote.h"
 #include "client/settings.h"
 #include "client/values.h"
+#include "text/escape.h"
 
 namespace client {
 namespace {
@@ -23,13 +23,13 @@ USER_t* findUser(const ParamVector<USER_t>& users, const std::string& nameOrInde
     case 0: {
       const std::optional<size_t> index = parseIndex(nameOrIndex);
       if (!index || *index >= users.items.size())
-        refuse("there is no user " + inQuotes(nameOrIndex));
+        refuse("there is no user " + text::inQuotes(nameOrIndex));
       return users.items[*index];
     }
     case 1:
       return *std::ranges::find_if(users.items, hasName(nameOrIndex));
     default:
-      refuse("several users have the name " + inQuotes(nameOrIndex) + "; give the index");
+      refuse("several users have the name " + text::inQuotes(nameOrIndex) + "; give the index");
   }
 }
 
@@ -48,7 +48,7 @@ void addUser(Store& store, const std::string& name, const std::vector<std::strin
   store.read(settings.userList);
   std::vector<USER_t*>& users = settings.userList.items;
   if (std::ranges::any_of(users, hasName(user->NAME.value))) {
-    refuse("there is a user " + inQuotes(user->NAME.value) + " already");
+    refuse("there is a user " + text::inQuotes(user->NAME.value) + " already");
   }
   users.push_back(user.get());
   (void)user.release();  // the list owns it now

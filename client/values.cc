@@ -8,6 +8,7 @@
 #include "lparams/params/enum_param.h"
 #include "lparams/params/line_string_param.h"
 #include "lparams/params/numeric_param.h"
+#include "text/escape.h"
 
 namespace client {
 namespace {
@@ -132,7 +133,7 @@ std::string valueText(Param& param) {
 void setValue(Param& param, const std::string& text, const std::string& fullName) {
   visit(param, [&](auto& typed) {
     if (parse(typed, text)) return;
-    const std::string value = isSecret(param) ? "the value" : inQuotes(text);
+    const std::string value = isSecret(param) ? "the value" : text::inQuotes(text);
     throw Failure(ExitCode::Usage, fullName + ": " + value + " is not " + legalTexts(typed));
   });
 }

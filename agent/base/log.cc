@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+#include "text/escape.h"
+
 namespace agent {
 namespace {
 
@@ -32,29 +34,12 @@ bool isPlain(const std::string& value) {
   return !value.empty() && value.size() <= MAX_QUOTED && std::ranges::all_of(value, isPlainByte);
 }
 
-void appendEscaped(std::string& out, char c) {
-  constexpr char DIGITS[] = "0123456789abcdef";
-  const auto byte = static_cast<unsigned char>(c);
-  if (c == '"' || c == '\\') {
-    out += {'\\', c};
-  } else if (c == '\n') {
-    out += "\\n";
-  } else if (c == '\t') {
-    out += "\\t";
-  } else if (byte < ' ' || byte > '~') {
-    out += {'\\', 'x', DIGITS[byte >> 4], DIGITS[byte & 15]};
-  } else {
-    out += c;
-  }
-}
-
 }  // namespace
 
-std::string quoted(std::string_view text) {
-  std::string out = "\"";
-  for (const char c : text.substr(0, MAX_QUOTED)) appendEscaped(out, c);
-  if (text.size() > MAX_QUOTED) out += "...";
-  return out + '"';
+std::string quoted(std::string_view foreign) {
+  std::string out = text::inQuotes(foreign.substr(0, MAX_QUOTED));
+  if (foreign.size() > MAX_QUOTED) out.insert(out.size() - 1, "...");
+  return out;
 }
 
 void logForJournal() { g_journal = true; }

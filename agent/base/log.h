@@ -26,8 +26,8 @@ void logForJournal();
 /// Writes one line, in one write. Thread-safe.
 void log(Level level, std::string_view message, std::initializer_list<Field> fields = {});
 
-/// The text with everything but printable ASCII as \n, \t, \xNN, in double quotes and cut off after
-/// 200 bytes: for texts that come from a file or a client.
-std::string quoted(std::string_view text);
+/// The text as text::inQuotes() has it, cut off after 200 bytes: for texts that come from a file or
+/// a client.
+std::string quoted(std::string_view foreign);
 
 }  // namespace agent

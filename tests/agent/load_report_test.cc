@@ -41,7 +41,7 @@ TEST_F(LoadReportTest, UnknownParameterOrBlock) {
             "group=IKE parameter=IKE_SPEED");
   EXPECT_EQ(line([](LoadReport& r) { r.unknownParam("no comment\n  IKE_PORT", "IKE"); }),
             "the group has no such parameter or block; its value was ignored "
-            R"(group=IKE parameter="no comment\n  IKE_PORT")");
+            R"(group=IKE parameter="no comment\x0a  IKE_PORT")");
   EXPECT_EQ(line([](LoadReport& r) { r.unknownParam("", "a\x1B[2J"); }),
             "the group has no such parameter or block; its value was ignored "
             R"(group="a\x1b[2J" parameter="")");

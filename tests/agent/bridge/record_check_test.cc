@@ -192,9 +192,9 @@ TEST_F(RecordCheckTest, Messages) {
       {"POLICY.PMP_TIMEOUT", bytesOf(uint32_t{4}),
        "4 is not legal; expected a number from 5 to 4294967295"},
       {"ADMIN.ADMIN_GROUP", bytesOf(std::string("a\nLOG=")),
-       "\"a\\nLOG=\" has a control character at byte 1; expected text on one line"},
+       "\"a\\x0aLOG=\" has a control character at byte 1; expected text on one line"},
       {"USERS[1].NAME", bytesOf(std::string("\t")),
-       "\"\\t\" has a control character at byte 0; expected text on one line"},
+       "\"\\x09\" has a control character at byte 0; expected text on one line"},
   };
   for (const auto& row : rows) {
     int found = 0;
@@ -257,7 +257,7 @@ TEST_F(RecordCheckTest, UnknownGroups) {
     EXPECT_EQ(refusal(bytesOf(name)), "there is no group \"" + name + "\"" + expected);
   }
   EXPECT_EQ(refusal(bytesOf(std::string("a\nb\0", 4))),
-            "there is no group \"a\\nb\\x00\"" + expected);
+            "there is no group \"a\\x0ab\\x00\"" + expected);
 }
 
 TEST_F(RecordCheckTest, TooManyUsers) {

@@ -106,7 +106,7 @@ TEST_F(Access, IllegalValuesAreRefused) {
             "IKE.EXCHANGE_TIMEOUT: 601 is not legal; expected a number from 5 to 600");
   settings.adminGroup.ADMIN_GROUP.value = "a\nLOG_LEVEL=1";
   EXPECT_THAT(refusedWrite(settings.adminGroup),
-              StartsWith("ADMIN.ADMIN_GROUP: \"a\\nLOG_LEVEL=1\" "));
+              StartsWith("ADMIN.ADMIN_GROUP: \"a\\x0aLOG_LEVEL=1\" "));
   EXPECT_EQ(state("changed"), "no");
 }
 

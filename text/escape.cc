@@ -1,0 +1,49 @@
+#include "text/escape.h"
+
+#include <utf8.h>
+#include <cstdint>
+
+namespace text {
+namespace {
+
+bool isControl(uint32_t character) {
+  return character < ' ' || (character >= 0x7F && character <= 0x9F);
+}
+
+void appendBytes(std::string& out, std::string_view bytes) {
+  constexpr char DIGITS[] = "0123456789abcdef";
+  for (const char c : bytes) {
+    const auto byte = static_cast<unsigned char>(c);
+    out += {'\\', 'x', DIGITS[byte / 16], DIGITS[byte % 16]};
+  }
+}
+
+/// `special` are the characters that get a backslash.
+std::string escape(std::string_view text, std::string_view special) {
+  std::string out;
+  const char* at = text.data();
+  const char* const end = at + text.size();
+  while (at != end) {
+    for (const char* const valid = utf8::find_invalid(at, end); at != valid;) {
+      const char* const begin = at;
+      const uint32_t character = utf8::unchecked::next(at);
+      const std::string_view bytes(begin, static_cast<size_t>(at - begin));
+      if (isControl(character)) {
+        appendBytes(out, bytes);
+      } else {
+        if (special.find(*begin) != std::string_view::npos) out += '\\';
+        out += bytes;
+      }
+    }
+    if (at != end) appendBytes(out, {at++, 1});
+  }
+  return out;
+}
+
+}  // namespace
+
+std::string escaped(std::string_view text) { return escape(text, ""); }
+
+std::string inQuotes(std::string_view text) { return '"' + escape(text, "\"\\") + '"'; }
+
+}  // namespace text
