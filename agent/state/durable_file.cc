@@ -65,9 +65,10 @@ void syncDirectoryOf(const std::string& path) {
   file.sync();
 }
 
-/// A file that could not be written to its end is removed: it would only take up a full disk.
-void writeDurably(const std::string& path, std::string_view text, int flags) {
-  File file(path, O_WRONLY | O_CREAT | flags);
+/// Makes a new file. One that could not be written to its end is removed: it would only take up a
+/// full disk.
+void writeDurably(const std::string& path, std::string_view text) {
+  File file(path, O_WRONLY | O_CREAT | O_EXCL);
   if (!file.isOpen()) fail(path, "created");
   try {
     file.write(text);
@@ -115,7 +116,9 @@ std::optional<std::string> readFile(const std::string& path, size_t limit) {
 
 void replaceFileAtomically(const std::string& path, std::string_view text) {
   const std::string temporary = path + TEMPORARY_SUFFIX;
-  writeDurably(temporary, text, O_TRUNC);
+  // Whatever has the name, a hard link or a pipe, is not to be written to; nor is its mode kept.
+  (void)::unlink(temporary.c_str());
+  writeDurably(temporary, text);
   if (std::rename(temporary.c_str(), path.c_str()) != 0) {
     const int reason = errno;
     (void)::unlink(temporary.c_str());
@@ -139,7 +142,7 @@ std::string moveAside(const std::string& path, const std::string& name) {
 std::string writeNewFile(const std::string& name, std::string_view text) {
   std::string used = firstFree(name, [&](const std::string& to) {
     try {
-      writeDurably(to, text, O_EXCL);
+      writeDurably(to, text);
       return true;
     } catch (const std::system_error& error) {
       if (error.code().value() == EEXIST) return false;

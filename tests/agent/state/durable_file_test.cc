@@ -67,8 +67,7 @@ TEST_F(DurableFile, FollowsNoLink) {
   EXPECT_EQ(directory_.text("file"), "in the place of the link");
 
   std::filesystem::create_symlink("target", directory_.at("file.new"));
-  EXPECT_EQ(errorOf([&] { replaceFileAtomically(file_, "new"); }),
-            "/file.new cannot be created: Too many levels of symbolic links");
+  replaceFileAtomically(file_, "in the place of the link");
   EXPECT_EQ(directory_.text("target"), "untouched");
   EXPECT_EQ(directory_.text("file"), "in the place of the link");
 }
@@ -118,6 +117,21 @@ TEST_F(DurableFile, KeepsCopiesWithoutOverwriting) {
   EXPECT_THAT(directory_.contents(),
               ElementsAre("copy: first", "copy-2: taken", "copy-3: third", "copy-4: "));
   EXPECT_EQ(directory_.mode("copy"), 0600u);
+}
+
+TEST_F(DurableFile, IsMadeThroughANewFileWhateverHasItsName) {
+  directory_.write("victim", "of a hard link");
+  std::filesystem::create_hard_link(directory_.at("victim"), directory_.at("file.new"));
+  replaceFileAtomically(file_, "first");
+  std::filesystem::create_symlink("victim", directory_.at("file.new"));
+  replaceFileAtomically(file_, "second");
+  ASSERT_EQ(::mkfifo(directory_.at("file.new").c_str(), 0600), 0);
+  replaceFileAtomically(file_, "third");
+  directory_.write("file.new", "left by somebody");
+  ASSERT_EQ(::chmod(directory_.at("file.new").c_str(), 0666), 0);
+  replaceFileAtomically(file_, "fourth");
+  EXPECT_EQ(directory_.mode("file"), 0600u);
+  EXPECT_THAT(directory_.contents(), ElementsAre("file: fourth", "victim: of a hard link"));
 }
 
 TEST_F(DurableFile, ReadsUpToTheLimit) {

@@ -55,7 +55,7 @@ class FailedSave : public testing::Test {
 TEST_F(FailedSave, BeforeTheShadowCopy) {
   const std::string temporary = directory_.at("localsettings.ini.good.new");
   ASSERT_EQ(::mkdir(temporary.c_str(), 0700), 0);
-  EXPECT_EQ(settings_->keeper().save(false), temporary + " cannot be created: Is a directory");
+  EXPECT_EQ(settings_->keeper().save(false), temporary + " cannot be created: File exists");
   EXPECT_EQ(directory_.text(SETTINGS), exampleSettings());
   EXPECT_EQ(directory_.text(SHADOW_COPY), exampleSettings());
   EXPECT_TRUE(settings_->server().isChanged());
