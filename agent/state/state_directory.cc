@@ -6,8 +6,8 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <system_error>
-#include <utility>
 
 #include "agent/base/start_failure.h"
 
@@ -16,13 +16,24 @@ namespace {
 
 std::string words(int error) { return std::generic_category().message(error); }
 
-void check(const std::string& path) {
+/// The path without links: what it leads to is decided once.
+std::string resolved(const std::string& path) {
+  char* const found = ::realpath(path.c_str(), nullptr);
+  if (found == nullptr) {
+    throw StartFailure(EXIT_BAD_CONFIG,
+                       "state directory " + path + " cannot be used: " + words(errno));
+  }
+  std::string result = found;
+  std::free(found);
+  return result;
+}
+
+void check(const std::string& path, int directory) {
   const std::string who = "state directory " + path + " ";
   struct stat status {};
-  if (::stat(path.c_str(), &status) != 0) {
+  if (::fstat(directory, &status) != 0) {
     throw StartFailure(EXIT_BAD_CONFIG, who + "cannot be used: " + words(errno));
   }
-  if (!S_ISDIR(status.st_mode)) throw StartFailure(EXIT_BAD_CONFIG, who + "is not a directory");
   if (status.st_uid != ::geteuid()) {
     throw StartFailure(EXIT_BAD_CONFIG, who + "belongs to user " + std::to_string(status.st_uid) +
                                             ", not to the agent's user " +
@@ -34,25 +45,35 @@ void check(const std::string& path) {
   }
 }
 
+void lock(const std::string& path, int directory) {
+  if (::flock(directory, LOCK_EX | LOCK_NB) == 0) return;
+  if (errno == EWOULDBLOCK) {
+    throw StartFailure(EXIT_IN_USE, "state directory " + path + " is in use by another agent");
+  }
+  throw StartFailure(EXIT_BAD_CONFIG,
+                     "state directory " + path + " cannot be locked: " + words(errno));
+}
+
 }  // namespace
 
-StateDirectory::StateDirectory(std::string path) : path_(std::move(path)) {
-  while (path_.size() > 1 && path_.ends_with('/')) path_.pop_back();
-  check(path_);
-  const std::string lockFile = at("localsettings.lock");
-  lock_ = ::open(lockFile.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
-  if (lock_ < 0)
-    throw StartFailure(EXIT_BAD_CONFIG, lockFile + " cannot be opened: " + words(errno));
-  if (::flock(lock_, LOCK_EX | LOCK_NB) != 0) {
-    const int reason = errno;
-    (void)::close(lock_);
-    if (reason != EWOULDBLOCK) {
-      throw StartFailure(EXIT_BAD_CONFIG, lockFile + " cannot be locked: " + words(reason));
-    }
-    throw StartFailure(EXIT_IN_USE, "state directory " + path_ + " is in use by another agent");
+StateDirectory::StateDirectory(const std::string& path)
+    : path_(resolved(path)),
+      descriptor_(::open(path_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NOFOLLOW)) {
+  if (descriptor_ < 0) {
+    throw StartFailure(
+        EXIT_BAD_CONFIG,
+        "state directory " + path_ +
+            (errno == ENOTDIR ? " is not a directory" : " cannot be used: " + words(errno)));
+  }
+  try {
+    check(path_, descriptor_);
+    lock(path_, descriptor_);
+  } catch (...) {
+    (void)::close(descriptor_);
+    throw;
   }
 }
 
-StateDirectory::~StateDirectory() { (void)::close(lock_); }
+StateDirectory::~StateDirectory() { (void)::close(descriptor_); }
 
 }  // namespace agent

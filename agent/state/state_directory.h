@@ -7,17 +7,19 @@
 
 namespace agent {
 
-/// Holds the directory for one agent, as long as it lives.
+/// Holds the directory for one agent, as long as it lives. The lock is on the directory itself: it
+/// needs no file, and works on a full disk and on one that cannot be written to.
 class StateDirectory {
  public:
   /// Throws StartFailure unless the path is a directory that belongs to the agent's user, that
   /// nobody else can write to and that no other agent holds.
-  explicit StateDirectory(std::string path);
+  explicit StateDirectory(const std::string& path);
   ~StateDirectory();
 
   StateDirectory(const StateDirectory&) = delete;
   StateDirectory& operator=(const StateDirectory&) = delete;
 
+  /// Absolute, and without links.
   const std::string& path() const { return path_; }
 
   std::string settings() const { return at(LPARAMS::Server::SETTINGS_FILE_NAME); }
@@ -33,8 +35,8 @@ class StateDirectory {
  private:
   std::string at(const char* name) const { return path_ + "/" + name; }
 
-  std::string path_;
-  int lock_ = -1;
+  const std::string path_;
+  const int descriptor_;
 };
 
 }  // namespace agent

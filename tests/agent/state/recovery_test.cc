@@ -198,14 +198,12 @@ TEST_F(LegacyRecovery, KeepsTheFileWhileItIsImported) {
   directory_.write("localsettings.xml", "<old/>");
   keepLegacySettings(state_);
   EXPECT_THAT(directory_.contents(),
-              ElementsAre("localsettings.lock: ", "localsettings.xml: <old/>",
-                          "localsettings.xml.importing: <old/>"));
+              ElementsAre("localsettings.xml: <old/>", "localsettings.xml.importing: <old/>"));
   EXPECT_EQ(directory_.mode("localsettings.xml.importing"), 0600u);
 
   directory_.remove("localsettings.xml");  // as the module does
   finishImport(state_);
-  EXPECT_THAT(directory_.names(),
-              ElementsAre("localsettings.lock", "localsettings.xml.imported-TIME"));
+  EXPECT_THAT(directory_.names(), ElementsAre("localsettings.xml.imported-TIME"));
   EXPECT_EQ(directory_.textOfOnly("localsettings.xml.imported-"), "<old/>");
 }
 
@@ -213,12 +211,10 @@ TEST_F(LegacyRecovery, AnImportThatWasCutShortComesBack) {
   directory_.write("localsettings.xml.importing", "<old/>");
   keepLegacySettings(state_);
   EXPECT_THAT(directory_.contents(),
-              ElementsAre("localsettings.lock: ", "localsettings.xml: <old/>",
-                          "localsettings.xml.importing: <old/>"));
+              ElementsAre("localsettings.xml: <old/>", "localsettings.xml.importing: <old/>"));
   keepLegacySettings(state_);  // cut short again, before the module has deleted its file
   EXPECT_THAT(directory_.contents(),
-              ElementsAre("localsettings.lock: ", "localsettings.xml: <old/>",
-                          "localsettings.xml.importing: <old/>"));
+              ElementsAre("localsettings.xml: <old/>", "localsettings.xml.importing: <old/>"));
 }
 
 TEST_F(LegacyRecovery, ANewerFileDoesNotPushOutTheOneOfAnInterruptedImport) {
@@ -233,7 +229,7 @@ TEST_F(LegacyRecovery, ANewerFileDoesNotPushOutTheOneOfAnInterruptedImport) {
 TEST_F(LegacyRecovery, WithoutAnOldFileThereIsNothingToDo) {
   keepLegacySettings(state_);
   finishImport(state_);
-  EXPECT_THAT(directory_.names(), ElementsAre("localsettings.lock"));
+  EXPECT_THAT(directory_.names(), ElementsAre());
 }
 
 TEST_F(LegacyRecovery, WhatCannotBeKeptStopsTheStart) {
@@ -242,7 +238,7 @@ TEST_F(LegacyRecovery, WhatCannotBeKeptStopsTheStart) {
   directory_.remove("localsettings.xml");
   (void)::mkdir(directory_.at("localsettings.xml").c_str(), 0700);
   EXPECT_THROW(keepLegacySettings(state_), std::system_error);
-  EXPECT_THAT(directory_.names(), ElementsAre("localsettings.lock", "localsettings.xml"));
+  EXPECT_THAT(directory_.names(), ElementsAre("localsettings.xml"));
 }
 
 }  // namespace

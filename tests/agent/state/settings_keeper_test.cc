@@ -44,7 +44,7 @@ TEST_F(Keeper, AFirstStartIsPlacedAtOnce) {
   KeptSettings settings(directory_);
   EXPECT_EQ(incompleteBecause(directory_.text(SETTINGS)), "");
   expectBothHold(settings.server().rawSettings);
-  EXPECT_THAT(directory_.names(), ElementsAre(SETTINGS, SHADOW_COPY, "localsettings.lock"));
+  EXPECT_THAT(directory_.names(), ElementsAre(SETTINGS, SHADOW_COPY));
   EXPECT_FALSE(settings.server().isChanged());
   EXPECT_EQ(settings.keeper().state().lastSave, std::nullopt);
 }
@@ -56,8 +56,8 @@ TEST_F(Keeper, AnImportIsPlacedAtOnce) {
   KeptSettings settings(directory_);
   expectBothHold(settings.server().rawSettings);
   EXPECT_THAT(directory_.text(SETTINGS), HasSubstr("PMP_SERVERS=pmp1.example.com, pmp2"));
-  EXPECT_THAT(directory_.names(), ElementsAre(SETTINGS, SHADOW_COPY, "localsettings.lock",
-                                              "localsettings.xml.imported-TIME"));
+  EXPECT_THAT(directory_.names(),
+              ElementsAre(SETTINGS, SHADOW_COPY, "localsettings.xml.imported-TIME"));
   EXPECT_EQ(directory_.textOfOnly("localsettings.xml.imported-"), legacy);
 }
 
@@ -84,7 +84,7 @@ TEST_F(Keeper, SavesTheShadowCopyAndTheSettings) {
     EXPECT_EQ(settings.keeper().save(false), "");
     expectBothHold(exampleSettings(port));
   }
-  EXPECT_THAT(directory_.names(), ElementsAre(SETTINGS, SHADOW_COPY, "localsettings.lock"));
+  EXPECT_THAT(directory_.names(), ElementsAre(SETTINGS, SHADOW_COPY));
   EXPECT_NE(settings.keeper().state().lastSave, std::nullopt);
   EXPECT_EQ(settings.keeper().state().lastFailure, "");
 }
@@ -191,7 +191,7 @@ TEST_F(Keeper, ARemovedFileIsReplacedOnlyByForce) {
   EXPECT_EQ(directory_.text(SETTINGS), "(absent)");
   EXPECT_EQ(settings.keeper().save(true), "");
   expectBothHold(exampleSettings());
-  EXPECT_THAT(directory_.names(), ElementsAre(SETTINGS, SHADOW_COPY, "localsettings.lock"));
+  EXPECT_THAT(directory_.names(), ElementsAre(SETTINGS, SHADOW_COPY));
 }
 
 TEST_F(Keeper, AnEditThatCannotBeKeptIsNotReplacedByForceEither) {

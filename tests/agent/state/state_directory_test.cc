@@ -102,10 +102,22 @@ TEST_F(StateDirectoryTest, HasOneHolderAmongProcesses) {
   EXPECT_EQ(status, 0);
 }
 
-TEST_F(StateDirectoryTest, LocksNoForeignFile) {
-  std::filesystem::create_symlink("/dev/null", scratch_.at("localsettings.lock"));
-  EXPECT_EQ(refusalOf(path_),
-            path_ + "/localsettings.lock cannot be opened: Too many levels of symbolic links");
+TEST_F(StateDirectoryTest, NeedsNoFileForItsLock) {
+  const StateDirectory directory(path_);
+  EXPECT_TRUE(scratch_.names().empty());
+}
+
+TEST_F(StateDirectoryTest, ALinkIsFollowedOnce) {
+  const agent_testing::ScratchDirectory other;
+  std::filesystem::create_directory_symlink(path_, other.at("link"));
+  const StateDirectory directory(other.at("link"));
+  EXPECT_EQ(directory.path(), path_);
+  other.remove("link");
+  EXPECT_EQ(refusalOf(path_, EXIT_IN_USE),
+            "state directory " + path_ + " is in use by another agent");
+  std::filesystem::create_directory_symlink(other.at("nowhere"), other.at("broken"));
+  EXPECT_EQ(refusalOf(other.at("broken")),
+            "state directory " + other.at("broken") + " cannot be used: No such file or directory");
 }
 
 }  // namespace

@@ -154,7 +154,6 @@ TEST_F(Start, NotFromDamagedFilesAlone) {
                 "no complete settings in " + state_.path + ": " + state_.at(SETTINGS) +
                     " (2 of its blocks are not closed) " + state_.at(BACKUP) +
                     " (it is empty); repair one, or start with --allow-defaults");
-  state_.remove("localsettings.lock");
   EXPECT_EQ(state_.contents(), before);
 
   start({"--allow-defaults"});
@@ -172,7 +171,7 @@ TEST_F(Start, NotIfAFileIsNoFile) {
   expectRefusal(agent::EXIT_BAD_CONFIG,
                 state_.at(SETTINGS) + " cannot be used: it is not a regular file: Invalid argument",
                 {"--allow-defaults"});
-  EXPECT_THAT(state_.names(), ElementsAre(SETTINGS, SHADOW_COPY, "localsettings.lock"));
+  EXPECT_THAT(state_.names(), ElementsAre(SETTINGS, SHADOW_COPY));
 }
 
 TEST_F(Start, NotIfNothingCanBeMadeDurable) {
