@@ -16,6 +16,7 @@
 #include <thread>
 
 #include "tests/module/temp_directory.h"
+#include "tests/support/held_sync.h"
 #include "tests/support/system_directory.h"
 
 namespace system_testing {
@@ -31,11 +32,11 @@ void check(int result, const char* what) {
   _exit(127);
 }
 
-/// A first start imports the settings of earlier versions that it finds on the machine, and deletes
-/// them: where there could be any, the agent looks for them in a place where nothing is.
-void hideSystemDirectory() {
-  if (access("/etc/kestrel", F_OK) != 0) return;
+/// Lets tests hold a sync. A first start imports the settings of earlier versions that it finds on
+/// the machine, and deletes them: the agent looks for them in a place where nothing is.
+void standInForTheSystem() {
   static auto variables = testing_support::systemDirectoryAt("/nonexistent");
+  variables[0] += std::string(":") + testing_support::HELD_SYNC;
   for (std::string& variable : variables) check(putenv(variable.data()), variable.c_str());
 }
 
@@ -66,7 +67,7 @@ void AgentProcess::start(std::vector<std::string> arguments) {
     redirect(STDERR_FILENO, logPath_);
     redirect(STDOUT_FILENO, outputPath_);
     check(prctl(PR_SET_PDEATHSIG, SIGKILL), "the test's end ends the agent");
-    hideSystemDirectory();
+    standInForTheSystem();
     check(execv(PROGRAM, argv.data()), PROGRAM);
   }
 }

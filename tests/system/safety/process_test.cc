@@ -13,15 +13,14 @@
 #include "bridge/protocol.h"
 #include "client/record.h"
 #include "client/settings.h"
+#include "tests/support/held_sync.h"
 #include "tests/system/safety/agent_test.h"
-#include "tests/system/slow_save.h"
 
 namespace safety {
 namespace {
 
 using agent_testing::exampleSettings;
 using agent_testing::RawClient;
-using bridge::Reason;
 using bridge::Reply;
 using testing::HasSubstr;
 
@@ -49,9 +48,9 @@ class AgentProcess : public AgentTest {
     auto client = std::make_unique<RawClient>(socket_);
     EXPECT_TRUE(client->greet());
     addManyUsers(*client);
-    slowSave_.emplace(beingWritten_);
+    heldSync_.emplace(state_.at("localsettings.ini.good.new"));
     client->send(bridge::encode(bridge::Request(bridge::Command{13, 2})));
-    slowSave_->waitForBegin();
+    heldSync_->waitForBegin();
     return client;
   }
 
@@ -67,8 +66,13 @@ class AgentProcess : public AgentTest {
     return bridge::Command{13, 1, client::encodeName(client::Settings().userList)};
   }
 
-  const std::string beingWritten_ = state_.at("localsettings.ini.good.new");
-  std::optional<system_testing::SlowSave> slowSave_;
+  /// Starts an agent whose syncs can be held.
+  void startHeld() {
+    const auto variables = testing_support::heldSync();
+    start({}, {.environment = {variables.begin(), variables.end()}});
+  }
+
+  std::optional<testing_support::HeldSync> heldSync_;
 };
 
 TEST_F(AgentProcess, JournalPriorities) {
@@ -176,7 +180,7 @@ TEST_F(AgentProcess, WhatItWritesIsPrivate) {
     EXPECT_EQ(entry.status().permissions(), std::filesystem::perms(0600)) << entry.path();
     ++count;
   }
-  EXPECT_EQ(count, 5);  // settings, shadow copy, lock, the damaged and the edited copy
+  EXPECT_EQ(count, 4);  // settings, shadow copy, the damaged and the edited copy
 }
 
 TEST_F(AgentProcess, OutlivesClientsThatGoAway) {
@@ -198,23 +202,21 @@ TEST_F(AgentProcess, OutlivesClientsThatGoAway) {
 }
 
 TEST_F(AgentProcess, AnswersARunningCommandBeforeItEnds) {
-  start();
+  startHeld();
   const auto client = beginSave();
   agent_->send(SIGTERM);
   EXPECT_TRUE(logTells("info: stopping signal=15\n"));
-  (void)slowSave_->letItEnd();
+  heldSync_->letItEnd();
   const auto reply = client->receive();
   ASSERT_TRUE(reply);
-  EXPECT_EQ(std::get<Reply>(*reply).reason, Reason::SaveRefused);
-  EXPECT_THAT(std::get<Reply>(*reply).text,
-              HasSubstr(beingWritten_ + " cannot be synced: Invalid argument"));
+  EXPECT_EQ(std::get<Reply>(*reply).result, 1);
   EXPECT_EQ(client->readToEnd(), "");
   EXPECT_EQ(agent_->wait(), 0);
   EXPECT_FALSE(std::filesystem::exists(socket_));
 }
 
 TEST_F(AgentProcess, DoesNotWaitForEverForACommand) {
-  start();
+  startHeld();
   const auto client = beginSave();
   EXPECT_EQ(stop(), agent::EXIT_STUCK);
   EXPECT_THAT(log(), HasSubstr("error: a command did not end in time"));
