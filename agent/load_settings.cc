@@ -1,6 +1,7 @@
 #include "agent/load_settings.h"
 
 #include <sstream>
+#include <utility>
 
 #include "agent/base/log.h"
 #include "agent/load_report.h"
@@ -10,7 +11,7 @@
 
 namespace agent {
 
-std::string loadSettings(LPARAMS::Server::Server_t& server, const StateDirectory& directory,
+LoadOutcome loadSettings(LPARAMS::Server::Server_t& server, const StateDirectory& directory,
                          const StartingPoint& start, std::optional<size_t> importing) {
   std::ostringstream defaults;
   (void)server.save(defaults, 0);
@@ -22,19 +23,22 @@ std::string loadSettings(LPARAMS::Server::Server_t& server, const StateDirectory
   }
   log(Level::Info, "settings loaded",
       {{"state-dir", directory.path()}, {"reports", report.reports()}});
-  if (!loaded) return "the settings file was not read to its end";
-  if (report.groupsMissing()) return "the settings file lacks groups";
+  const auto degraded = [&](std::string reason) {
+    return LoadOutcome{std::move(reason), report.reports()};
+  };
+  if (!loaded) return degraded("the settings file was not read to its end");
+  if (report.groupsMissing()) return degraded("the settings file lacks groups");
 
   // The module takes what it cannot open for a file that is not there, and reports nothing.
   const bool onlyDefaults = report.reports() == 0 && server.rawSettings == defaults.str();
   if (onlyDefaults && start.source != StartingPoint::FirstStart &&
       withoutByteOrderMark(start.text) != server.rawSettings) {
-    return "nothing was read from the settings file";
+    return degraded("nothing was read from the settings file");
   }
   if (importing && markupDocumentsRead() == 0) {
-    return "the settings of earlier versions could not be read";
+    return degraded("the settings of earlier versions could not be read");
   }
-  return {};
+  return degraded({});
 }
 
 }  // namespace agent

@@ -11,10 +11,14 @@
 
 namespace agent {
 
+struct LoadOutcome {
+  std::string degradedReason;  ///< why the settings are not whole; empty if they are
+  int reports;                 ///< that the load gave
+};
+
 /// Has the module load its settings and logs what it reports. `importing` is how many bytes of
-/// settings of earlier versions there are, if any. Returns why the settings are not whole; empty if
-/// they are. REQUIRES: systemVarDir() answers the directory.
-std::string loadSettings(LPARAMS::Server::Server_t& server, const StateDirectory& directory,
+/// settings of earlier versions there are, if any. REQUIRES: systemVarDir() answers the directory.
+LoadOutcome loadSettings(LPARAMS::Server::Server_t& server, const StateDirectory& directory,
                          const StartingPoint& start, std::optional<size_t> importing);
 
 }  // namespace agent

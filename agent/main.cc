@@ -49,9 +49,11 @@ int run(const Options& options) {
   setSystemVarDir(directory.path());
 
   Module module(options.module);
-  std::string degradedReason = loadSettings(module.server(), directory, start, importing);
+  LoadOutcome loaded = loadSettings(module.server(), directory, start, importing);
   SettingsKeeper keeper(module.server(), directory);
-  startStep(EXIT_NOT_SAVED, [&] { keeper.adopt(std::move(start), std::move(degradedReason)); });
+  startStep(EXIT_NOT_SAVED, [&] {
+    keeper.adopt(std::move(start), std::move(loaded.degradedReason), loaded.reports);
+  });
   const SaveHook hook(module.server(), keeper);
 
   serve(options, module.server(), keeper);

@@ -43,7 +43,7 @@ void serve(const Options& options, LPARAMS::Server::Server_t& server, SettingsKe
 
   asio::io_context io(1);  // runs on this thread alone
   std::optional<BridgeServer> bridge;
-  CommandService service(changes, check ? &*check : nullptr,
+  CommandService service(keeper.writeTurn(), changes, check ? &*check : nullptr,
                          [&] { return statusOf(options, server, keeper, *bridge); });
   bridge.emplace(io, options.socket, AccessRules::numberOf(rules.adminGroup()), service);
 

@@ -1,7 +1,7 @@
 # Debian packages by what they are for. The tests are part of every configuration, so GoogleTest is
 # needed to build.
 build_packages=(g++ g++-multilib cmake ninja-build googletest
-  libasio-dev libcli11-dev librapidxml-dev libutfcpp-dev nlohmann-json3-dev)
+  libasio-dev libcli11-dev librapidxml-dev libxxhash-dev libutfcpp-dev nlohmann-json3-dev)
 test_packages=(binutils locales python3 strace valgrind)
 style_packages=(clang-format python3 shellcheck)
 tidy_packages=(clang-tidy)

@@ -2,10 +2,10 @@
 #pragma once
 
 #include <functional>
-#include <mutex>
 #include <string>
 
 #include "agent/base/bridge_session.h"
+#include "agent/base/write_turn.h"
 #include "agent/bridge/change_tracker.h"
 #include "agent/bridge/record_check.h"
 #include "bridge/protocol.h"
@@ -18,9 +18,9 @@ class CommandService {
  public:
   /// `check` may be null: then every value is taken as it stands. `status` returns the agent's
   /// state as a JSON object. REQUIRES: all of them outlive the service.
-  CommandService(ChangeTracker& changes, const RecordCheck* check,
+  CommandService(WriteTurn& writeTurn, ChangeTracker& changes, const RecordCheck* check,
                  std::function<std::string()> status)
-      : changes_(changes), check_(check), status_(std::move(status)) {}
+      : writeTurn_(writeTurn), changes_(changes), check_(check), status_(std::move(status)) {}
 
   bridge::Reply execute(BridgeSession& session, const bridge::Command& command);
 
@@ -31,11 +31,10 @@ class CommandService {
   bridge::Reply readGroup(BridgeSession& session, const bridge::Command& command);
   bridge::Reply writeGroup(BridgeSession& session, const bridge::Command& command);
 
+  WriteTurn& writeTurn_;  ///< held from the look at a revision to the end of the write
   ChangeTracker& changes_;
   const RecordCheck* const check_;
   const std::function<std::string()> status_;
-  /// Held from the look at a revision to the end of the write; taken before any lock of the module.
-  std::mutex writing_;
 };
 
 }  // namespace agent

@@ -1,16 +1,25 @@
 #include "agent/state/recovery.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <optional>
 #include <stdexcept>
+#include <system_error>
 #include <vector>
 
 #include "agent/base/log.h"
 #include "agent/state/durable_file.h"
+#include "agent/state/kept_copies.h"
+#include "agent/state/sealed_text.h"
 #include "agent/state/settings_completeness.h"
 #include "lparams/interface/file_names.h"
 
 namespace agent {
 namespace {
+
+constexpr size_t MAX_SEALED_SIZE = MAX_SETTINGS_SIZE + 100;  // bytes; the seal is a line
 
 /// One of the files that can hold the settings.
 struct Copy {
@@ -29,6 +38,30 @@ Copy examine(const std::string& path) {
   return copy;
 }
 
+/// A shadow copy is judged by its seal, one of an earlier version like the other files.
+Copy examineShadowCopy(const std::string& path) {
+  Copy copy{path, readFile(path, MAX_SEALED_SIZE + 1), {}};
+  if (!copy.text) return copy;
+  SealedText text = unsealed(std::move(*copy.text));
+  copy.damage =
+      text.seal == SealedText::Broken ? "its checksum does not fit" : incompleteBecause(text.text);
+  copy.text = std::move(text.text);
+  return copy;
+}
+
+/// Files may have come with the mode of an editor or of a copy from elsewhere. Says nothing where
+/// the system refuses: nothing depends on it.
+void makePrivate(const std::string& path) {
+  const int file = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC);
+  if (file < 0) return;
+  struct stat status {};
+  if (::fstat(file, &status) == 0 && S_ISREG(status.st_mode)) {
+    if (status.st_uid != ::geteuid()) (void)::fchown(file, ::geteuid(), ::getegid());
+    if ((status.st_mode & 07777) != 0600) (void)::fchmod(file, 0600);
+  }
+  (void)::close(file);
+}
+
 void moveDamagedAside(const Copy& copy) {
   const std::string kept = moveAside(copy.path, nameAside(copy.path, "damaged"));
   log(Level::Warning, "a damaged file was moved aside",
@@ -44,16 +77,19 @@ std::optional<std::string> readLegacy(const std::string& path) {
 }
 
 void keepImported(const StateDirectory& directory, const std::string& text) {
-  (void)writeNewFile(nameAside(directory.legacy(), "imported"), text);
+  (void)keepCopy(directory.legacy(), "imported", text);
 }
 
 }  // namespace
 
 StartingPoint prepareStart(const StateDirectory& directory, bool allowDefaults) {
+  for (const auto& path : {directory.settings(), directory.shadowCopy(), directory.backup()}) {
+    makePrivate(path);
+  }
   Copy settings = examine(directory.settings());
   if (settings.complete()) return {StartingPoint::Settings, std::move(*settings.text)};
 
-  Copy others[] = {examine(directory.shadowCopy()), examine(directory.backup())};
+  Copy others[] = {examineShadowCopy(directory.shadowCopy()), examine(directory.backup())};
   Copy* chosen = nullptr;
   std::vector<const Copy*> damaged;
   if (settings.damaged()) damaged.push_back(&settings);
@@ -75,6 +111,17 @@ StartingPoint prepareStart(const StateDirectory& directory, bool allowDefaults) 
   log(Level::Warning, "the settings file was recovered",
       {{"file", directory.settings()}, {"from", chosen->path}});
   return {StartingPoint::Recovered, std::move(*chosen->text)};
+}
+
+std::optional<std::string> readShadowCopy(const StateDirectory& directory) {
+  try {
+    auto file = readFile(directory.shadowCopy(), MAX_SEALED_SIZE + 1);
+    if (!file) return {};
+    SealedText text = unsealed(std::move(*file));
+    if (text.seal == SealedText::Intact) return std::move(text.text);
+  } catch (const std::system_error&) {  // no better than none
+  }
+  return {};
 }
 
 std::optional<size_t> keepLegacySettings(const StateDirectory& directory) {

@@ -28,6 +28,9 @@ struct StartingPoint {
 /// something is damaged, nothing is complete and `allowDefaults` is not given.
 StartingPoint prepareStart(const StateDirectory& directory, bool allowDefaults);
 
+/// The text of the shadow copy if it is intact: what was saved last.
+std::optional<std::string> readShadowCopy(const StateDirectory& directory);
+
 /// Keeps the settings of earlier versions while the module imports and deletes them. Brings back
 /// those of an import that was cut short. Returns how many bytes will be imported, or nothing if
 /// there are no such settings. REQUIRES: it is a first start.

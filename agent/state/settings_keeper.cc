@@ -3,10 +3,13 @@
 #include <exception>
 #include <sstream>
 #include <stdexcept>
+#include <system_error>
 #include <utility>
 
 #include "agent/base/log.h"
 #include "agent/state/durable_file.h"
+#include "agent/state/kept_copies.h"
+#include "agent/state/sealed_text.h"
 #include "agent/state/settings_completeness.h"
 
 namespace agent {
@@ -14,31 +17,81 @@ namespace {
 
 constexpr const char* HOW_TO_FORCE = "a forced save (lparamsctl save --force) replaces it";
 
+/// Throws if no start would accept the text.
+void refuseUnreadable(const std::string& text) {
+  const std::string reason = incompleteBecause(text);
+  if (reason.empty()) return;
+  throw std::runtime_error("the settings could not be read back from a file (" + reason +
+                           "); nothing was written");
+}
+
 }  // namespace
 
-void SettingsKeeper::adopt(StartingPoint start, std::string degradedReason) {
+void SettingsKeeper::adopt(StartingPoint start, std::string degradedReason, int reports) {
   const std::lock_guard lock(saving_);
+  if (start.source != StartingPoint::FirstStart) {
+    onDisk_ = start.text;
+    asFound_ = withoutByteOrderMark(start.text) != currentText();
+    compareWithLastSave(start.text, degradedReason, reports);
+  }
+  std::string disk;
+  try {
+    if (degradedReason.empty()) {
+      makeDurable(start);
+    } else if (start.source != StartingPoint::FirstStart) {
+      (void)keepCopy(directory_.settings(), "damaged", start.text);
+      asFound_ = false;  // once is enough
+    }
+  } catch (const std::system_error& error) {
+    if (start.source == StartingPoint::FirstStart) throw;
+    disk = error.what();
+    log(Level::Warning, "settings are served, but could not be made durable", {{"reason", disk}});
+  }
   if (!degradedReason.empty()) {
     log(Level::Warning, "degraded: settings are served, but not saved",
         {{"reason", degradedReason}});
-    if (start.source != StartingPoint::FirstStart) {
-      (void)writeNewFile(nameAside(directory_.settings(), "damaged"), start.text);
-      onDisk_ = std::move(start.text);
-    }
-    const std::lock_guard stateLock(stateMutex_);
-    state_.degradedReason = std::move(degradedReason);
-    return;
   }
+  const std::lock_guard stateLock(stateMutex_);
+  state_.degradedReason = std::move(degradedReason);
+  state_.disk = std::move(disk);
+}
+
+void SettingsKeeper::makeDurable(StartingPoint& start) {
   if (start.source == StartingPoint::FirstStart) {
     start.text = currentText();
     writeShadowCopy(start.text);
     replaceFileAtomically(directory_.settings(), start.text);
-  } else if (readFile(directory_.shadowCopy(), MAX_SETTINGS_SIZE + 1) != start.text) {
+    onDisk_ = start.text;
+  } else {
     writeShadowCopy(start.text);
   }
-  shadowCopy_ = start.text;
-  onDisk_ = std::move(start.text);
   finishImport(directory_);
+}
+
+/// The settings file need not be what was saved last: it may have been edited, or damaged in a way
+/// that leaves it complete. Only the shadow copy can tell, if it is intact.
+void SettingsKeeper::compareWithLastSave(const std::string& found, std::string& degradedReason,
+                                         int reports) {
+  const auto saved = readShadowCopy(directory_);
+  if (!saved || *saved == found || !degradedReason.empty()) return;
+  if (reports > 0) {
+    degradedReason = "the settings file is not what was saved last, which " +
+                     directory_.shadowCopy() + " holds, and it was loaded with reports";
+    return;
+  }
+  std::string kept = "nothing";
+  try {
+    kept = keepCopy(directory_.settings(), "former", *saved);
+  } catch (const std::system_error& error) {
+    degradedReason = std::string(
+                         "the settings file is not what was saved last, and that cannot be "
+                         "kept: ") +
+                     error.what();
+    return;
+  }
+  log(Level::Notice,
+      "the settings file is not what was saved last: it was edited, or a save was cut short",
+      {{"file", directory_.settings()}, {"saved", kept}});
 }
 
 std::string SettingsKeeper::save(bool force) {
@@ -53,6 +106,7 @@ std::string SettingsKeeper::save(bool force) {
   const std::lock_guard stateLock(stateMutex_);
   if (failure.empty()) {
     state_.degradedReason.clear();
+    state_.disk.clear();
     state_.lastSave = std::time(nullptr);
   }
   state_.lastFailure = failure;
@@ -73,7 +127,10 @@ std::string SettingsKeeper::refusal(bool force) {
   }
   const auto found = readFile(directory_.settings(), MAX_SETTINGS_SIZE + 1);
   if (found != onDisk_) return refuseForeignChange(found, force);
-  if (!degradedReason.empty()) forgetSnapshot();
+  if (degradedReason.empty()) return {};
+  const auto saved = readShadowCopy(directory_);  // may be the better one
+  if (saved && saved != found) (void)keepCopy(directory_.settings(), "former", *saved);
+  forgetSnapshot();
   return {};
 }
 
@@ -84,7 +141,7 @@ std::string SettingsKeeper::refuseForeignChange(const std::optional<std::string>
   if (found) {
     if (found->size() > MAX_SETTINGS_SIZE) return what + "it is too large now to be kept: move it";
     if (found != foreign_) {
-      foreignKept_ = writeNewFile(nameAside(directory_.settings(), "edited"), *found);
+      foreignKept_ = keepCopy(directory_.settings(), "edited", *found);
       foreign_ = found;
       log(Level::Warning, "the settings file was edited while the agent was running",
           {{"file", directory_.settings()}, {"kept", foreignKept_}});
@@ -97,16 +154,26 @@ std::string SettingsKeeper::refuseForeignChange(const std::optional<std::string>
 }
 
 void SettingsKeeper::saveDurably() {
-  const std::string text = currentText();
-  if (text == snapshot()) return;  // the file, just looked at, holds the settings
-
+  std::string text;
+  {
+    const std::lock_guard turn(writeTurn_);
+    text = currentText();
+  }
+  refuseUnreadable(text);
   // The shadow copy first: from here on the new settings are safe, whatever becomes of the file.
   writeShadowCopy(text);
+  if (onDisk_ == text && text == snapshot()) return;  // the file, just looked at, holds them
+
+  if (asFound_ && onDisk_) {
+    log(Level::Notice, "the settings file says what the settings do not hold; it was kept",
+        {{"kept", keepCopy(directory_.settings(), "asfound", *onDisk_)}});
+    asFound_ = false;
+  }
   // The module writes over the file that a crash may have left, and renames it without a sync: a
   // power cut could put its old text in the place of the settings.
   removeFile(directory_.backup());
   std::string report;
-  if (!server_.save(&report)) {
+  if (!replaceSettings(text, report)) {
     onDisk_ = readFile(directory_.settings(), MAX_SETTINGS_SIZE + 1);  // as the module left it
     throw std::runtime_error(report);
   }
@@ -123,13 +190,25 @@ void SettingsKeeper::saveDurably() {
     forgetSnapshot();  // the next save must write again
     throw;
   }
+  forgetOldCopies(directory_.settings());
+  forgetOldCopies(directory_.legacy());
+}
+
+/// Has the module write the file, of settings that no start would refuse. Returns what it returns.
+bool SettingsKeeper::replaceSettings(const std::string& text, std::string& report) {
+  const std::lock_guard turn(writeTurn_);
+  if (const std::string now = currentText(); now != text) refuseUnreadable(now);
+  if (onDisk_ != text) forgetSnapshot();  // it may hold them, and the file does not
+  return server_.save(&report);
 }
 
 void SettingsKeeper::writeShadowCopy(const std::string& text) {
-  if (shadowCopy_ == text) return;
-  shadowCopy_.reset();  // a failure leaves the one or the other
-  replaceFileAtomically(directory_.shadowCopy(), text);
-  shadowCopy_ = text;
+  const std::string whole = sealed(text);
+  try {
+    if (readFile(directory_.shadowCopy(), whole.size() + 1) == whole) return;
+  } catch (const std::system_error&) {  // to be replaced all the more
+  }
+  replaceFileAtomically(directory_.shadowCopy(), whole);
 }
 
 std::string SettingsKeeper::currentText() {

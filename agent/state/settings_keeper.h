@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 
+#include "agent/base/write_turn.h"
 #include "agent/state/recovery.h"
 #include "agent/state/state_directory.h"
 #include "lparams/server.h"
@@ -24,10 +25,13 @@ class SettingsKeeper {
   SettingsKeeper(LPARAMS::Server::Server_t& server, const StateDirectory& directory)
       : server_(server), directory_(directory) {}
 
-  /// Makes durable what the module has loaded. `degradedReason` says why the load was not whole; it
-  /// is empty if it was. If there is a reason, only a copy of the file is written, and saves are
-  /// refused until one is forced. Throws std::system_error.
-  void adopt(StartingPoint start, std::string degradedReason);
+  /// Makes durable what the module has loaded, with so many reports. `degradedReason` says why the
+  /// load was not whole, or is empty; a file that is not what was saved last and gives reports is
+  /// another reason. Then nothing but a copy is written, and saves are refused until one is forced.
+  ///
+  /// A disk that takes nothing does not keep complete settings from being served: state() tells,
+  /// and the next save makes good. Throws std::system_error only if they are in no file at all.
+  void adopt(StartingPoint start, std::string degradedReason, int reports = 0);
 
   /// Saves the settings. Returns why it was refused or failed, in words; empty after a success.
   /// `force` confirms settings that were not loaded whole, and replaces a file that somebody else
@@ -37,15 +41,22 @@ class SettingsKeeper {
   struct State {
     std::string degradedReason;           ///< why saves are refused; empty if they are not
     std::optional<std::time_t> lastSave;  ///< the last success in this process
-    std::string lastFailure;              ///< of the last save, in words; empty after a success
+    std::string disk;  ///< what could not be made durable at the start; empty after a success
+    std::string lastFailure;  ///< of the last save, in words; empty after a success
   };
   /// Does not wait for a running save.
   State state() const;
 
+  /// Commands that write settings take it; a text that is saved is one of between two of them.
+  WriteTurn& writeTurn() { return writeTurn_; }
+
  private:
+  void makeDurable(StartingPoint& start);
+  void compareWithLastSave(const std::string& found, std::string& degradedReason, int reports);
   std::string refusal(bool force);
   std::string refuseForeignChange(const std::optional<std::string>& found, bool force);
   void saveDurably();
+  bool replaceSettings(const std::string& text, std::string& report);
   void writeShadowCopy(const std::string& text);
   std::string currentText();
   std::string snapshot();
@@ -54,11 +65,13 @@ class SettingsKeeper {
   LPARAMS::Server::Server_t& server_;
   const StateDirectory& directory_;
 
-  std::mutex saving_;                      // taken first; protects the next four
-  std::optional<std::string> onDisk_;      // the settings file, as the agent left it
-  std::optional<std::string> shadowCopy_;  // the shadow copy, likewise
-  std::optional<std::string> foreign_;     // the last change by somebody else,
-  std::string foreignKept_;                // and the name of its copy
+  WriteTurn writeTurn_;
+
+  std::mutex saving_;                   // taken first; protects the next four
+  std::optional<std::string> onDisk_;   // the settings file, as the agent left it
+  bool asFound_ = false;                // that file says what the settings do not hold
+  std::optional<std::string> foreign_;  // the last change by somebody else,
+  std::string foreignKept_;             // and the name of its copy
 
   mutable std::mutex stateMutex_;  // protects the next one
   State state_;

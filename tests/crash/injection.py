@@ -21,6 +21,7 @@ ERRORS = {
     "renameat2": ("EIO", "EROFS", "ENOSPC", "EACCES"),
     "unlink": ("EIO", "EROFS", "EACCES"),
     "flock": ("ENOLCK",),
+    "fchmod": ("EPERM", "EROFS"),
 }
 
 

@@ -84,9 +84,9 @@ class Disk:
             self.changes.append({old: None, new: self.entries()[old]})
         elif call.name == "unlink":
             self.changes.append({self.name(call.paths[0]): None})
-        elif call.name not in ("read", "flock"):
+        elif call.name not in ("read", "flock", "fchmod"):
             raise RuntimeError("the model does not know the call " + call.label())
-        return call.name not in ("close", "read", "flock")
+        return call.name not in ("close", "read", "flock", "fchmod")
 
     def replay_open(self, call):
         if call.paths[0] == self.directory:

@@ -33,7 +33,7 @@ class ServedModule {
       : rules_(*server().ADMIN, rules.adminGroup),
         check_(server(), 3),
         changes_(server()),
-        service_(changes_, rules.acceptAny ? nullptr : &check_, [] { return "{}"; }) {}
+        service_(writeTurn_, changes_, rules.acceptAny ? nullptr : &check_, [] { return "{}"; }) {}
 
   LPARAMS::Server::Server_t& server() { return module_.server(); }
   const agent::RecordCheck& check() const { return check_; }
@@ -58,6 +58,7 @@ class ServedModule {
   agent::AccessRules rules_;
   agent::RecordCheck check_;
   agent::ChangeTracker changes_;
+  agent::WriteTurn writeTurn_;
   agent::CommandService service_;
   BridgeSession root_{0, 0, 1234, {}};
 };

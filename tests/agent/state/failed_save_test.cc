@@ -43,7 +43,7 @@ class FailedSave : public testing::Test {
   void expectSuccessNow() {
     EXPECT_EQ(settings_->keeper().save(false), "");
     EXPECT_EQ(directory_.text(SETTINGS), exampleSettings(501));
-    EXPECT_EQ(directory_.text(SHADOW_COPY), exampleSettings(501));
+    EXPECT_EQ(agent_testing::shadowCopyOf(directory_), exampleSettings(501));
     EXPECT_FALSE(settings_->server().isChanged());
     EXPECT_EQ(settings_->keeper().state().lastFailure, "");
   }
@@ -57,7 +57,7 @@ TEST_F(FailedSave, BeforeTheShadowCopy) {
   ASSERT_EQ(::mkdir(temporary.c_str(), 0700), 0);
   EXPECT_EQ(settings_->keeper().save(false), temporary + " cannot be created: File exists");
   EXPECT_EQ(directory_.text(SETTINGS), exampleSettings());
-  EXPECT_EQ(directory_.text(SHADOW_COPY), exampleSettings());
+  EXPECT_EQ(agent_testing::shadowCopyOf(directory_), exampleSettings());
   EXPECT_TRUE(settings_->server().isChanged());
 
   directory_.remove("localsettings.ini.good.new");
@@ -71,7 +71,7 @@ TEST_F(FailedSave, AtTheShadowCopy) {
               directory_.at(SHADOW_COPY) + " cannot be replaced: Input/output error");
   }
   EXPECT_EQ(directory_.text(SETTINGS), exampleSettings());
-  EXPECT_EQ(directory_.text(SHADOW_COPY), exampleSettings());
+  EXPECT_EQ(agent_testing::shadowCopyOf(directory_), exampleSettings());
   expectSuccessNow();
 }
 
@@ -84,7 +84,7 @@ TEST_F(FailedSave, AtTheModulesRename) {
     EXPECT_EQ(settings_->keeper().state().lastSave, std::nullopt);
   }
   EXPECT_EQ(directory_.text(SETTINGS), "(absent)");  // the module has removed it
-  EXPECT_EQ(directory_.text(SHADOW_COPY), exampleSettings(501));
+  EXPECT_EQ(agent_testing::shadowCopyOf(directory_), exampleSettings(501));
   expectSuccessNow();  // the agent knows why the file is missing
 }
 
@@ -100,7 +100,7 @@ TEST_F(FailedSave, OfTheModulesText) {
   (void)::setrlimit(RLIMIT_FSIZE, &limit);
   (void)std::signal(SIGXFSZ, before);
   EXPECT_THAT(failure, StartsWith("write failed: " + directory_.at(BACKUP) + ", error: "));
-  EXPECT_EQ(directory_.text(SHADOW_COPY), exampleSettings());
+  EXPECT_EQ(agent_testing::shadowCopyOf(directory_), exampleSettings());
 
   settings_->setPort(501);
   expectSuccessNow();
@@ -116,7 +116,7 @@ TEST_F(FailedSave, AtTheReadBack) {
     });
     EXPECT_EQ(settings_->keeper().save(false), settings + " does not hold what was written to it");
   }
-  EXPECT_EQ(directory_.text(SHADOW_COPY), exampleSettings(501));
+  EXPECT_EQ(agent_testing::shadowCopyOf(directory_), exampleSettings(501));
   EXPECT_TRUE(settings_->server().isChanged());
   expectSuccessNow();
 }

@@ -8,6 +8,7 @@
 #include "agent/module.h"
 #include "agent/services/paths_service.h"
 #include "agent/state/recovery.h"
+#include "agent/state/sealed_text.h"
 #include "agent/state/settings_keeper.h"
 #include "agent/state/state_directory.h"
 #include "tests/agent/state/scratch_directory.h"
@@ -17,6 +18,12 @@ namespace agent_testing {
 inline const char* const SETTINGS = "localsettings.ini";
 inline const char* const SHADOW_COPY = "localsettings.ini.good";
 inline const char* const BACKUP = "localsettings.ini.bak";
+
+/// What the shadow copy holds, without its seal; "(broken)" if that does not fit.
+inline std::string shadowCopyOf(const ScratchDirectory& directory) {
+  const agent::SealedText text = agent::unsealed(directory.text(SHADOW_COPY));
+  return text.seal == agent::SealedText::Intact ? text.text : "(broken)";
+}
 
 /// A state directory, its module and its keeper. One exists at a time.
 class KeptSettings {
@@ -31,7 +38,7 @@ class KeptSettings {
     agent::LoadReport report(server());
     loaded = server().load(&report);
     keeper_.emplace(server(), state_);
-    keeper_->adopt(std::move(start), degradedReason);
+    keeper_->adopt(std::move(start), degradedReason, report.reports());
   }
 
   LPARAMS::Server::Server_t& server() { return module_->server(); }

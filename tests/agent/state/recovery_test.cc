@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <stdexcept>
 
+#include "agent/state/sealed_text.h"
 #include "agent/state/settings_completeness.h"
 #include "tests/agent/state/scratch_directory.h"
 
@@ -151,6 +152,38 @@ TEST(Recovery, AnEmptyFileAndOneThatIsTooLargeAreDamaged) {
     files.directory.write(SETTINGS, text);
     EXPECT_EQ(prepareStart(files.state, false).text, wholeText(SHADOW_COPY));
     EXPECT_TRUE(files.directory.textOfOnly("localsettings.ini.damaged-") == text);
+  }
+}
+
+TEST(Recovery, AShadowCopyIsJudgedByItsSeal) {
+  const std::string whole = wholeText("a save");
+  std::string broken = sealed(whole);
+  broken[broken.find("save")] = 'S';
+  const Row intact("D--");
+  intact.directory.write(SHADOW_COPY, sealed(whole));
+  EXPECT_EQ(prepareStart(intact.state, false).text, whole);
+  EXPECT_EQ(intact.directory.text(SETTINGS), whole);
+  EXPECT_EQ(readShadowCopy(intact.state), whole);
+
+  const Row damaged("D-W");
+  damaged.directory.write(SHADOW_COPY, broken);
+  EXPECT_EQ(readShadowCopy(damaged.state), std::nullopt);
+  EXPECT_EQ(prepareStart(damaged.state, false).text, wholeText(BACKUP));
+
+  const Row alone("D--");
+  alone.directory.write(SHADOW_COPY, broken);
+  EXPECT_THAT(refusalOf(alone.state),
+              HasSubstr(alone.directory.at(SHADOW_COPY) + " (its checksum does not fit)"));
+}
+
+TEST(Recovery, FilesBecomeTheAgentsAlone) {
+  const Row files("WWW");
+  for (const char* name : {SETTINGS, SHADOW_COPY, BACKUP}) {
+    ASSERT_EQ(::chmod(files.directory.at(name).c_str(), 0666), 0);
+  }
+  (void)prepareStart(files.state, false);
+  for (const char* name : {SETTINGS, SHADOW_COPY, BACKUP}) {
+    EXPECT_EQ(files.directory.mode(name), 0600u) << name;
   }
 }
 

@@ -70,6 +70,11 @@ std::string ScratchDirectory::text(const std::string& name) const {
   return fs::is_regular_file(status) ? wholeText(at(name)) : "(not a file)";
 }
 
+std::string ScratchDirectory::unsealedText(const std::string& name) const {
+  const std::string whole = text(name);
+  return whole.substr(0, whole.rfind("#xxh3-128="));
+}
+
 void ScratchDirectory::remove(const std::string& name) const { fs::remove_all(at(name)); }
 
 mode_t ScratchDirectory::mode(const std::string& name) const {

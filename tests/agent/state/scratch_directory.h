@@ -25,6 +25,9 @@ class ScratchDirectory {
   /// "(absent)" if nothing has the name, "(not a file)" if something else than a file has it.
   std::string text(const std::string& name) const;
 
+  /// The text without the line of its checksum.
+  std::string unsealedText(const std::string& name) const;
+
   void remove(const std::string& name) const;
 
   mode_t mode(const std::string& name) const;

@@ -142,7 +142,7 @@ TEST_F(Start, FromTheBackup) {
   start();
   EXPECT_THAT(log(), HasSubstr("from=" + state_.at(BACKUP) + "\n"));
   EXPECT_EQ(get("IKE.IKE_PORT"), "503\n");
-  EXPECT_EQ(state_.text(SHADOW_COPY), exampleSettings(503));
+  EXPECT_EQ(state_.unsealedText(SHADOW_COPY), exampleSettings(503));
   EXPECT_EQ(state_.textOfOnly("localsettings.ini.damaged-"), "");
 }
 
@@ -174,14 +174,61 @@ TEST_F(Start, NotIfAFileIsNoFile) {
   EXPECT_THAT(state_.names(), ElementsAre(SETTINGS, SHADOW_COPY));
 }
 
-TEST_F(Start, NotIfNothingCanBeMadeDurable) {
+// A complete file is served whatever the disk says; what could not be written is made good later.
+TEST_F(Start, OnADiskThatTakesNothing) {
   state_.write(SETTINGS, exampleSettings());
+  (void)::mkdir(state_.at("localsettings.ini.good.new").c_str(), 0700);
+  const std::string reason =
+      state_.at("localsettings.ini.good.new") + " cannot be created: File exists";
+  start();
+  EXPECT_THAT(log(), HasSubstr("warning: settings are served, but could not be made durable "
+                               "reason=\"" +
+                               reason + "\"\n"));
+  EXPECT_EQ(get("IKE.EXCHANGE_TIMEOUT"), "90\n");
+  EXPECT_EQ(state("disk"), reason);
+  EXPECT_EQ(ctl({"save"}).exitCode, 1);
+
+  state_.remove("localsettings.ini.good.new");
+  save();
+  EXPECT_EQ(state("disk"), "no");
+  EXPECT_EQ(state_.unsealedText(SHADOW_COPY), exampleSettings());
+}
+
+TEST_F(Start, NotWithDefaultsThatCannotBeMadeDurable) {
   (void)::mkdir(state_.at("localsettings.ini.good.new").c_str(), 0700);
   const Outcome outcome = runAgent();
   EXPECT_EQ(outcome.exitCode, agent::EXIT_NOT_SAVED);
   EXPECT_THAT(outcome.output, HasSubstr("error: " + state_.at("localsettings.ini.good.new") +
                                         " cannot be created"));
-  EXPECT_EQ(state_.text(SETTINGS), exampleSettings());
+}
+
+// One flipped bit may leave a file that is complete and says something else.
+TEST_F(Start, OnADamagedButWellFormedFileKeepsTheShadowCopy) {
+  state_.write(SETTINGS, exampleSettings());
+  start();
+  kill();
+  std::string damaged = exampleSettings();
+  damaged.replace(damaged.find("EXCHANGE_TIMEOUT"), 8, "EXCHANGA");
+  state_.write(SETTINGS, damaged);
+  start();
+  EXPECT_THAT(state("degraded"), HasSubstr("the settings file is not what was saved last"));
+  EXPECT_EQ(state_.unsealedText(SHADOW_COPY), exampleSettings());
+  EXPECT_EQ(ctl({"save"}).exitCode, 1);
+  EXPECT_EQ(state_.text(SETTINGS), damaged);
+}
+
+TEST_F(Start, OnAnEditedFileKeepsTheFormerText) {
+  state_.write(SETTINGS, exampleSettings());
+  start();
+  kill();
+  state_.write(SETTINGS, exampleSettings(501));
+  start();
+  EXPECT_THAT(log(), HasSubstr("notice: the settings file is not what was saved last: it was "
+                               "edited, or a save was cut short"));
+  EXPECT_EQ(state("degraded"), "no");
+  EXPECT_EQ(get("IKE.IKE_PORT"), "501\n");
+  EXPECT_EQ(state_.textOfOnly("localsettings.ini.former-"), exampleSettings());
+  EXPECT_EQ(state_.unsealedText(SHADOW_COPY), exampleSettings(501));
 }
 
 TEST_F(Start, AFirstStartSurvivesAKill) {
@@ -190,7 +237,7 @@ TEST_F(Start, AFirstStartSurvivesAKill) {
   kill();
   const std::string text = state_.text(SETTINGS);
   EXPECT_THAT(text, StartsWith("/ROOT="));
-  EXPECT_EQ(state_.text(SHADOW_COPY), text);
+  EXPECT_EQ(state_.unsealedText(SHADOW_COPY), text);
   start();
   EXPECT_THAT(log(), Not(HasSubstr("first start")));
   EXPECT_EQ(state_.text(SETTINGS), text);
