@@ -6,10 +6,31 @@
 #include "agent/base/log.h"
 #include "agent/load_report.h"
 #include "agent/load_timeout.h"
-#include "agent/services/markup_count.h"
+#include "agent/services/markup_report.h"
 #include "agent/state/settings_completeness.h"
 
 namespace agent {
+
+namespace {
+
+constexpr const char* LEGACY_ELEMENT = "LocalSettings";
+
+/// Why the settings of earlier versions are none; empty if they were imported.
+std::string importFailure() {
+  const MarkupReport& report = markupReport();
+  std::string reason;
+  if (report.documentsRead == 0) {
+    reason = "the file was not opened";
+  } else if (!report.failure.empty()) {
+    reason = report.failure;
+  } else if (report.topElement != LEGACY_ELEMENT) {
+    reason = "its first element is \"" + report.topElement + "\", not \"" + LEGACY_ELEMENT + "\"";
+  }
+  if (reason.empty()) return {};
+  return "the settings of earlier versions could not be imported (" + reason + "); they are kept";
+}
+
+}  // namespace
 
 LoadOutcome loadSettings(LPARAMS::Server::Server_t& server, const StateDirectory& directory,
                          const StartingPoint& start, std::optional<size_t> importing) {
@@ -35,9 +56,7 @@ LoadOutcome loadSettings(LPARAMS::Server::Server_t& server, const StateDirectory
       withoutByteOrderMark(start.text) != server.rawSettings) {
     return degraded("nothing was read from the settings file");
   }
-  if (importing && markupDocumentsRead() == 0) {
-    return degraded("the settings of earlier versions could not be read");
-  }
+  if (importing) return degraded(importFailure());
   return degraded({});
 }
 

@@ -1,6 +1,7 @@
 // The markup parser that the platform offers to modules, over RapidXML.
 #include "platform/markup_document.h"
 
+#include <algorithm>
 #include <charconv>
 #include <fstream>
 #include <iterator>
@@ -9,7 +10,7 @@
 #include <string>
 #include <string_view>
 
-#include "agent/services/markup_count.h"
+#include "agent/services/markup_report.h"
 #include "agent/services/markup_scan.h"
 
 namespace {
@@ -20,7 +21,7 @@ constexpr size_t MAX_DEPTH = 64;          // nested elements
 
 using Node = rapidxml::xml_node<>;
 
-int g_documentsRead = 0;  // by the one thread that loads the settings
+agent::MarkupReport g_report;
 
 struct Tree {
   std::string text;  // parsed in place; every ChPair points into it
@@ -33,11 +34,17 @@ std::string_view view(const ChPair& chars) {
   return {chars.begin, static_cast<size_t>(chars.end - chars.begin)};
 }
 
+/// Throws why the document is not taken, and remembers it.
+[[noreturn]] void refuse(const std::string& reason) {
+  g_report.failure = reason;
+  throw TTT(reason);
+}
+
 const Node* nodeOf(const MLDoc::Token& token) { return static_cast<const Node*>(token.element); }
 
 }  // namespace
 
-int agent::markupDocumentsRead() { return g_documentsRead; }
+const agent::MarkupReport& agent::markupReport() { return g_report; }
 
 bool MLDoc::load(const char* path) {
   release();
@@ -48,19 +55,24 @@ bool MLDoc::load(const char* path) {
   file.read(tree->text.data(), static_cast<std::streamsize>(tree->text.size()));
   tree->text.resize(static_cast<size_t>(file.gcount()));
   if (file.bad()) return false;
-  ++g_documentsRead;
+  g_report = {g_report.documentsRead + 1, {}, {}};
 
   if (tree->text.size() > MAX_SIZE) {
-    throw TTT("the document is larger than " + std::to_string(MAX_SIZE) + " bytes");
+    refuse("the document is larger than " + std::to_string(MAX_SIZE) + " bytes");
   }
   if (agent::markupDepth(tree->text) > MAX_DEPTH) {
-    throw TTT("the document is nested deeper than " + std::to_string(MAX_DEPTH) + " elements");
+    refuse("the document is nested deeper than " + std::to_string(MAX_DEPTH) + " elements");
   }
   try {
     tree->document.parse<rapidxml::parse_validate_closing_tags>(tree->text.data());
   } catch (const rapidxml::parse_error& error) {
-    throw TTT(std::string(error.what()) + " at byte " +
-              std::to_string(error.where<char>() - tree->text.data()));
+    const char* const begin = tree->text.data();
+    const char* const where = error.where<char>();
+    refuse(std::string(error.what()) + " at byte " + std::to_string(where - begin) + ", line " +
+           std::to_string(1 + std::count(begin, where, '\n')));
+  }
+  if (const Node* const top = tree->document.first_node()) {
+    g_report.topElement.assign(top->name(), top->name_size());
   }
   tree_ = tree.release();
   return true;

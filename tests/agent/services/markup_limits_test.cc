@@ -46,7 +46,7 @@ TEST(MarkupDocument, ThatIsMalformedIsAnErrorWithItsPlace) {
            "<?xml",
            "<!DOCTYPE a [",
        }) {
-    EXPECT_THAT(errorOf(text), ContainsRegex("^[a-z].* at byte [0-9]+$")) << text;
+    EXPECT_THAT(errorOf(text), ContainsRegex("^[a-z].* at byte [0-9]+, line [0-9]+$")) << text;
   }
 }
 

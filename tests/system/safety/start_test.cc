@@ -11,6 +11,7 @@ namespace safety {
 namespace {
 
 using agent_testing::exampleSettings;
+using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
@@ -275,6 +276,42 @@ TEST_F(Import, ThatWasCutShortIsDoneAgain) {
   state_.write("localsettings.xml.importing", legacy_);
   start();
   EXPECT_THAT(log(), HasSubstr("an import of the settings of earlier versions was cut short"));
+  expectImported();
+}
+
+// The module takes a broken document for an empty one, and deletes it.
+TEST_F(Import, OfABrokenDocumentIsNone) {
+  std::string utf16;
+  for (const char c : legacy_) utf16 += {c, '\0'};
+  std::string deep;
+  for (int i = 0; i < 100; ++i) deep += "<a>";
+  const struct {
+    std::string text;
+    std::string reason;
+  } rows[] = {
+      {"", "its first element is \"\", not \"LocalSettings\""},
+      {"<Settings/>", "its first element is \"Settings\", not \"LocalSettings\""},
+      {legacy_.substr(0, legacy_.size() - 20), ", line "},
+      {utf16, "at byte "},
+      {deep, "the document is nested deeper than 64 elements"},
+      {legacy_ + std::string(1024 * 1024, ' '), "the document is larger than 1048576 bytes"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.reason);
+    state_.write("localsettings.xml", row.text);
+    state_.remove("localsettings.xml.importing");
+    start();
+    EXPECT_THAT(state("degraded"),
+                AllOf(StartsWith("the settings of earlier versions could not be imported ("),
+                      HasSubstr(row.reason)));
+    EXPECT_EQ(ctl({"save"}).exitCode, 1);
+    kill();
+    EXPECT_EQ(state_.text(SETTINGS), "(absent)");
+    EXPECT_TRUE(state_.text("localsettings.xml.importing") == row.text);
+  }
+  state_.write("localsettings.xml", legacy_);  // repaired
+  state_.remove("localsettings.xml.importing");
+  start();
   expectImported();
 }
 
