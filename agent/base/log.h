@@ -23,8 +23,13 @@ struct Field {
 /// before the first thread starts.
 void logForJournal();
 
-/// Writes one line, in one write. Thread-safe.
+/// Writes one line. Never waits: lines that nobody reads are lost, and the next one that is read
+/// says how many they were. Thread-safe.
 void log(Level level, std::string_view message, std::initializer_list<Field> fields = {});
+
+/// The same for what clients can cause as often as they like: one line of a message in a second,
+/// which says how many were left out since the one before.
+void logOften(Level level, std::string_view message, std::initializer_list<Field> fields = {});
 
 /// The text as text::inQuotes() has it, cut off after 200 bytes: for texts that come from a file or
 /// a client.

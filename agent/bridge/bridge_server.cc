@@ -52,7 +52,7 @@ void BridgeServer::acceptNext() {
       open(std::move(socket));
       return acceptNext();
     }
-    log(Level::Error, "a client could not be taken", {{"reason", error.message()}});
+    logOften(Level::Error, "a client could not be taken", {{"reason", error.message()}});
     retry_.expires_after(RETRY_PAUSE);
     retry_.async_wait([this](const asio::error_code& cancelled) {
       if (!cancelled) acceptNext();
@@ -66,8 +66,8 @@ void BridgeServer::open(stream_protocol::socket socket) {
   const auto peer = peerOf(socket.native_handle());
   if (!peer) return;
   if (sessions_.size() >= MAX_SESSIONS) {
-    log(Level::Warning, "a client was turned away: too many sessions",
-        {{"sessions", static_cast<long long>(sessions_.size())}, {"uid", peer->uid}});
+    logOften(Level::Warning, "a client was turned away: too many sessions",
+             {{"sessions", static_cast<long long>(sessions_.size())}, {"uid", peer->uid}});
     return;
   }
   asio::error_code failed;
@@ -84,7 +84,8 @@ void BridgeServer::open(stream_protocol::socket socket) {
   try {
     session->start();
   } catch (const std::system_error& error) {
-    log(Level::Error, "a client was turned away: no thread for it", {{"reason", error.what()}});
+    logOften(Level::Error, "a client was turned away: no thread for it",
+             {{"reason", error.what()}});
     leave();
   }
 }

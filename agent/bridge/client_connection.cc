@@ -75,8 +75,8 @@ void ClientConnection::waitUntilWritable() {
     if (failed) (void)::close(duplicate);
   }
   if (failed) {
-    log(Level::Error, "session closed: its client cannot be waited for",
-        {{"reason", failed.message()}, {"uid", peer_.uid}, {"pid", peer_.pid}});
+    logOften(Level::Error, "session closed: its client cannot be waited for",
+             {{"reason", failed.message()}, {"uid", peer_.uid}, {"pid", peer_.pid}});
     return interrupt();
   }
   writable_.async_wait(asio::posix::descriptor_base::wait_write,
@@ -92,8 +92,8 @@ void ClientConnection::watchClock() {
   timer_.async_wait([self = shared_from_this()](const asio::error_code& /*cancelled*/) {
     if (self->ended_) return;
     if (self->isOverdue()) {
-      log(Level::Warning, "session closed: the client does not go on with what it has begun",
-          {{"uid", self->peer_.uid}, {"pid", self->peer_.pid}});
+      logOften(Level::Warning, "session closed: the client does not go on with what it has begun",
+               {{"uid", self->peer_.uid}, {"pid", self->peer_.pid}});
       self->interrupt();
     }
     self->watchClock();
@@ -127,8 +127,8 @@ void ClientConnection::run() {
       serve();
     }
   } catch (const std::exception& failed) {
-    log(Level::Error, "session closed: its request cannot be handled",
-        {{"reason", failed.what()}, {"uid", peer_.uid}, {"pid", peer_.pid}});
+    logOften(Level::Error, "session closed: its request cannot be handled",
+             {{"reason", failed.what()}, {"uid", peer_.uid}, {"pid", peer_.pid}});
   }
   if (subscription_) service_.changes().unsubscribe(*subscription_);
   if (greeted) listenerRegistry().sessionClosed(peer_);
@@ -143,8 +143,8 @@ bool ClientConnection::handleHello() {
   }
   uint32_t version = 0;
   if (!bridge::decodeHello(*hello, version)) {
-    log(Level::Warning, "session closed: the client does not speak the bridge protocol",
-        {{"uid", peer_.uid}, {"pid", peer_.pid}});
+    logOften(Level::Warning, "session closed: the client does not speak the bridge protocol",
+             {{"uid", peer_.uid}, {"pid", peer_.pid}});
     return false;
   }
   waitingSince_ = NOTHING;
@@ -245,8 +245,8 @@ bool ClientConnection::settle(SendQueue::Outcome outcome) {
 SendQueue::Outcome ClientConnection::post(std::string_view frame) {
   const SendQueue::Outcome outcome = sendQueue_.send(frame);
   if (outcome == SendQueue::Outcome::Overflow) {
-    log(Level::Warning, "session closed: the client does not take its events",
-        {{"uid", peer_.uid}, {"pid", peer_.pid}});
+    logOften(Level::Warning, "session closed: the client does not take its events",
+             {{"uid", peer_.uid}, {"pid", peer_.pid}});
     interrupt();
   }
   return outcome;

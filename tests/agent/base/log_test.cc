@@ -1,13 +1,20 @@
 #include "agent/base/log.h"
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sys/socket.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <functional>
 #include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
 
+using testing::HasSubstr;
+using testing::MatchesRegex;
+using testing::StartsWith;
 using testing::internal::CaptureStderr;
 using testing::internal::GetCapturedStderr;
 
@@ -85,6 +92,78 @@ TEST(Log, KeepsLinesOfSeveralThreadsApart) {
     ASSERT_EQ(line, "lparams_agent: info: m k=\"one value\"");
   }
   EXPECT_EQ(count, THREADS * LINES);
+}
+
+/// Standard error is a pipe that nobody reads while this lives.
+class UnreadPipe {
+ public:
+  UnreadPipe() {
+    (void)!::pipe2(ends_, O_CLOEXEC);
+    (void)::dup2(ends_[1], STDERR_FILENO);
+  }
+  ~UnreadPipe() {
+    (void)::dup2(before_, STDERR_FILENO);
+    for (const int file : {before_, ends_[0], ends_[1]}) (void)::close(file);
+  }
+  UnreadPipe(const UnreadPipe&) = delete;
+  UnreadPipe& operator=(const UnreadPipe&) = delete;
+
+  /// Takes all that is in it.
+  std::string read() const {
+    std::string text(1 << 20, '\0');
+    (void)::fcntl(ends_[0], F_SETFL, O_NONBLOCK);
+    const ssize_t size = ::read(ends_[0], text.data(), text.size());
+    text.resize(size > 0 ? static_cast<size_t>(size) : 0);
+    return text;
+  }
+
+ private:
+  const int before_ = ::dup(STDERR_FILENO);
+  int ends_[2] = {-1, -1};
+};
+
+size_t linesIn(const std::string& text) {
+  return static_cast<size_t>(std::count(text.begin(), text.end(), '\n'));
+}
+
+TEST(Log, NeverWaitsForAReaderAndTellsWhatWasLost) {
+  const UnreadPipe pipe;
+  constexpr size_t LINES = 5000;  // more than a pipe holds
+  for (size_t i = 0; i < LINES; ++i) log(Level::Info, std::string(100, 'x'));
+  const std::string first = pipe.read();
+  const size_t taken = linesIn(first);
+  EXPECT_GT(taken, 0u);
+  EXPECT_LT(taken, LINES);
+  log(Level::Info, "read again");
+  EXPECT_EQ(pipe.read(), "lparams_agent: warning: nobody read the log, and lines were lost lines=" +
+                             std::to_string(LINES - taken) + "\nlparams_agent: info: read again\n");
+}
+
+TEST(Log, NeverWaitsForASocketEither) {
+  int ends[2];
+  ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends), 0);
+  const int before = ::dup(STDERR_FILENO);
+  (void)::dup2(ends[1], STDERR_FILENO);
+  for (int i = 0; i < 100'000; ++i) log(Level::Info, std::string(100, 'x'));
+  (void)::close(ends[0]);
+  log(Level::Info, "to nobody");
+  (void)::dup2(before, STDERR_FILENO);
+  for (const int file : {before, ends[1]}) (void)::close(file);
+}
+
+TEST(Log, WhatIsCausedOftenIsToldOnceASecondWithACount) {
+  const std::string first = written([] {
+    for (int i = 0; i < 1000; ++i) logOften(Level::Warning, "it came", {{"number", i}});
+    logOften(Level::Warning, "something else");
+  });
+  EXPECT_THAT(first, StartsWith("lparams_agent: warning: it came number=0\n"));
+  EXPECT_THAT(first, HasSubstr("lparams_agent: warning: something else\n"));
+  EXPECT_LT(linesIn(first), 1000u);
+  std::string later;
+  while (later.find("more") == std::string::npos)
+    later = written([] { logOften(Level::Warning, "it came"); });
+  EXPECT_THAT(later, MatchesRegex("lparams_agent: warning: it came \\([0-9]+ more since the last "
+                                  "line\\)\n"));
 }
 
 }  // namespace
