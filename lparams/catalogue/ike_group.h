@@ -1,12 +1,165 @@
 // Key-exchange and IPsec settings.
 #pragma once
 
-#include "lparams/catalogue/variants.h"
 #include "lparams/params/enum_param.h"
 #include "lparams/params/line_string_param.h"
 #include "lparams/params/numeric_param.h"
 
 namespace LPARAMS::Server {
+
+// The values travel on the bridge and the names stand in settings files: do not change the value or
+// the name of an existing row.
+// clang-format off
+
+/// Operation of an IKE version.
+/// Enabled is 2 and stands before responder-only, which is 1.
+enum IkeStatus : int32_t {
+  IKE_STATUS_DISABLED  = 0,
+  IKE_STATUS_ENABLED   = 2,
+  IKE_STATUS_RESPONDER = 1,
+};
+inline constexpr Variant IKE_STATUS_VARIANTS[] = {
+  {IKE_STATUS_DISABLED,  "IKE_STATUS_DISABLED"},
+  {IKE_STATUS_ENABLED,   "IKE_STATUS_ENABLED"},
+  {IKE_STATUS_RESPONDER, "IKE_STATUS_RESPONDER"},
+  {0,                    nullptr},
+};
+
+/// How the configured servers are used.
+/// The value of a parallel variant is its degree of parallelism.
+enum ServersPolicy : int32_t {
+  SERVERS_POLICY_FIRST = 0,
+  SERVERS_POLICY_SEQ   = 1,
+  SERVERS_POLICY_PAR2  = 2,
+  SERVERS_POLICY_PAR4  = 4,
+  SERVERS_POLICY_PAR8  = 8,
+};
+inline constexpr Variant SERVERS_POLICY_VARIANTS[] = {
+  {SERVERS_POLICY_FIRST, "SERVERS_POLICY_FIRST"},
+  {SERVERS_POLICY_SEQ,   "SERVERS_POLICY_SEQ"},
+  {SERVERS_POLICY_PAR2,  "SERVERS_POLICY_PAR2"},
+  {SERVERS_POLICY_PAR4,  "SERVERS_POLICY_PAR4"},
+  {SERVERS_POLICY_PAR8,  "SERVERS_POLICY_PAR8"},
+  {0,                    nullptr},
+};
+
+/// NAT traversal.
+/// A forced variant is its plain variant plus 128; the disabled one has no forced form.
+enum NattPolicy : int32_t {
+  NATT_POLICY_DISABLED   = 0,
+  NATT_POLICY_STD        = 1,
+  NATT_POLICY_ALL        = 2,
+  NATT_POLICY_OLD        = 3,
+  NATT_POLICY_AUTO       = 4,
+  NATT_POLICY_STD_FORCE  = 129,
+  NATT_POLICY_ALL_FORCE  = 130,
+  NATT_POLICY_OLD_FORCE  = 131,
+  NATT_POLICY_AUTO_FORCE = 132,
+};
+inline constexpr Variant NATT_POLICY_VARIANTS[] = {
+  {NATT_POLICY_DISABLED,   "NATT_POLICY_DISABLED"},
+  {NATT_POLICY_STD,        "NATT_POLICY_STD"},
+  {NATT_POLICY_ALL,        "NATT_POLICY_ALL"},
+  {NATT_POLICY_OLD,        "NATT_POLICY_OLD"},
+  {NATT_POLICY_AUTO,       "NATT_POLICY_AUTO"},
+  {NATT_POLICY_STD_FORCE,  "NATT_POLICY_STD_FORCE"},
+  {NATT_POLICY_ALL_FORCE,  "NATT_POLICY_ALL_FORCE"},
+  {NATT_POLICY_OLD_FORCE,  "NATT_POLICY_OLD_FORCE"},
+  {NATT_POLICY_AUTO_FORCE, "NATT_POLICY_AUTO_FORCE"},
+  {0,                      nullptr},
+};
+
+/// How often errors are notified.
+/// Always is -1, all bits set, not a large count.
+enum ErrntfPolicy : int32_t {
+  ERRNTF_POLICY_NEVER  = 0,
+  ERRNTF_POLICY_1      = 1,
+  ERRNTF_POLICY_10     = 10,
+  ERRNTF_POLICY_100    = 100,
+  ERRNTF_POLICY_ALWAYS = -1,
+};
+inline constexpr Variant ERRNTF_POLICY_VARIANTS[] = {
+  {ERRNTF_POLICY_NEVER,  "ERRNTF_POLICY_NEVER"},
+  {ERRNTF_POLICY_1,      "ERRNTF_POLICY_1"},
+  {ERRNTF_POLICY_10,     "ERRNTF_POLICY_10"},
+  {ERRNTF_POLICY_100,    "ERRNTF_POLICY_100"},
+  {ERRNTF_POLICY_ALWAYS, "ERRNTF_POLICY_ALWAYS"},
+  {0,                    nullptr},
+};
+
+/// IKE version 2 fragmentation.
+enum Ike2Fragm : int32_t {
+  IKE2_FRAGM_DISABLED = 0,
+  IKE2_FRAGM_AUTO     = 1,
+  IKE2_FRAGM_ALWAYS   = 2,
+};
+inline constexpr Variant IKE2_FRAGM_VARIANTS[] = {
+  {IKE2_FRAGM_DISABLED, "IKE2_FRAGM_DISABLED"},
+  {IKE2_FRAGM_AUTO,     "IKE2_FRAGM_AUTO"},
+  {IKE2_FRAGM_ALWAYS,   "IKE2_FRAGM_ALWAYS"},
+  {0,                   nullptr},
+};
+
+/// The anti-replay window, in packets.
+/// The names, asterisk included, are what the file holds.
+enum AntiReplayWindowSize : int32_t {
+  ANTI_REPLAY_WINDOW_0   = 0,
+  ANTI_REPLAY_WINDOW_32  = 32,
+  ANTI_REPLAY_WINDOW_64  = 64,
+  ANTI_REPLAY_WINDOW_128 = 128,
+  ANTI_REPLAY_WINDOW_256 = 256,
+  ANTI_REPLAY_WINDOW_512 = 512,
+};
+inline constexpr Variant ANTI_REPLAY_WINDOW_SIZE_VARIANTS[] = {
+  {ANTI_REPLAY_WINDOW_0,   "0"},
+  {ANTI_REPLAY_WINDOW_32,  "1*32"},
+  {ANTI_REPLAY_WINDOW_64,  "2*32"},
+  {ANTI_REPLAY_WINDOW_128, "4*32"},
+  {ANTI_REPLAY_WINDOW_256, "8*32"},
+  {ANTI_REPLAY_WINDOW_512, "16*32"},
+  {0,                      nullptr},
+};
+
+/// Traffic flow confidentiality padding.
+enum TfcPadding : int32_t {
+  TFC_PADDING_OFF = 0,
+  TFC_PADDING_ON  = 1,
+};
+inline constexpr Variant TFC_PADDING_VARIANTS[] = {
+  {TFC_PADDING_OFF, "TFC_PADDING_OFF"},
+  {TFC_PADDING_ON,  "TFC_PADDING_ON"},
+  {0,               nullptr},
+};
+
+/// Use of DNS servers from the IKE configuration.
+enum IkecfgDnsMode : int32_t {
+  IKECFG_DNS_DISABLE       = 0,
+  IKECFG_DNS_ENABLE        = 1,
+  IKECFG_DNS_ENABLE_BEFORE = 2,
+  IKECFG_DNS_ENABLE_AFTER  = 3,
+};
+inline constexpr Variant IKECFG_DNS_MODE_VARIANTS[] = {
+  {IKECFG_DNS_DISABLE,       "IKECFG_DNS_DISABLE"},
+  {IKECFG_DNS_ENABLE,        "IKECFG_DNS_ENABLE"},
+  {IKECFG_DNS_ENABLE_BEFORE, "IKECFG_DNS_ENABLE_BEFORE"},
+  {IKECFG_DNS_ENABLE_AFTER,  "IKECFG_DNS_ENABLE_AFTER"},
+  {0,                        nullptr},
+};
+
+/// Certificate revocation list processing.
+enum CrlProc : int32_t {
+  CRL_DISABLE     = 0,
+  CRL_ENABLE      = 1,
+  CRL_ENABLE_SOFT = 2,
+};
+inline constexpr Variant CRL_PROC_VARIANTS[] = {
+  {CRL_DISABLE,     "CRL_DISABLE"},
+  {CRL_ENABLE,      "CRL_ENABLE"},
+  {CRL_ENABLE_SOFT, "CRL_ENABLE_SOFT"},
+  {0,               nullptr},
+};
+
+// clang-format on
 
 /// The IKE versions 1 and 2, NAT traversal, IPsec and certificate checks.
 struct IKE_t : ParamGroup {

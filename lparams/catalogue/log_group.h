@@ -1,11 +1,44 @@
 // Logging settings.
 #pragma once
 
-#include "lparams/catalogue/variants.h"
+#include "lparams/catalogue/shared_variants.h"
 #include "lparams/params/enum_param.h"
 #include "lparams/params/numeric_param.h"
 
 namespace LPARAMS::Server {
+
+// The values travel on the bridge and the names stand in settings files: do not change the value or
+// the name of an existing row.
+// clang-format off
+
+/// Character sets of log text.
+/// The values are fixed character-set codes; UTF-8 is last although its code is the smallest.
+enum Encoding : int32_t {
+  CONVI_KOI8R = 7,
+  CONVI_DOS   = 8,
+  CONVI_1251  = 1251,
+  CONVI_UTF8  = 6,
+};
+inline constexpr Variant ENCODINGS_VARIANTS[] = {
+  {CONVI_KOI8R, "CONVI_KOI8R"},
+  {CONVI_DOS,   "CONVI_DOS"},
+  {CONVI_1251,  "CONVI_1251"},
+  {CONVI_UTF8,  "CONVI_UTF8"},
+  {0,           nullptr},
+};
+
+/// The language of log messages.
+enum LogLanguage : int32_t {
+  LOG_LANG_ENG = 0,
+  LOG_LANG_RUS = 1,
+};
+inline constexpr Variant LOG_LANGUAGE_VARIANTS[] = {
+  {LOG_LANG_ENG, "LOG_LANG_ENG"},
+  {LOG_LANG_RUS, "LOG_LANG_RUS"},
+  {0,            nullptr},
+};
+
+// clang-format on
 
 /// How the agent and its kernel part log, and where to.
 struct LOG_t : ParamGroup {

@@ -1,7 +1,7 @@
 // Source of the system policy, and the policy-management client.
 #pragma once
 
-#include "lparams/catalogue/variants.h"
+#include "lparams/catalogue/shared_variants.h"
 #include "lparams/params/enum_param.h"
 #include "lparams/params/line_string_param.h"
 #include "lparams/params/numeric_param.h"

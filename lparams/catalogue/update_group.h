@@ -1,12 +1,52 @@
 // Software-update settings.
 #pragma once
 
-#include "lparams/catalogue/variants.h"
 #include "lparams/params/enum_param.h"
 #include "lparams/params/line_string_param.h"
 #include "lparams/params/numeric_param.h"
 
 namespace LPARAMS::Server {
+
+// The values travel on the bridge and the names stand in settings files: do not change the value or
+// the name of an existing row.
+// clang-format off
+
+/// Who decides about updates.
+/// The values start at 13, and the scope is part of the names.
+namespace UpSrv {
+enum Setting : int32_t {
+  DISABLED = 13,
+  LSP      = 14,
+  LOCAL    = 15,
+};
+}  // namespace UpSrv
+inline constexpr Variant UPDATE_SETTING_VARIANTS[] = {
+  {UpSrv::DISABLED, "UpSrv::DISABLED"},
+  {UpSrv::LSP,      "UpSrv::LSP"},
+  {UpSrv::LOCAL,    "UpSrv::LOCAL"},
+  {0,               nullptr},
+};
+
+/// What is done with an update.
+namespace UpSrv {
+enum Mode : int32_t {
+  NO_MODE       = 0,
+  IMMEDIATELY   = 1,
+  ON_SCHEDULE   = 2,
+  DOWNLOAD_ONLY = 3,
+  NOTIFY_ONLY   = 4,
+};
+}  // namespace UpSrv
+inline constexpr Variant UPDATE_MODE_VARIANTS[] = {
+  {UpSrv::NO_MODE,       "UpSrv::NO_MODE"},
+  {UpSrv::IMMEDIATELY,   "UpSrv::IMMEDIATELY"},
+  {UpSrv::ON_SCHEDULE,   "UpSrv::ON_SCHEDULE"},
+  {UpSrv::DOWNLOAD_ONLY, "UpSrv::DOWNLOAD_ONLY"},
+  {UpSrv::NOTIFY_ONLY,   "UpSrv::NOTIFY_ONLY"},
+  {0,                    nullptr},
+};
+
+// clang-format on
 
 /// Where updates come from, when, and what is done with them.
 struct UPDATE_t : ParamGroup {

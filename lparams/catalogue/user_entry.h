@@ -1,7 +1,7 @@
 // The settings of one user.
 #pragma once
 
-#include "lparams/catalogue/variants.h"
+#include "lparams/catalogue/shared_variants.h"
 #include "lparams/params/enum_param.h"
 #include "lparams/params/line_string_param.h"
 #include "lparams/params/numeric_param.h"

@@ -2,12 +2,7 @@
 
 #include <stdexcept>
 
-#include "lparams/catalogue/admin_group.h"
-#include "lparams/catalogue/ike_group.h"
-#include "lparams/catalogue/log_group.h"
-#include "lparams/catalogue/policy_group.h"
-#include "lparams/catalogue/update_group.h"
-#include "lparams/catalogue/user_entry.h"
+#include "lparams/catalogue/catalogue.h"
 #include "tests/support/readable_bytes.h"
 
 namespace LPARAMS::Server {
@@ -160,6 +155,15 @@ const std::vector<ExpectedGroup>& expectedGroups() {
     }},
   };
   return groups;
+}
+// clang-format on
+
+// The values are on the wire and the names in settings files, so both are written out here.
+// clang-format off
+const std::vector<ExpectedTable>& expectedTables() {
+  static const std::vector<ExpectedTable> tables = {
+  };
+  return tables;
 }
 // clang-format on
 

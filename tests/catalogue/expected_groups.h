@@ -15,6 +15,18 @@ namespace LPARAMS::Server {
 
 enum class Kind { Enum, Port, UInt, Bool, Line, Secret };
 
+/// One row of a table of named values, and such a table.
+struct ExpectedVariant {
+  int value;
+  std::string name;
+};
+
+struct ExpectedTable {
+  const char* title;
+  const Variant* table;
+  std::vector<ExpectedVariant> rows;
+};
+
 /// One value in both encodings: behind the "=" of its line, and on the wire as hexadecimal pairs.
 struct Forms {
   std::string text;
@@ -50,6 +62,9 @@ struct ExpectedGroup {
 
 /// The five groups of the root, in its order, and the user entry.
 const std::vector<ExpectedGroup>& expectedGroups();
+
+/// Every table of named values that the catalogue uses.
+const std::vector<ExpectedTable>& expectedTables();
 
 const ExpectedGroup& expectedGroup(const std::string& name);
 
