@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "agent/base/param_words.h"
+#include "lparams/values/values.h"
 
 namespace agent {
 namespace {
@@ -16,8 +16,8 @@ struct Candidate {
 };
 
 std::vector<Candidate> candidatesFor(const Server_t& server, const std::string& name) {
-  std::vector<ParamGroup*> groups = {server.IKE, server.LOG, server.UPDATE, server.POLICY,
-                                     server.ADMIN};
+  const auto all = server.groups();
+  std::vector<ParamGroup*> groups(all.begin(), all.end());
   // The entry that is being loaded is the last one.
   if (!server.USERS->items.empty()) groups.push_back(server.USERS->items.back());
   std::vector<Candidate> found;
@@ -88,12 +88,13 @@ void LoadReport::badValue(const std::string& param, const std::string& found) {
                                ? "the value has no such name; the parameter took its default"
                                : "the value cannot be read; the parameter kept its value";
   const std::string groups = groupsOf(candidates);
-  const std::string legal = legalValuesOf(*candidates.front().param);
+  const std::string legal = legalValues(*candidates.front().param);
   if (candidates.size() > 1) {
     warn(done, {{"group", groups}, {"parameter", param}, {"text", text}, {"expected", legal}});
     return;
   }
-  const std::string value = valueOf(*candidates.front().param);
+  Param& only = *candidates.front().param;
+  const std::string value = isSecret(only) ? HIDDEN : valueText(only);
   warn(done, {{"group", groups},
               {"parameter", param},
               {"text", text},

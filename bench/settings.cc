@@ -2,51 +2,40 @@
 
 #include <stdexcept>
 
+#include "lparams/values/visit.h"
+
 namespace bench {
 namespace {
 
 using namespace LPARAMS::Server;
 
-template <typename Number>
-Setting numberOf(const Param& param) {
-  const auto& number = static_cast<const Number&>(param);
-  return {param.name, Kind::Number, number.value, {}, number.min, number.max, nullptr};
-}
-
-template <typename Text>
-Setting textOf(const Param& param) {
-  return {param.name, Kind::Text, 0, static_cast<const Text&>(param).value, 0, 0, nullptr};
-}
-
-Setting settingOf(const Param& param) {
-  switch (param.getTypeId()) {
-    case TYPE_BOOL:
-      return {param.name, Kind::Flag, static_cast<const BoolParam&>(param).value, {}, 0,
-              1,          nullptr};
-    case TYPE_USHORT:
-      return numberOf<NumericParam<unsigned short, TYPE_USHORT>>(param);
-    case TYPE_UINT:
-      return numberOf<NumericParam<unsigned int, TYPE_UINT>>(param);
-    case TYPE_STRING:
-      return textOf<SimpleParam<std::string, TYPE_STRING>>(param);
-    case TYPE_SECRET:
-      return textOf<SimpleParam<std::string, TYPE_SECRET>>(param);
-    case TYPE_INT: {
-      const auto& variable = static_cast<const EnumParam&>(param);
-      for (const Variant* row = variable.variants; row->name != nullptr; ++row) {
-        if (row->value == variable.value) {
-          return {param.name, Kind::Name, 0, row->name, 0, 0, variable.variants};
-        }
-      }
-    }
+/// The parameter as plain data, by its class.
+struct Plain {
+  Setting operator()(const BoolParam& flag) const {
+    return {flag.name, Kind::Flag, flag.value, {}, 0, 1, nullptr};
   }
-  throw std::logic_error(std::string("no plain form of ") + param.name);
-}
+
+  template <typename T, int TypeId>
+  Setting operator()(const NumericParam<T, TypeId>& number) const {
+    return {number.name, Kind::Number, number.value, {}, number.min, number.max, nullptr};
+  }
+
+  Setting operator()(const EnumParam& variable) const {
+    const Variant* const row = findVariant(variable.variants, variable.value);
+    if (row == nullptr) throw std::logic_error(std::string("no plain form of ") + variable.name);
+    return {variable.name, Kind::Name, 0, row->name, 0, 0, variable.variants};
+  }
+
+  template <int TypeId>
+  Setting operator()(const SimpleParam<std::string, TypeId>& text) const {
+    return {text.name, Kind::Text, 0, text.value, 0, 0, nullptr};
+  }
+};
 
 Block blockOf(ParamGroup& group, std::string name) {
   Block block{std::move(name), {}, &group};
   for (Param* param : group.fileParams) {
-    block.settings.push_back(settingOf(*param));
+    block.settings.push_back(visit(*param, Plain()));
     block.settings.back().param = param;
   }
   return block;
@@ -56,9 +45,8 @@ Block blockOf(ParamGroup& group, std::string name) {
 
 Settings settingsOf(Server_t& root) {
   Settings settings;
-  for (Param* param : root.fileParams) {
-    if (param->getTypeId() != TYPE_GROUP) continue;
-    settings.groups.push_back(blockOf(static_cast<ParamGroup&>(*param), param->name));
+  for (ParamGroup* group : root.groups()) {
+    if (group != root.USERS) settings.groups.push_back(blockOf(*group, group->name));
   }
   for (USER_t* user : root.USERS->items) {
     const auto number = std::to_string(settings.users.size());

@@ -2,10 +2,10 @@
 #include <istream>
 #include <span>
 
+#include "client/assignment.h"
 #include "client/commands.h"
 #include "client/failure.h"
 #include "client/settings.h"
-#include "client/values.h"
 
 namespace client {
 namespace {
@@ -20,7 +20,7 @@ struct Change {
 /// A hidden secret stays what it is, so that the output of `show` can be taken back.
 void apply(const Change& change, Param& param) {
   if (isSecret(param) && change.assignment.value == HIDDEN) return;
-  setValue(param, change.assignment.value, change.assignment.name);
+  assign(param, change.assignment.value, change.assignment.name);
 }
 
 /// Checks everything but that an entry exists.

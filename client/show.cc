@@ -1,9 +1,8 @@
 #include <ostream>
 
 #include "client/commands.h"
-#include "client/quote.h"
 #include "client/settings.h"
-#include "client/values.h"
+#include "lparams/values/values.h"
 #include "text/escape.h"
 
 namespace client {

@@ -1,10 +1,10 @@
 #include <algorithm>
 #include <memory>
 
+#include "client/assignment.h"
 #include "client/commands.h"
 #include "client/failure.h"
 #include "client/settings.h"
-#include "client/values.h"
 #include "text/escape.h"
 
 namespace client {
@@ -37,10 +37,10 @@ USER_t* findUser(const ParamVector<USER_t>& users, const std::string& nameOrInde
 
 void addUser(Store& store, const std::string& name, const std::vector<std::string>& fields) {
   auto user = std::make_unique<USER_t>();
-  setValue(user->NAME, name, "NAME");
+  assign(user->NAME, name, "NAME");
   for (const std::string& field : fields) {
     const Assignment assignment = parseAssignment(field);
-    setValue(wireMember(*user, assignment.name, user->name), assignment.value, assignment.name);
+    assign(wireMember(*user, assignment.name, user->name), assignment.value, assignment.name);
   }
   if (user->NAME.value.empty()) refuse("a user needs a name");
 

@@ -2,17 +2,12 @@
 // know of it, taken from the objects as they are built. `./dev catalogue` runs it.
 #include <algorithm>
 #include <iostream>
-#include <sstream>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 
-#include "lparams/catalogue/admin_group.h"
-#include "lparams/catalogue/ike_group.h"
-#include "lparams/catalogue/log_group.h"
-#include "lparams/catalogue/policy_group.h"
-#include "lparams/catalogue/update_group.h"
-#include "lparams/catalogue/user_entry.h"
+#include "lparams/catalogue/catalogue.h"
+#include "lparams/values/values.h"
+#include "lparams/values/visit.h"
 
 namespace LPARAMS::Server {
 namespace {
@@ -28,79 +23,47 @@ test compares it. How to add a row: [README](../README.md).
 - **Limits** are inclusive. A load of the settings file moves a number to the nearer one; the bridge
   takes every value as it stands, so a client checks before it sends. The numbers behind the names
   are what the bridge carries.
+- **Meaning** is empty where the name has to say it.
 )";
 
 std::string code(std::string_view text) {
   return text.empty() ? "empty" : std::string("`").append(text).append("`");
 }
 
-template <typename Numeric>
-std::string rangeOf(const Param& param) {
-  const auto& number = static_cast<const Numeric&>(param);
-  return std::to_string(number.min) + " to " + std::to_string(number.max);
-}
-
-std::string namesOf(const Param& param) {
-  std::string names;
-  for (const Variant* row = static_cast<const EnumParam&>(param).variants; row->name != nullptr;
-       ++row) {
-    if (!names.empty()) names += ", ";
-    names += code(row->name) + " " + std::to_string(row->value);
-  }
-  return names;
-}
-
-/// What a reader of the catalogue wants to know of a class.
-struct Kind {
-  std::string className;
-  std::string limits;
+struct ClassName {
+  std::string operator()(const BoolParam&) const { return "BoolParam"; }
+  std::string operator()(const PortParam&) const { return "PortParam"; }
+  std::string operator()(const UIntParam&) const { return "UIntParam"; }
+  std::string operator()(const EnumParam&) const { return "EnumParam"; }
+  std::string operator()(const StStParam&) const { return "StStParam"; }
+  std::string operator()(const QcdSParam&) const { return "QcdSParam"; }
 };
 
-/// The type identifier stands for the class.
-Kind kindOf(const Param& param) {
-  switch (param.getTypeId()) {
-    case TYPE_BOOL:
-      return {"BoolParam", "0, 1"};
-    case TYPE_USHORT:
-      return {"PortParam", rangeOf<PortParam>(param)};
-    case TYPE_UINT:
-      return {"UIntParam", rangeOf<UIntParam>(param)};
-    case TYPE_INT:
-      return {"EnumParam", namesOf(param)};
-    case TYPE_MASK:
-      return {"MaskParam", "any of " + namesOf(param)};
-    case TYPE_STRING:
-      return {"StStParam", "one line of text"};
-    case TYPE_SECRET:
-      return {"QcdSParam", "one line of text, a secret"};
-    default:
-      throw std::logic_error(std::string("add the class of this one here: ") + param.name);
+struct Limits {
+  std::string operator()(const EnumParam& param) const {
+    std::string names;
+    for (const Variant* row = param.variants; row->name != nullptr; ++row) {
+      if (!names.empty()) names += ", ";
+      names += code(row->name) + " " + std::to_string(row->value);
+    }
+    return names;
   }
-}
-
-/// The value as the settings file has it behind the "=".
-std::string textOf(Param& param) {
-  std::ostringstream line;
-  (void)param.save(line, 0);
-  const std::string text = std::move(line).str();
-  const size_t begin = text.find('=') + 1;
-  return text.substr(begin, text.size() - begin - 1);
-}
+  std::string operator()(const Param& param) const { return legalValues(param); }
+};
 
 bool travels(const ParamGroup& group, const Param* param) {
   return std::ranges::find(group.wireParams, param) != group.wireParams.end();
 }
 
-void printGroup(const ParamGroup& group, std::string_view remark) {
-  std::cout << "\n## " << group.name << "\n\n" << remark << "\n\n";
-  std::cout << "| # | Name | Class | Type identifier | Default | Limits, or names and numbers | "
-               "Where |\n|---|---|---|---|---|---|---|\n";
+void printGroup(const ParamGroup& group) {
+  std::cout << "| # | Name | Meaning | Class | Type identifier | Default | Limits, or names and "
+               "numbers | Where |\n|---|---|---|---|---|---|---|---|\n";
   int row = 0;
   for (Param* param : group.fileParams) {
-    const Kind kind = kindOf(*param);
-    std::cout << "| " << ++row << " | " << code(param->name) << " | " << kind.className << " | "
-              << param->getTypeId() << " | " << code(textOf(*param)) << " | " << kind.limits
-              << " | " << (travels(group, param) ? "file and bridge" : "file only") << " |\n";
+    std::cout << "| " << ++row << " | " << code(param->name) << " | " << meaningOf(*param) << " | "
+              << visit(*param, ClassName()) << " | " << param->getTypeId() << " | "
+              << code(valueText(*param)) << " | " << visit(*param, Limits()) << " | "
+              << (travels(group, param) ? "file and bridge" : "file only") << " |\n";
   }
 }
 
@@ -108,12 +71,17 @@ void printGroup(const ParamGroup& group, std::string_view remark) {
 
 void printCatalogue() {
   std::cout << PREFACE;
-  printGroup(IKE_t(), "Key exchange and IPsec.");
-  printGroup(LOG_t(), "Logging.");
-  printGroup(UPDATE_t(), "Software update.");
-  printGroup(POLICY_t(), "The source of the system policy, and the policy-management client.");
-  printGroup(ADMIN_t(), "Administration.");
-  printGroup(USER_t(), "An entry of the list `USERS`, which travels as a count and its entries.");
+  const Catalogue catalogue;
+  for (const ParamGroup* group : catalogue.groups()) {
+    std::cout << "\n## " << group->name << "\n\n";
+    if (group == catalogue.USERS) {
+      std::cout << "A list, which travels as a count and its entries. Of each entry, a `"
+                << USER_t::GROUP_NAME << "`:\n\n";
+      printGroup(USER_t());
+    } else {
+      printGroup(*group);
+    }
+  }
 }
 
 }  // namespace LPARAMS::Server

@@ -3,32 +3,23 @@
 
 #include <cstddef>
 #include <string>
-#include <string_view>
-
-#include "lparams/server.h"
 
 namespace agent {
 
-/// Decodes the whole input of a write command against the parameters of the module: exact length,
-/// numbers within their limits, named values only, no control characters in strings (a newline
-/// would write other settings into the file), no more users than allowed.
+/// Decodes the whole input of a write command as the module does, into a catalogue that is thrown
+/// away: exact length, numbers within their limits, named values only, no control characters in
+/// strings (a newline would write other settings into the file), no more users than allowed.
+/// Thread-safe.
 class RecordCheck {
  public:
-  /// REQUIRES: outlived by the module; built before the first command.
-  RecordCheck(LPARAMS::Server::Server_t& server, size_t maxUsers);
-  ~RecordCheck();
-
-  RecordCheck(const RecordCheck&) = delete;
-  RecordCheck& operator=(const RecordCheck&) = delete;
+  explicit RecordCheck(size_t maxUsers) : maxUsers_(maxUsers) {}
 
   /// Why the input must not be written: the parameter, its value and what would be right; empty if
-  /// it may. Thread-safe.
-  std::string refusal(std::string_view input) const;
+  /// it may.
+  std::string refusal(const std::string& input) const;
 
  private:
-  const LPARAMS::Server::Server_t& server_;
   const size_t maxUsers_;
-  LPARAMS::Server::USER_t* const user_;  // owned; what an entry of the list consists of
 };
 
 }  // namespace agent

@@ -73,12 +73,13 @@ TEST_F(LoadReportTest, FileThatWasNotReadToItsEnd) {
 
 TEST_F(LoadReportTest, BadValueOfEachKindOfParameter) {
   const std::string kept = "the value cannot be read; the parameter kept its value ";
-  EXPECT_EQ(badValue("IKE_PORT", "abc"), kept +
-                                             "group=IKE parameter=IKE_PORT text=abc "
-                                             R"(expected="a number from 1 to 65535" value=500)");
-  EXPECT_EQ(badValue("EXCHANGE_TIMEOUT", ""), kept +
-                                                  R"(group=IKE parameter=EXCHANGE_TIMEOUT text="" )"
-                                                  R"(expected="a number from 5 to 600" value=60)");
+  EXPECT_EQ(badValue("IKE_PORT", "abc"),
+            kept +
+                "group=IKE parameter=IKE_PORT text=abc "
+                R"(expected="a whole number from 1 to 65535" value=500)");
+  EXPECT_EQ(badValue("EXCHANGE_TIMEOUT", ""),
+            kept + R"(group=IKE parameter=EXCHANGE_TIMEOUT text="" )"
+                   R"(expected="a whole number from 5 to 600" value=60)");
   EXPECT_EQ(badValue("FILELOG_ON", "on\r"),
             kept + R"(group=LOG parameter=FILELOG_ON text="on\x0d" expected="0 or 1" value=1)");
   EXPECT_EQ(badValue("DDP_LOGLEVEL", "loud"),
@@ -97,13 +98,13 @@ TEST_F(LoadReportTest, NameThatStandsInSeveralGroups) {
   EXPECT_EQ(badValue("PMP_TIMEOUT", "soon"),
             "the value cannot be read; the parameter kept its value "
             "group=POLICY parameter=PMP_TIMEOUT text=soon "
-            R"(expected="a number from 5 to 4294967295" value=10)")
+            R"(expected="a whole number from 5 to 4294967295" value=10)")
       << "no entry is there that it could be in";
   (void)LPARAMS::Server::listAdd(*server.USERS);
   EXPECT_EQ(badValue("PMP_TIMEOUT", "soon"),
             "the value cannot be read; the parameter kept its value "
             R"(group="POLICY or USER" parameter=PMP_TIMEOUT text=soon )"
-            R"(expected="a number from 5 to 4294967295")");
+            R"(expected="a whole number from 5 to 4294967295")");
 }
 
 TEST_F(LoadReportTest, BadValueOfAParameterThatTheAgentDoesNotKnow) {

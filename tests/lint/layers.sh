@@ -7,12 +7,13 @@ cd "$(dirname "$0")/../.."
 # Each layer, and the layers that it may include besides itself. The tests and the benchmark may
 # include all.
 model='platform lparams/params lparams/catalogue'
-module="$model lparams/interface lparams"
+module="$model lparams/interface lparams lparams/values"
 declare -A may_include=(
   [platform]=''
   [lparams/interface]=''
   [lparams/params]='platform'
   [lparams/catalogue]='platform lparams/params'
+  [lparams/values]='platform lparams/params'
   [lparams/storage]="$model lparams/interface"
   [lparams]="$model lparams/interface lparams/storage"
   [bridge]=''
@@ -22,8 +23,8 @@ declare -A may_include=(
   [agent/state]="$module agent/base"
   [agent/bridge]="$module bridge agent/base"
   [agent]="$module agent/base agent/services agent/state agent/bridge"
-  [client]="$model lparams/interface bridge text"
-  [tools]="$model"
+  [client]="$model lparams/interface lparams/values bridge text"
+  [tools]="$model lparams/values"
 )
 
 # Every folder of lparams/ and of agent/ is a layer; elsewhere only the folders at the root are.

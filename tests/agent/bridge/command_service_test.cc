@@ -116,7 +116,7 @@ TEST_F(Service, ARefusedValueChangesNothing) {
   const Reply reply = withoutEffect([&] { return module_.write(adminRecord(86401), 1); });
   EXPECT_EQ(reply.reason, Reason::IllegalValue);
   EXPECT_EQ(reply.text,
-            "ADMIN.SESSION_EXPTIME: 86401 is not legal; expected a number from 0 to 86400");
+            "ADMIN.SESSION_EXPTIME: 86401 is not legal; expected a whole number from 0 to 86400");
   EXPECT_EQ(reply.output, "");
   const std::string record = adminRecord(20);
   for (size_t size = 0; size < record.size(); ++size) {

@@ -31,7 +31,7 @@ class ServedModule {
   ServedModule() : ServedModule(Rules{}) {}
   explicit ServedModule(const Rules& rules)
       : rules_(*server().ADMIN, rules.adminGroup),
-        check_(server(), 3),
+        check_(3),
         changes_(server()),
         service_(writeTurn_, changes_, rules.acceptAny ? nullptr : &check_, [] { return "{}"; }) {}
 

@@ -103,7 +103,7 @@ TEST_F(Access, IllegalValuesAreRefused) {
   client::Settings settings;
   settings.ikeGroup.EXCHANGE_TIMEOUT.value = 601;
   EXPECT_EQ(refusedWrite(settings.ikeGroup),
-            "IKE.EXCHANGE_TIMEOUT: 601 is not legal; expected a number from 5 to 600");
+            "IKE.EXCHANGE_TIMEOUT: 601 is not legal; expected a whole number from 5 to 600");
   settings.adminGroup.ADMIN_GROUP.value = "a\nLOG_LEVEL=1";
   EXPECT_THAT(refusedWrite(settings.adminGroup),
               StartsWith("ADMIN.ADMIN_GROUP: \"a\\x0aLOG_LEVEL=1\" "));
