@@ -1,7 +1,7 @@
 // Whole groups in the file and on the wire, at their defaults and away from them.
 #include <gtest/gtest.h>
 
-#include "lparams/catalogue/admin_group.h"
+#include "lparams/catalogue/catalogue.h"
 #include "tests/catalogue/expected_groups.h"
 #include "tests/support/param_forms.h"
 #include "tests/support/readable_bytes.h"
@@ -24,15 +24,51 @@ const Forms& changedOnTheWire(const ExpectedParam& param) {
   return param.onWire ? param.changed : param.initial;
 }
 
+/// A group with a row of each class, one of them in the file only.
+struct Sample : ParamGroup {
+  Sample() : ParamGroup("SAMPLE") {}
+
+  BoolParam FLAG{*this, Label("FLAG\0"), true};
+  PortParam PORT{*this, Label("PORT\0"), {Default{500}, Range{1, 65535}}};
+  UIntParam COUNT{*this, Label("COUNT\0"), {Default{10}, Range{5, 4294967295}}, FileOnly};
+  UIntParam SIZE{*this, Label("SIZE\0"), {Default{258}, Range{0, 600}}};
+  EnumParam LEVEL{*this, Label("LEVEL\0"), {LL_DETAILS, LOG_LEVEL_VARIANTS}};
+  StStParam LINE{*this, Label("LINE\0"), "two words"};
+  QcdSParam SECRET{*this, Label("SECRET\0"), ""};
+};
+
+// Pins what the classes write, and what the tests' own builder makes of its rows.
 TEST(Encodings, ABlockAndARecordLetterByLetter) {
-  ADMIN_t admin;
-  EXPECT_EQ(savedText(admin, 1),
-            "    /ADMIN=\n"
-            "        SESSION_EXPTIME=10\n"
-            "        LOGIN_ON_SAVE_TOKEN_PASSWORD=1\n"
-            "        ADMIN_GROUP=admin\n"
-            "    end=\n");
-  EXPECT_EQ(hex(wireBytes(admin)), "0A 00 00 00 01 05 00 00 00 61 64 6D 69 6E");
+  const ExpectedGroup expected = {
+      "SAMPLE",
+      nullptr,
+      {{Kind::Bool, "FLAG", {"1", "01"}, {}},
+       {Kind::Port, "PORT", {"500", "F4 01"}, {}},
+       {Kind::UInt, "COUNT", {"10", ""}, {}, 5, 4294967295, nullptr, false},
+       {Kind::UInt, "SIZE", {"258", "02 01 00 00"}, {}},
+       {Kind::Enum, "LEVEL", {"_LL_DETAILS", "02 00 00 00"}, {}},
+       {Kind::Line, "LINE", {"two words", "09 00 00 00 74 77 6F 20 77 6F 72 64 73"}, {}},
+       {Kind::Secret, "SECRET", {"", "00 00 00 00"}, {}}}};
+  const std::string text =
+      "    /SAMPLE=\n"
+      "        FLAG=1\n"
+      "        PORT=500\n"
+      "        COUNT=10\n"
+      "        SIZE=258\n"
+      "        LEVEL=_LL_DETAILS\n"
+      "        LINE=two words\n"
+      "        SECRET=\n"
+      "    end=\n";
+  const std::string record =
+      "01 F4 01 02 01 00 00 02 00 00 00 09 00 00 00 74 77 6F 20 77 6F 72 64 73 00 00 00 00";
+  Sample sample;
+  EXPECT_EQ(savedText(sample, 1), text);
+  EXPECT_EQ(expected.text(1, initially), text);
+  EXPECT_EQ(hex(wireBytes(sample)), record);
+  EXPECT_EQ(hex(expected.record(initially)), record);
+  EXPECT_EQ(expected.shown("S", initially),
+            "S.FLAG=1\nS.PORT=500\nS.SIZE=258\nS.LEVEL=_LL_DETAILS\nS.LINE=two words\n"
+            "S.SECRET=\n");
 }
 
 TEST(Encodings, EveryGroupAtItsDefaults) {

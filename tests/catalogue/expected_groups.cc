@@ -1,6 +1,7 @@
 #include "tests/catalogue/expected_groups.h"
 
 #include <stdexcept>
+#include <utility>
 
 #include "lparams/catalogue/catalogue.h"
 #include "tests/support/readable_bytes.h"
@@ -162,6 +163,68 @@ const std::vector<ExpectedGroup>& expectedGroups() {
 // clang-format off
 const std::vector<ExpectedTable>& expectedTables() {
   static const std::vector<ExpectedTable> tables = {
+    {"LSP_SOURCE_VARIANTS", LSP_SOURCE_VARIANTS, {
+      {0, "SOURCE_DDP"}, {1, "SOURCE_FILE"}, {2, "SOURCE_PMP"}, {3, "SOURCE_TPN"},
+    }},
+    {"LOG_LEVEL_VARIANTS", LOG_LEVEL_VARIANTS, {
+      {0, "_LL_DISABLED"}, {1, "_LL_EVENTS"}, {2, "_LL_DETAILS"}, {3, "_LL_VERBOSE"},
+    }},
+    {"PMP_AUTH_VARIANTS", PMP_AUTH_VARIANTS, {
+      {0, "PMPAUTH_SIG"}, {1, "PMPAUTH_PSK"},
+    }},
+    {"PMP_AUTH_MODE_VARIANTS", PMP_AUTH_MODE_VARIANTS, {
+      {0, "PMPAUTH_MM"}, {1, "PMPAUTH_AM"},
+    }},
+    {"PMP_ID_TYPE_VARIANTS", PMP_ID_TYPE_VARIANTS, {
+      {0, "PMPID_KEY_ID"}, {5, "PMPID_KEY_ID_HEX"}, {1, "PMPID_IP"}, {2, "PMPID_DNS"},
+      {3, "PMPID_EMAIL"}, {4, "PMPID_DN"},
+    }},
+    {"UPDATE_SETTING_VARIANTS", UPDATE_SETTING_VARIANTS, {
+      {13, "UpSrv::DISABLED"}, {14, "UpSrv::LSP"}, {15, "UpSrv::LOCAL"},
+    }},
+    {"UPDATE_MODE_VARIANTS", UPDATE_MODE_VARIANTS, {
+      {0, "UpSrv::NO_MODE"}, {1, "UpSrv::IMMEDIATELY"}, {2, "UpSrv::ON_SCHEDULE"},
+      {3, "UpSrv::DOWNLOAD_ONLY"}, {4, "UpSrv::NOTIFY_ONLY"},
+    }},
+    {"ENCODINGS_VARIANTS", ENCODINGS_VARIANTS, {
+      {7, "CONVI_KOI8R"}, {8, "CONVI_DOS"}, {1251, "CONVI_1251"}, {6, "CONVI_UTF8"},
+    }},
+    {"LOG_LANGUAGE_VARIANTS", LOG_LANGUAGE_VARIANTS, {
+      {0, "LOG_LANG_ENG"}, {1, "LOG_LANG_RUS"},
+    }},
+    {"IKE_STATUS_VARIANTS", IKE_STATUS_VARIANTS, {
+      {0, "IKE_STATUS_DISABLED"}, {2, "IKE_STATUS_ENABLED"}, {1, "IKE_STATUS_RESPONDER"},
+    }},
+    {"SERVERS_POLICY_VARIANTS", SERVERS_POLICY_VARIANTS, {
+      {0, "SERVERS_POLICY_FIRST"}, {1, "SERVERS_POLICY_SEQ"}, {2, "SERVERS_POLICY_PAR2"},
+      {4, "SERVERS_POLICY_PAR4"}, {8, "SERVERS_POLICY_PAR8"},
+    }},
+    {"NATT_POLICY_VARIANTS", NATT_POLICY_VARIANTS, {
+      {0, "NATT_POLICY_DISABLED"}, {1, "NATT_POLICY_STD"}, {2, "NATT_POLICY_ALL"},
+      {3, "NATT_POLICY_OLD"}, {4, "NATT_POLICY_AUTO"}, {129, "NATT_POLICY_STD_FORCE"},
+      {130, "NATT_POLICY_ALL_FORCE"}, {131, "NATT_POLICY_OLD_FORCE"},
+      {132, "NATT_POLICY_AUTO_FORCE"},
+    }},
+    {"ERRNTF_POLICY_VARIANTS", ERRNTF_POLICY_VARIANTS, {
+      {0, "ERRNTF_POLICY_NEVER"}, {1, "ERRNTF_POLICY_1"}, {10, "ERRNTF_POLICY_10"},
+      {100, "ERRNTF_POLICY_100"}, {-1, "ERRNTF_POLICY_ALWAYS"},
+    }},
+    {"IKE2_FRAGM_VARIANTS", IKE2_FRAGM_VARIANTS, {
+      {0, "IKE2_FRAGM_DISABLED"}, {1, "IKE2_FRAGM_AUTO"}, {2, "IKE2_FRAGM_ALWAYS"},
+    }},
+    {"ANTI_REPLAY_WINDOW_SIZE_VARIANTS", ANTI_REPLAY_WINDOW_SIZE_VARIANTS, {
+      {0, "0"}, {32, "1*32"}, {64, "2*32"}, {128, "4*32"}, {256, "8*32"}, {512, "16*32"},
+    }},
+    {"TFC_PADDING_VARIANTS", TFC_PADDING_VARIANTS, {
+      {0, "TFC_PADDING_OFF"}, {1, "TFC_PADDING_ON"},
+    }},
+    {"IKECFG_DNS_MODE_VARIANTS", IKECFG_DNS_MODE_VARIANTS, {
+      {0, "IKECFG_DNS_DISABLE"}, {1, "IKECFG_DNS_ENABLE"}, {2, "IKECFG_DNS_ENABLE_BEFORE"},
+      {3, "IKECFG_DNS_ENABLE_AFTER"},
+    }},
+    {"CRL_PROC_VARIANTS", CRL_PROC_VARIANTS, {
+      {0, "CRL_DISABLE"}, {1, "CRL_ENABLE"}, {2, "CRL_ENABLE_SOFT"},
+    }},
   };
   return tables;
 }
@@ -172,6 +235,46 @@ const ExpectedGroup& expectedGroup(const std::string& name) {
     if (name == group.name) return group;
   }
   throw std::out_of_range("no group " + name);
+}
+
+ChooseForm initiallyBut(std::map<std::string, Forms> others) {
+  return [others = std::move(others)](const ExpectedParam& param) -> const Forms& {
+    const auto found = others.find(param.name);
+    return found == others.end() ? param.initial : found->second;
+  };
+}
+
+std::string expectedNamesOf(const std::string& group) {
+  std::string names;
+  for (const ExpectedParam& param : expectedGroup(group).params) {
+    if (param.onWire) names += (names.empty() ? "" : ", ") + std::string(param.name);
+  }
+  return names;
+}
+
+std::string missingReport(const std::string& group, size_t loaded) {
+  const size_t total = expectedGroup(group).params.size();
+  return "paramsMissing(" + std::to_string(total - loaded) + ", " + std::to_string(total) + ", " +
+         group + ")";
+}
+
+std::string expectedFile(const ChooseForm& choose, const std::vector<ChooseForm>& users) {
+  const ExpectedGroup& entry = expectedGroup(USER_t::GROUP_NAME);
+  std::string text = "/ROOT=\n";
+  for (const ExpectedGroup& group : expectedGroups()) {
+    if (&group != &entry) text += group.text(1, choose);
+  }
+  text += "    /USERS=\n";
+  for (const ChooseForm& user : users) text += entry.text(2, user);
+  return text + "    end=\nend=\n";
+}
+
+std::string ExpectedGroup::shown(const std::string& groupName, const ChooseForm& choose) const {
+  std::string lines;
+  for (const ExpectedParam& param : params) {
+    if (param.onWire) lines += groupName + "." + param.name + "=" + choose(param).text + "\n";
+  }
+  return lines;
 }
 
 std::string ExpectedGroup::text(int indent, const ChooseForm& choose) const {

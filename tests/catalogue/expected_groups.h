@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -49,6 +50,9 @@ using ChooseForm = std::function<const Forms&(const ExpectedParam&)>;
 inline const Forms& initially(const ExpectedParam& param) { return param.initial; }
 inline const Forms& whenChanged(const ExpectedParam& param) { return param.changed; }
 
+/// The default of every parameter but those that are named here.
+ChooseForm initiallyBut(std::map<std::string, Forms> others);
+
 struct ExpectedGroup {
   const char* name;
   std::unique_ptr<ParamGroup> (*make)();  ///< a new group at its defaults
@@ -58,15 +62,26 @@ struct ExpectedGroup {
   std::string text(int indent, const ChooseForm& choose) const;
   /// The group's bytes on the wire.
   std::string record(const ChooseForm& choose) const;
+  /// What a client shows of the group: "NAME.PARAM=value" lines of what is on the wire.
+  std::string shown(const std::string& groupName, const ChooseForm& choose) const;
 };
 
-/// The five groups of the root, in its order, and the user entry.
+/// The groups of the root but the user list, in its order, and the user entry.
 const std::vector<ExpectedGroup>& expectedGroups();
 
 /// Every table of named values that the catalogue uses.
 const std::vector<ExpectedTable>& expectedTables();
 
 const ExpectedGroup& expectedGroup(const std::string& name);
+
+/// The names of what is on the wire of the group, as messages list them: "A, B, C".
+std::string expectedNamesOf(const std::string& group);
+
+/// The report of a load that has found so many of the group's members.
+std::string missingReport(const std::string& group, size_t loaded);
+
+/// The whole settings file, with an entry of the user list for each of `users`.
+std::string expectedFile(const ChooseForm& choose, const std::vector<ChooseForm>& users = {});
 
 /// Calls check(expected, group) with a new group for each of the catalogue, at its defaults.
 template <typename Check>

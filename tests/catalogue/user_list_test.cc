@@ -55,58 +55,10 @@ TEST_F(UserListTest, AnEmptyListIsSavedAsHeadAndEnd) {
 TEST_F(UserListTest, EntriesAreSavedAsNestedBlocks) {
   listAdd(users)->NAME.value = "ann";
   listAdd(users)->PMP_TIMEOUT.value = 60;
-  const std::string rest =
-      "            LSP_SOURCE=SOURCE_DDP\n"
-      "            LSP_FILE=\n"
-      "            PMP_SERVERS=\n"
-      "            PMP_LOGLEVEL=_LL_EVENTS\n"
-      "            PMP_AUTH=PMPAUTH_SIG\n"
-      "            PMP_AUTH_MODE=PMPAUTH_MM\n"
-      "            PMP_IDTYPE=PMPID_KEY_ID\n"
-      "            PMP_IDDATA=\n";
-  const std::string end =
-      "            PMP_CERT_SUBJECT=\n"
-      "            PMP_PSK_NAME=\n"
-      "        end=\n";
+  const ExpectedGroup& user = expectedGroup("USER");
   EXPECT_EQ(savedText(users, 1),
-            "    /USERS=\n"
-            "        /USER=\n"
-            "            NAME=ann\n" +
-                rest + "            PMP_TIMEOUT=10\n" + end +
-                "        /USER=\n"
-                "            NAME=\n" +
-                rest + "            PMP_TIMEOUT=60\n" + end + "    end=\n");
-}
-
-TEST_F(UserListTest, EveryLineIsFlushedWhenItIsComplete) {
-  class FlushedLines : public std::stringbuf {
-   public:
-    std::vector<std::string> lines;
-
-   private:
-    int sync() override {
-      lines.push_back(str().substr(flushed_));
-      flushed_ = str().size();
-      return 0;
-    }
-    size_t flushed_ = 0;
-  };
-  const auto linesOf = [&] {
-    FlushedLines buffer;
-    std::ostream os(&buffer);
-    EXPECT_TRUE(users.save(os, 1));
-    return buffer.lines;
-  };
-  EXPECT_THAT(linesOf(), ElementsAre("    /USERS=\n", "    end=\n"));
-
-  listAdd(users);
-  listAdd(users);
-  const std::vector<std::string> lines = linesOf();
-  ASSERT_EQ(lines.size(), 2u + 2 * (2 + users.items.front()->fileParams.size()));
-  EXPECT_EQ(lines.front(), "    /USERS=\n");
-  EXPECT_EQ(lines[1], "        /USER=\n");
-  EXPECT_EQ(lines.back(), "    end=\n");
-  for (const std::string& line : lines) EXPECT_EQ(line.find('\n'), line.size() - 1) << line;
+            "    /USERS=\n" + user.text(2, initiallyBut({{"NAME", {"ann", ""}}})) +
+                user.text(2, initiallyBut({{"PMP_TIMEOUT", {"60", ""}}})) + "    end=\n");
 }
 
 TEST_F(UserListTest, ThreeBlocksLoadAsThreeEntriesInFileOrder) {
@@ -133,8 +85,7 @@ TEST_F(UserListTest, MembersOfAnEntryMayBeMissing) {
   ActiveLoadLog log;
   EXPECT_TRUE(loadText(users, "\n/USER=\nNAME=ann\nend=\nUSER=\nend=\nend=\n"));
   EXPECT_THAT(names(), ElementsAre("ann", ""));
-  EXPECT_THAT(log.reports,
-              ElementsAre("paramsMissing(11, 12, USER)", "paramsMissing(12, 12, USER)"));
+  EXPECT_THAT(log.reports, ElementsAre(missingReport("USER", 1), missingReport("USER", 0)));
 }
 
 TEST_F(UserListTest, KeysOtherThanUserAreUnknown) {

@@ -48,23 +48,10 @@ TEST_F(UserListWireTest, AnEmptyListIsItsCountAlone) {
   EXPECT_EQ(hex(wireBytes(users)), "00 00 00 00");
 }
 
-TEST_F(UserListWireTest, AnEntryLetterByLetter) {
-  USER_t* entry = listAdd(users);
-  entry->NAME.value = "ann";
-  EXPECT_EQ(hex(wireBytes(users)),
-            "01 00 00 00 "
-            "03 00 00 00 61 6E 6E "  // NAME
-            "00 00 00 00 "           // LSP_SOURCE
-            "00 00 00 00 "           // LSP_FILE
-            "00 00 00 00 "           // PMP_SERVERS
-            "01 00 00 00 "           // PMP_LOGLEVEL
-            "00 00 00 00 "           // PMP_AUTH
-            "00 00 00 00 "           // PMP_AUTH_MODE
-            "00 00 00 00 "           // PMP_IDTYPE
-            "00 00 00 00 "           // PMP_IDDATA
-            "0A 00 00 00 "           // PMP_TIMEOUT
-            "00 00 00 00 "           // PMP_CERT_SUBJECT
-            "00 00 00 00");          // PMP_PSK_NAME
+TEST_F(UserListWireTest, AnEntryIsItsRecord) {
+  listAdd(users)->NAME.value = "ann";
+  const std::string named = user.record(initiallyBut({{"NAME", {"ann", "03 00 00 00 61 6E 6E"}}}));
+  EXPECT_EQ(hex(wireBytes(users)), "01 00 00 00 " + hex(named));
 }
 
 TEST_F(UserListWireTest, EntriesAreWrittenAndReadInListOrder) {

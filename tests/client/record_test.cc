@@ -5,12 +5,15 @@
 #include <string>
 
 #include "client/settings.h"
+#include "tests/catalogue/expected_groups.h"
 #include "tests/client/failure_message.h"
 #include "tests/support/param_forms.h"
 #include "tests/support/readable_bytes.h"
 
 namespace client {
 namespace {
+
+using namespace LPARAMS::Server;
 
 using client_testing::failureOf;
 using testing_support::hex;
@@ -30,15 +33,16 @@ TEST(ClientRecord, FollowsTheName) {
   Settings settings;
   settings.adminGroup.SESSION_EXPTIME.value = 0x1234;
   EXPECT_EQ(hex(encodeRecord(settings.adminGroup)),
-            "05 00 00 00 41 44 4D 49 4E "
-            "34 12 00 00 "
-            "01 "
-            "05 00 00 00 61 64 6D 69 6E");
+            "05 00 00 00 41 44 4D 49 4E " + hex(expectedGroup("ADMIN").record(initiallyBut(
+                                                {{"SESSION_EXPTIME", {"", "34 12 00 00"}}}))));
 }
 
 TEST(ClientRecord, FillsTheGroup) {
   Settings settings;
-  EXPECT_EQ(decoding(settings.adminGroup, unhex("07 00 00 00 00 03 00 00 00 6F 70 73")),
+  EXPECT_EQ(decoding(settings.adminGroup, expectedGroup("ADMIN").record(initiallyBut(
+                                              {{"SESSION_EXPTIME", {"", "07 00 00 00"}},
+                                               {"LOGIN_ON_SAVE_TOKEN_PASSWORD", {"", "00"}},
+                                               {"ADMIN_GROUP", {"", "03 00 00 00 6F 70 73"}}}))),
             "no failure");
   EXPECT_EQ(settings.adminGroup.SESSION_EXPTIME.value, 7U);
   EXPECT_FALSE(settings.adminGroup.LOGIN_ON_SAVE_TOKEN_PASSWORD.value);

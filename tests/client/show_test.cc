@@ -1,10 +1,12 @@
 // The commands "show" and "get", as a user runs them.
 #include <gtest/gtest.h>
 
+#include <map>
 #include <string>
 #include <vector>
 
 #include "client/settings.h"
+#include "tests/catalogue/expected_groups.h"
 #include "tests/client/client_process.h"
 #include "tests/client/scripted_agent.h"
 #include "tests/support/param_forms.h"
@@ -13,8 +15,8 @@
 namespace client_testing {
 namespace {
 
+using namespace LPARAMS::Server;
 using client::Settings;
-using testing_support::unhex;
 using testing_support::wireBytes;
 using Commands = std::vector<std::string>;
 
@@ -24,69 +26,34 @@ std::string ikeWithSecret() {
   return wireBytes(settings.ikeGroup);
 }
 
-constexpr const char* LOG_LINES =
-    "LOG.LOG_LEVEL=_LL_EVENTS\n"
-    "LOG.LOG_LEVEL_KERNEL=_LL_EVENTS\n"
-    "LOG.FILELOG_ON=1\n"
-    "LOG.MAX_LOG_SIZE=10485760\n"
-    "LOG.BACKUP_DEPTH=5\n"
-    "LOG.SYSLOG_ON=0\n"
-    "LOG.ENCODING_FROM=CONVI_UTF8\n"
-    "LOG.ENCODING_TO=CONVI_UTF8\n"
-    "LOG.FACILITY=0\n"
-    "LOG.LANGUAGE=LOG_LANG_ENG\n"
-    "LOG.WALL_ON=1\n"
-    "LOG.VERBOSE_MODE_ON=0\n"
-    "LOG.VERBOSE_MODE_ON_KERNEL=0\n"
-    "LOG.SYSLOG_SINGLELINE=0\n";
+/// What is shown of a group, at its defaults but for these.
+std::string shown(const char* group, const std::map<std::string, Forms>& others = {}) {
+  return expectedGroup(group).shown(group, initiallyBut(others));
+}
 
-constexpr const char* IKE_LINES_BEFORE_THE_SECRET =
-    "IKE.IKE1_STATUS=IKE_STATUS_ENABLED\n"
-    "IKE.IKE2_STATUS=IKE_STATUS_ENABLED\n"
-    "IKE.IKE_PORT=500\n"
-    "IKE.NATT_PORT=4500\n"
-    "IKE.EXCHANGE_TIMEOUT=60\n"
-    "IKE.SHORT_EXCHANGE_TIMEOUT=5\n"
-    "IKE.MAX_HALFOPEN=64\n"
-    "IKE.WNDSIZE_INITIATOR=4\n"
-    "IKE.WNDSIZE_RESPONDER=4\n"
-    "IKE.SERVERS_POLICY=SERVERS_POLICY_SEQ\n"
-    "IKE.NATT_POLICY=NATT_POLICY_STD\n"
-    "IKE.ERRNTF_POLICY=ERRNTF_POLICY_10\n"
-    "IKE.IKE1_FRAGM_ENABLED=1\n"
-    "IKE.IKE2_FRAGMENTATION=IKE2_FRAGM_AUTO\n"
-    "IKE.IKE_LIFETIME_JITTER=1\n"
-    "IKE.IPSEC_LIFETIME_JITTER=1\n";
+std::string replaced(std::string text, const std::string& from, const std::string& to) {
+  return text.replace(text.find(from), from.size(), to);
+}
 
-constexpr const char* IKE_LINES_BEHIND_THE_SECRET =
-    "IKE.NATKA_INTERVAL=20\n"
-    "IKE.IPSEC_PROV_TRAFFIC=2048\n"
-    "IKE.IPSEC_DELAYED_DELETE_IN_SA=5\n"
-    "IKE.IPSEC_ANTI_REPLAY_WINDOW=2*32\n"
-    "IKE.IPSEC_TFC_PADDING=TFC_PADDING_OFF\n"
-    "IKE.PERSISTENT_SA=0\n"
-    "IKE.IKECFG_DNS=IKECFG_DNS_ENABLE_BEFORE\n"
-    "IKE.CRL_PROCESSING=CRL_DISABLE\n";
+std::string shownIke(const char* secret) { return shown("IKE", {{"QCD_SECRET", {secret, ""}}}); }
 
 TEST(ClientShow, PrintsOneGroup) {
   Settings settings;
   ScriptedAgent agent({done(wireBytes(settings.logGroup))});
-  EXPECT_EQ(runClient({"--socket", agent.socketPath, "show", "LOG"}), printed(LOG_LINES));
+  EXPECT_EQ(runClient({"--socket", agent.socketPath, "show", "LOG"}), printed(shown("LOG")));
   EXPECT_EQ(agent.commands(), Commands{"read LOG"});
 }
 
 TEST(ClientShow, HidesSecretsAndLeavesOutWhatStaysInTheFile) {
   ScriptedAgent agent({done(ikeWithSecret())});
   EXPECT_EQ(runClient({"--socket", agent.socketPath, "show", "IKE"}),
-            printed(std::string(IKE_LINES_BEFORE_THE_SECRET) + "IKE.QCD_SECRET=(hidden)\n" +
-                    IKE_LINES_BEHIND_THE_SECRET));
+            printed(shownIke("(hidden)")));
 }
 
 TEST(ClientShow, PrintsSecretsIfToldTo) {
   ScriptedAgent agent({done(ikeWithSecret())});
   EXPECT_EQ(runClient({"show", "--secrets", "IKE", "--socket", agent.socketPath}),
-            printed(std::string(IKE_LINES_BEFORE_THE_SECRET) + "IKE.QCD_SECRET=s3cret\n" +
-                    IKE_LINES_BEHIND_THE_SECRET));
+            printed(shownIke("s3cret")));
 }
 
 TEST(ClientShow, PrintsAllGroupsInTheOrderOfTheFile) {
@@ -95,37 +62,8 @@ TEST(ClientShow, PrintsAllGroupsInTheOrderOfTheFile) {
                        done(wireBytes(settings.updateGroup)), done(wireBytes(settings.policyGroup)),
                        done(wireBytes(settings.adminGroup)), done(wireBytes(settings.userList))});
   EXPECT_EQ(runClient({"--socket", agent.socketPath, "show"}),
-            printed(std::string(IKE_LINES_BEFORE_THE_SECRET) + "IKE.QCD_SECRET=(hidden)\n" +
-                    IKE_LINES_BEHIND_THE_SECRET + LOG_LINES +
-                    "UPDATE.CHECK_UPDATE_INTERVAL=1800\n"
-                    "UPDATE.PATH=\n"
-                    "UPDATE.AVAILABLE_UPDATE_VERSION=\n"
-                    "UPDATE.DOWNLOADED_UPDATE_VERSION=\n"
-                    "UPDATE.UPDATE_VERSION=\n"
-                    "UPDATE.SCHEDULE=\n"
-                    "UPDATE.SETTING=UpSrv::DISABLED\n"
-                    "UPDATE.URL=\n"
-                    "UPDATE.MODE=UpSrv::NOTIFY_ONLY\n"
-                    "UPDATE.AVAILABLE_UPDATE_NAME=\n"
-                    "UPDATE.DOWNLOAD_PATH=\n"
-                    "UPDATE.UPDATE_URI=\n"
-                    "UPDATE.VERIFY_DOWNLOADS=1\n"
-                    "POLICY.SYSTEM_LSP_SOURCE=SOURCE_DDP\n"
-                    "POLICY.SYSTEM_LSP_FROM_FILE=\n"
-                    "POLICY.PMP_SERVERS=\n"
-                    "POLICY.PMP_LOGLEVEL=_LL_EVENTS\n"
-                    "POLICY.PMP_AUTH=PMPAUTH_SIG\n"
-                    "POLICY.PMP_AUTH_MODE=PMPAUTH_MM\n"
-                    "POLICY.PMP_IDTYPE=PMPID_KEY_ID\n"
-                    "POLICY.PMP_IDDATA=\n"
-                    "POLICY.LOCAL_CERT_SUBJECT=\n"
-                    "POLICY.PSK_NAME=\n"
-                    "POLICY.PMP_TIMEOUT=10\n"
-                    "POLICY.DDP_LOGLEVEL=_LL_DISABLED\n"
-                    "ADMIN.SESSION_EXPTIME=10\n"
-                    "ADMIN.LOGIN_ON_SAVE_TOKEN_PASSWORD=1\n"
-                    "ADMIN.ADMIN_GROUP=admin\n"
-                    "# USERS (no entries)\n"));
+            printed(shownIke("(hidden)") + shown("LOG") + shown("UPDATE") + shown("POLICY") +
+                    shown("ADMIN") + "# USERS (no entries)\n"));
   EXPECT_EQ(agent.commands(), (Commands{"read IKE", "read LOG", "read UPDATE", "read POLICY",
                                         "read ADMIN", "read USERS"}));
 }
@@ -138,43 +76,23 @@ TEST(ClientShow, PrintsNothingIfOneGroupIsRefused) {
 }
 
 TEST(ClientShow, NumbersTheUsers) {
+  const ExpectedGroup& user = expectedGroup("USER");
   Settings settings;
   listAdd(settings.userList)->NAME.value = "anna";
   listAdd(settings.userList)->PMP_AUTH.value = 1;
   ScriptedAgent agent({done(wireBytes(settings.userList))});
   EXPECT_EQ(runClient({"--socket", agent.socketPath, "show", "USERS"}),
-            printed("USERS[0].NAME=anna\n"
-                    "USERS[0].LSP_SOURCE=SOURCE_DDP\n"
-                    "USERS[0].LSP_FILE=\n"
-                    "USERS[0].PMP_SERVERS=\n"
-                    "USERS[0].PMP_LOGLEVEL=_LL_EVENTS\n"
-                    "USERS[0].PMP_AUTH=PMPAUTH_SIG\n"
-                    "USERS[0].PMP_AUTH_MODE=PMPAUTH_MM\n"
-                    "USERS[0].PMP_IDTYPE=PMPID_KEY_ID\n"
-                    "USERS[0].PMP_IDDATA=\n"
-                    "USERS[0].PMP_TIMEOUT=10\n"
-                    "USERS[0].PMP_CERT_SUBJECT=\n"
-                    "USERS[0].PMP_PSK_NAME=\n"
-                    "USERS[1].NAME=\n"
-                    "USERS[1].LSP_SOURCE=SOURCE_DDP\n"
-                    "USERS[1].LSP_FILE=\n"
-                    "USERS[1].PMP_SERVERS=\n"
-                    "USERS[1].PMP_LOGLEVEL=_LL_EVENTS\n"
-                    "USERS[1].PMP_AUTH=PMPAUTH_PSK\n"
-                    "USERS[1].PMP_AUTH_MODE=PMPAUTH_MM\n"
-                    "USERS[1].PMP_IDTYPE=PMPID_KEY_ID\n"
-                    "USERS[1].PMP_IDDATA=\n"
-                    "USERS[1].PMP_TIMEOUT=10\n"
-                    "USERS[1].PMP_CERT_SUBJECT=\n"
-                    "USERS[1].PMP_PSK_NAME=\n"));
+            printed(user.shown("USERS[0]", initiallyBut({{"NAME", {"anna", ""}}})) +
+                    user.shown("USERS[1]", initiallyBut({{"PMP_AUTH", {"PMPAUTH_PSK", ""}}}))));
 }
 
 TEST(ClientShow, MakesACommentOfAValueThatWouldBreakItsLine) {
-  ScriptedAgent agent({done(unhex("0A 00 00 00 01 05 00 00 00 61 0A 62 1B 5C"))});
+  Settings settings;
+  settings.adminGroup.ADMIN_GROUP.value = "a\nb\x1B\\";
+  ScriptedAgent agent({done(wireBytes(settings.adminGroup))});
   EXPECT_EQ(runClient({"--socket", agent.socketPath, "show", "ADMIN"}),
-            printed("ADMIN.SESSION_EXPTIME=10\n"
-                    "ADMIN.LOGIN_ON_SAVE_TOKEN_PASSWORD=1\n"
-                    "# ADMIN.ADMIN_GROUP=\"a\\x0ab\\x1b\\\\\"\n"));
+            printed(replaced(shown("ADMIN"), "ADMIN.ADMIN_GROUP=admin\n",
+                             "# ADMIN.ADMIN_GROUP=\"a\\x0ab\\x1b\\\\\"\n")));
 }
 
 TEST(ClientShow, UnknownGroupIsNotAskedFor) {

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "client/settings.h"
+#include "tests/catalogue/expected_groups.h"
 #include "tests/client/client_process.h"
 #include "tests/client/scripted_agent.h"
 #include "tests/support/param_forms.h"
@@ -13,6 +14,7 @@
 namespace client_testing {
 namespace {
 
+using namespace LPARAMS::Server;
 using testing_support::hex;
 using testing_support::wireBytes;
 using Commands = std::vector<std::string>;
@@ -41,20 +43,12 @@ TEST(ClientUserAdd, BytesOfTheFirstEntry) {
   EXPECT_EQ(
       runUser(agent, {"add", "bo", "PMP_AUTH=pmpauth_psk", "PMP_PSK_NAME=k", "PMP_TIMEOUT=6"}),
       printed(""));
-  EXPECT_EQ(agent.commands(), (Commands{"read USERS",
-                                        "write USERS 01 00 00 00 "  // how many entries
-                                        "02 00 00 00 62 6F "        // NAME
-                                        "00 00 00 00 "              // LSP_SOURCE
-                                        "00 00 00 00 "              // LSP_FILE
-                                        "00 00 00 00 "              // PMP_SERVERS
-                                        "01 00 00 00 "              // PMP_LOGLEVEL
-                                        "01 00 00 00 "              // PMP_AUTH
-                                        "00 00 00 00 "              // PMP_AUTH_MODE
-                                        "00 00 00 00 "              // PMP_IDTYPE
-                                        "00 00 00 00 "              // PMP_IDDATA
-                                        "06 00 00 00 "              // PMP_TIMEOUT
-                                        "00 00 00 00 "              // PMP_CERT_SUBJECT
-                                        "01 00 00 00 6B"}));        // PMP_PSK_NAME
+  const std::string record =
+      expectedGroup("USER").record(initiallyBut({{"NAME", {"bo", "02 00 00 00 62 6F"}},
+                                                 {"PMP_AUTH", {"PMPAUTH_PSK", "01 00 00 00"}},
+                                                 {"PMP_TIMEOUT", {"6", "06 00 00 00"}},
+                                                 {"PMP_PSK_NAME", {"k", "01 00 00 00 6B"}}}));
+  EXPECT_EQ(agent.commands(), (Commands{"read USERS", "write USERS 01 00 00 00 " + hex(record)}));
 }
 
 TEST(ClientUserAdd, NameMayBeThatOfACommand) {
@@ -72,7 +66,7 @@ TEST(ClientUserAdd, TakenNameIsRefused) {
 TEST(ClientUserAdd, OneMistakeAndTheListIsNotAskedFor) {
   const struct {
     std::vector<std::string> arguments;
-    const char* message;
+    std::string message;
   } ROWS[] = {
       {{"add", ""}, "a user needs a name"},
       {{"add", "a\nb"}, R"(NAME: "a\x0ab" is not one line of text without control characters)"},
@@ -80,9 +74,7 @@ TEST(ClientUserAdd, OneMistakeAndTheListIsNotAskedFor) {
        "PMP_TIMEOUT: \"1\" is not a whole number from 5 to 4294967295"},
       {{"add", "anna", "PMP_TIMEOUT"}, "an assignment has no \"=\"; write NAME=VALUE"},
       {{"add", "anna", "USERS[0].PMP_TIMEOUT=9"},
-       "USER has no parameter \"USERS[0].PMP_TIMEOUT\"; it has NAME, LSP_SOURCE, LSP_FILE, "
-       "PMP_SERVERS, PMP_LOGLEVEL, PMP_AUTH, PMP_AUTH_MODE, PMP_IDTYPE, PMP_IDDATA, PMP_TIMEOUT, "
-       "PMP_CERT_SUBJECT, PMP_PSK_NAME"},
+       "USER has no parameter \"USERS[0].PMP_TIMEOUT\"; it has " + expectedNamesOf("USER")},
   };
   for (const auto& row : ROWS) {
     ScriptedAgent agent({done(recordOf({})), done()});

@@ -1,6 +1,7 @@
 // What becomes of the settings of earlier versions: the tables of old names and values.
 #include <gmock/gmock.h>
 
+#include "tests/catalogue/expected_groups.h"
 #include "tests/module/loaded_module.h"
 #include "tests/support/recording_load_log.h"
 
@@ -47,7 +48,7 @@ class LegacyImport : public ModuleTest {
   POLICY_t& policy() { return *root().POLICY; }
   int nattPolicy() { return root().IKE->NATT_POLICY.value; }
 
-  const std::string defaults = readFile(SOURCE_DIR "/tests/storage/data/defaults.ini");
+  const std::string defaults = LPARAMS::Server::expectedFile(LPARAMS::Server::initially);
 };
 
 TEST_F(LegacyImport, ConvertsTheNatTraversalPolicy) {

@@ -7,6 +7,7 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "tests/catalogue/expected_groups.h"
 #include "tests/module/call_log.h"
 #include "tests/module/child_process.h"
 #include "tests/module/failing_allocation.h"
@@ -67,7 +68,7 @@ TEST_F(ReaderBreaksOff, AtTheEndOfTheFileInsideABlock) {
       {"/ROOT=\n/LOG=\nLOG_LEVEL=_LL_DETAILS\n", {"paramFailed(\"LOG\", ROOT)"}},
       {"/ROOT=\n/LOG=\nLOG_LEVEL=_LL_DETAILS", {"paramFailed(\"LOG\", ROOT)"}},
       // The end of the block is there, but it is that of LOG, and the root goes on.
-      {"/ROOT=\n/LOG=\nLOG_LEVEL=_LL_DETAILS\nend=\n", {"paramsMissing(13, 14, LOG)"}},
+      {"/ROOT=\n/LOG=\nLOG_LEVEL=_LL_DETAILS\nend=\n", {LPARAMS::Server::missingReport("LOG", 1)}},
       {"/ROOT=\n/USERS=\n/USER=\nNAME=anna\n",
        {"paramFailed(\"USER\", USERS)", "paramFailed(\"USERS\", ROOT)"}},
       {"/ROOT=\n/UNKNOWN=\nX=1\n",

@@ -1,6 +1,7 @@
 // Loading the settings file: what counts as one, what is reported, and what stays as it was.
 #include <gmock/gmock.h>
 
+#include "tests/catalogue/expected_groups.h"
 #include "tests/module/call_log.h"
 #include "tests/module/loaded_module.h"
 #include "tests/support/recording_load_log.h"
@@ -13,9 +14,11 @@ using testing_support::RecordingLoadLog;
 namespace host {
 namespace {
 
+using namespace LPARAMS::Server;
+
 const std::string BYTE_ORDER_MARK = "\xEF\xBB\xBF";
-const std::string DEFAULTS = SOURCE_DIR "/tests/storage/data/defaults.ini";
-const std::string AWAY_FROM_DEFAULTS = SOURCE_DIR "/tests/storage/data/away_from_defaults.ini";
+const std::string DEFAULTS = expectedFile(initially);
+const std::string AWAY_FROM_DEFAULTS = expectedFile(whenChanged, {whenChanged, initially});
 
 class Reader : public ModuleTest {
  protected:
@@ -32,27 +35,27 @@ class Reader : public ModuleTest {
 };
 
 TEST_F(Reader, ReadsTheFileOnceAndChangesNothingOnDisk) {
-  writeFile(settingsPath, readFile(AWAY_FROM_DEFAULTS));
+  writeFile(settingsPath, AWAY_FROM_DEFAULTS);
   const size_t descriptors = openDescriptors();
   EXPECT_THAT(callsDuring([&] { EXPECT_TRUE(root().load(&log)); }),
               ElementsAre("systemVarDir", "fopen localsettings.ini r"));
   EXPECT_EQ(openDescriptors(), descriptors);
-  EXPECT_EQ(readFile(settingsPath), readFile(AWAY_FROM_DEFAULTS));
+  EXPECT_EQ(readFile(settingsPath), AWAY_FROM_DEFAULTS);
 }
 
 TEST_F(Reader, FillsEveryGroupAndTheUserListInTheOrderOfTheFile) {
-  std::string text = readFile(AWAY_FROM_DEFAULTS);
+  std::string text = AWAY_FROM_DEFAULTS;
   text.replace(text.find("NAME=\n"), 6, "NAME=second\n");
   EXPECT_TRUE(load(text));
   EXPECT_THAT(log.reports, IsEmpty());
   EXPECT_EQ(root().rawSettings, text);
   ASSERT_EQ(root().USERS->items.size(), 2u);
-  EXPECT_EQ(root().USERS->items[0]->NAME.value, "NAME of USER");
+  EXPECT_EQ(root().USERS->items[0]->NAME.value, "a 1");
   EXPECT_EQ(root().USERS->items[1]->NAME.value, "second");
 }
 
 TEST_F(Reader, TakesTheRootsHeadWithOrWithoutAMarkAndASlash) {
-  const std::string behindHead = readFile(DEFAULTS).substr(6);  // behind "/ROOT="
+  const std::string behindHead = DEFAULTS.substr(6);  // behind "/ROOT="
   for (const std::string& head :
        {std::string("/ROOT="), std::string("ROOT="),
         BYTE_ORDER_MARK + "/ROOT=", BYTE_ORDER_MARK + "ROOT=",
@@ -106,13 +109,13 @@ TEST_F(Reader, LeavesEveryValueAtItsDefaultWhenTheRootIsEmpty) {
   for (const std::string text : {"/ROOT=\nend=\n", "/ROOT=\nend=", "/ROOT=\nend", "/ROOT=end="}) {
     EXPECT_TRUE(load(text)) << inQuotes(text);
     EXPECT_THAT(log.reports, ElementsAre("paramsMissing(6, 6, ROOT)"));
-    EXPECT_EQ(root().rawSettings, readFile(DEFAULTS));
+    EXPECT_EQ(root().rawSettings, DEFAULTS);
   }
 }
 
 TEST_F(Reader, KeepsTheValuesThatTheFileDoesNotName) {
   EXPECT_TRUE(load("/ROOT=\n/ADMIN=\nSESSION_EXPTIME=20\nend=\n/LOG=\nend=\nend=\n"));
-  EXPECT_THAT(log.reports, ElementsAre("paramsMissing(2, 3, ADMIN)", "paramsMissing(14, 14, LOG)",
+  EXPECT_THAT(log.reports, ElementsAre(missingReport("ADMIN", 1), missingReport("LOG", 0),
                                        "paramsMissing(4, 6, ROOT)"));
   EXPECT_EQ(root().ADMIN->SESSION_EXPTIME.value, 20u);
   EXPECT_EQ(root().ADMIN->ADMIN_GROUP.value, "admin");
@@ -120,12 +123,12 @@ TEST_F(Reader, KeepsTheValuesThatTheFileDoesNotName) {
 
 TEST_F(Reader, CountsABlockThatOccursTwiceTwice) {
   EXPECT_TRUE(load("/ROOT=\n/ADMIN=\nend=\n/ADMIN=\nend=\nend=\n"));
-  EXPECT_THAT(log.reports, ElementsAre("paramsMissing(3, 3, ADMIN)", "paramsMissing(3, 3, ADMIN)",
+  EXPECT_THAT(log.reports, ElementsAre(missingReport("ADMIN", 0), missingReport("ADMIN", 0),
                                        "paramsMissing(4, 6, ROOT)"));
 }
 
 TEST_F(Reader, IgnoresWhatFollowsTheRootsEnd) {
-  EXPECT_TRUE(load(readFile(DEFAULTS) + "IKE_PORT=1\n/IKE=\nIKE_PORT=2\n/UNKNOWN=\nhello"));
+  EXPECT_TRUE(load(DEFAULTS + "IKE_PORT=1\n/IKE=\nIKE_PORT=2\n/UNKNOWN=\nhello"));
   EXPECT_THAT(log.reports, IsEmpty());
   EXPECT_EQ(root().IKE->IKE_PORT.value, 500);
 }
@@ -151,7 +154,7 @@ TEST_F(Reader, ReportsWhatItCannotTakeAndGoesOn) {
                           "unknownParam(\"X\", DEEPER)", "badValue(SESSION_EXPTIME, \"abc\")",
                           "extraText(LOGIN_ON_SAVE_TOKEN_PASSWORD, \" x\")",
                           "unknownParam(\"OTHER\", ADMIN)", "badValue(LOG_LEVEL, \"_LL_NONE\")",
-                          "paramsMissing(13, 14, LOG)", "paramsMissing(4, 6, ROOT)"));
+                          missingReport("LOG", 1), "paramsMissing(4, 6, ROOT)"));
   EXPECT_EQ(root().ADMIN->ADMIN_GROUP.value, "staff");
 }
 
@@ -187,18 +190,18 @@ TEST_F(Reader, SkipsUnknownBlocksHoweverDeep) {
 }
 
 TEST_F(Reader, AppendsTheUsersOnceMoreInASecondLoad) {
-  ASSERT_TRUE(load(readFile(AWAY_FROM_DEFAULTS)));
+  ASSERT_TRUE(load(AWAY_FROM_DEFAULTS));
   EXPECT_TRUE(root().load(&log));
   EXPECT_THAT(log.reports, IsEmpty());
   ASSERT_EQ(root().USERS->items.size(), 4u);
-  EXPECT_EQ(root().USERS->items[2]->NAME.value, "NAME of USER");
+  EXPECT_EQ(root().USERS->items[2]->NAME.value, "a 1");
   EXPECT_FALSE(root().isChanged());
 }
 
 TEST_F(Reader, SucceedsWithoutAnyFileAndLeavesTheDefaults) {
   EXPECT_TRUE(root().load(&log));
   EXPECT_THAT(log.reports, IsEmpty());
-  EXPECT_EQ(root().rawSettings, readFile(DEFAULTS));
+  EXPECT_EQ(root().rawSettings, DEFAULTS);
   EXPECT_FALSE(exists(settingsPath));
 }
 
