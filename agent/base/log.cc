@@ -4,9 +4,9 @@
 #include <chrono>
 #include <functional>
 #include <map>
-#include <mutex>
 #include <utility>
 
+#include "agent/base/mutex.h"
 #include "agent/base/standard_error.h"
 #include "text/escape.h"
 
@@ -31,8 +31,8 @@ const char* nameOf(Level level) {
 
 bool g_journal = false;
 
-std::mutex g_writing;  // protects the next one, and the stream
-long long g_lost = 0;  // lines
+Mutex g_writing;                             // protects the stream too
+long long g_lost GUARDED_BY(g_writing) = 0;  // lines
 
 bool isPlainByte(char c) { return c > ' ' && c < '\x7f' && c != '"' && c != '\\' && c != '='; }
 
@@ -65,7 +65,7 @@ void logForJournal() { g_journal = true; }
 
 void log(Level level, std::string_view message, std::initializer_list<Field> fields) {
   const std::string line = lineOf(level, message, fields);
-  const std::lock_guard lock(g_writing);
+  const MutexLock lock(g_writing);
   if (g_lost != 0) {
     const std::string lost =
         lineOf(Level::Warning, "nobody read the log, and lines were lost", {{"lines", g_lost}});
@@ -84,12 +84,12 @@ void logOften(Level level, std::string_view message, std::initializer_list<Field
     Clock::time_point line;
     long long leftOut = 0;
   };
-  static std::mutex mutex;                                   // protects the next one
+  static Mutex mutex;                                        // protects the next one
   static std::map<std::string, Last, std::less<>> messages;  // literals: as many as there are calls
 
   long long leftOut = 0;
   {
-    const std::lock_guard lock(mutex);
+    const MutexLock lock(mutex);
     const auto now = Clock::now();
     const auto found = messages.find(message);
     if (found == messages.end()) {

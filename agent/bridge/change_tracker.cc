@@ -9,13 +9,13 @@ ChangeTracker::ChangeTracker(const LPARAMS::Server::Server_t& server) {
 }
 
 uint64_t ChangeTracker::revision(std::string_view group) const {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   const auto found = revisions_.find(group);
   return found == revisions_.end() ? 0 : found->second;
 }
 
 uint64_t ChangeTracker::written(std::string_view group, const BridgeSession& writer) {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   const auto found = revisions_.find(group);
   if (found == revisions_.end()) return 0;
   const bridge::Event event{found->first, ++found->second, writer.uid, writer.pid};
@@ -25,13 +25,13 @@ uint64_t ChangeTracker::written(std::string_view group, const BridgeSession& wri
 
 ChangeTracker::Ticket ChangeTracker::subscribe(Subscriber subscriber,
                                                const std::function<void()>& begin) {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   begin();
   return subscribers_.insert(subscribers_.end(), std::move(subscriber));
 }
 
 void ChangeTracker::unsubscribe(Ticket ticket) {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   subscribers_.erase(ticket);
 }
 

@@ -5,11 +5,11 @@
 #include <functional>
 #include <list>
 #include <map>
-#include <mutex>
 #include <string>
 #include <string_view>
 
 #include "agent/base/bridge_session.h"
+#include "agent/base/mutex.h"
 #include "bridge/protocol.h"
 #include "lparams/server.h"
 
@@ -43,9 +43,9 @@ class ChangeTracker {
   void unsubscribe(Ticket ticket);
 
  private:
-  mutable std::mutex mutex_;                                // protects everything below
-  std::map<std::string, uint64_t, std::less<>> revisions_;  // by group
-  std::list<Subscriber> subscribers_;
+  mutable Mutex mutex_;
+  std::map<std::string, uint64_t, std::less<>> revisions_ GUARDED_BY(mutex_);  // by group
+  std::list<Subscriber> subscribers_ GUARDED_BY(mutex_);
 };
 
 }  // namespace agent

@@ -112,7 +112,7 @@ Reply CommandService::writeGroup(BridgeSession& session, const bridge::Command& 
     }
   }
   const std::string_view group = groupName(command.input);
-  const std::lock_guard turn(writeTurn_);
+  const MutexLock turn(writeTurn_);
   const uint64_t revision = changes_.revision(group);
   if (command.revision && *command.revision != revision) {
     Reply conflict =

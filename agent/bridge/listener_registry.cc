@@ -7,16 +7,17 @@
 
 namespace agent {
 
-/// Keeps an entry in the list while one of its listener's operations runs. Built under the lock.
+/// Keeps an entry in the list while one of its listener's operations runs.
 class ListenerRegistry::Call {
  public:
-  Call(ListenerRegistry& registry, Entry& entry) : registry_(registry), entry_(&entry) {
+  Call(ListenerRegistry& registry, Entry& entry) REQUIRES(registry.mutex_)
+      : registry_(registry), entry_(&entry) {
     ++entry_->running;
   }
   ~Call() {
     if (entry_ == nullptr) return;
-    const std::lock_guard lock(registry_.mutex_);
-    if (--entry_->running == 0 && entry_->removed) registry_.idle_.notify_all();
+    const MutexLock lock(registry_.mutex_);
+    if (--entry_->running == 0 && entry_->removed) registry_.idle_.notifyAll();
   }
   Call(Call&& other) noexcept
       : registry_(other.registry_), entry_(std::exchange(other.entry_, nullptr)) {}
@@ -32,24 +33,24 @@ class ListenerRegistry::Call {
 };
 
 void ListenerRegistry::add(CommandListener* listener) {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   entries_.push_back({.listener = listener});
 }
 
 void ListenerRegistry::remove(CommandListener* listener) {
-  std::unique_lock lock(mutex_);
+  const MutexLock lock(mutex_);
   const auto entry = std::ranges::find_if(
       entries_, [&](const Entry& e) { return e.listener == listener && !e.removed; });
   if (entry == entries_.end()) return;
   entry->removed = true;
-  idle_.wait(lock, [&] { return entry->running == 0; });
+  while (entry->running > 0) idle_.wait(mutex_);
   entries_.erase(entry);
 }
 
 ListenerRegistry::Result ListenerRegistry::execute(BridgeSession& session, ModuleIdType module,
                                                    long cmd, const std::string& in,
                                                    std::string& out) {
-  std::unique_lock lock(mutex_);
+  MutexLock lock(mutex_);
   const auto entry = std::ranges::find_if(
       entries_, [&](const Entry& e) { return e.listener->moduleId == module && !e.removed; });
   if (entry == entries_.end()) return {};
@@ -72,7 +73,7 @@ template <typename Visit>
 void ListenerRegistry::forEachListener(Visit visit) {
   std::vector<Call> calls;
   {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     calls.reserve(entries_.size());
     for (Entry& entry : entries_) {
       if (!entry.removed) calls.emplace_back(*this, entry);
@@ -82,10 +83,10 @@ void ListenerRegistry::forEachListener(Visit visit) {
 }
 
 void ListenerRegistry::sessionOpened(BridgeSession& session) {
-  const std::lock_guard telling(telling_);
+  const MutexLock telling(telling_);
   bool first = false;
   {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     first = sessions_++ == 0;
     ++sessionsOfUser_[session.uid];
   }
@@ -96,11 +97,11 @@ void ListenerRegistry::sessionOpened(BridgeSession& session) {
 }
 
 void ListenerRegistry::sessionClosed(BridgeSession& session) {
-  const std::lock_guard telling(telling_);
+  const MutexLock telling(telling_);
   bool last = false;
   bool lastOfUser = false;
   {
-    const std::lock_guard lock(mutex_);
+    const MutexLock lock(mutex_);
     last = --sessions_ == 0;
     lastOfUser = --sessionsOfUser_[session.uid] == 0;
     if (lastOfUser) sessionsOfUser_.erase(session.uid);

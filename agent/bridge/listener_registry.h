@@ -2,13 +2,12 @@
 // them.
 #pragma once
 
-#include <condition_variable>
 #include <list>
 #include <map>
-#include <mutex>
 #include <string>
 
 #include "agent/base/bridge_session.h"
+#include "agent/base/mutex.h"
 #include "platform/command_bridge.h"
 
 namespace agent {
@@ -57,12 +56,12 @@ class ListenerRegistry {
   template <typename Visit>
   void forEachListener(Visit visit);
 
-  std::mutex telling_;  // held while listeners are told of a session; taken before the other
-  std::mutex mutex_;    // protects everything below
-  std::condition_variable idle_;
-  std::list<Entry> entries_;  // a list: entries stay in place while calls run
-  std::map<uid_t, int> sessionsOfUser_;
-  int sessions_ = 0;
+  Mutex telling_;  // held while listeners are told of a session; taken before the other
+  Mutex mutex_;    // protects also what the entries hold
+  ConditionVariable idle_;
+  std::list<Entry> entries_ GUARDED_BY(mutex_);  // a list: entries stay in place while calls run
+  std::map<uid_t, int> sessionsOfUser_ GUARDED_BY(mutex_);
+  int sessions_ GUARDED_BY(mutex_) = 0;
 };
 
 /// The one registry of the process. Constructed at the first call and never destroyed: modules may

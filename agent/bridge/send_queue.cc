@@ -32,7 +32,7 @@ SendQueue::SendQueue(int socket, std::function<void()> onBacklog)
     : socket_(socket), onBacklog_(std::move(onBacklog)) {}
 
 SendQueue::Outcome SendQueue::send(std::string_view frame) {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   if (closed_) return Outcome::Closed;
   if (frames_.empty()) {
     if (!writeWhatFits(socket_, frame)) {
@@ -51,7 +51,7 @@ SendQueue::Outcome SendQueue::send(std::string_view frame) {
 }
 
 void SendQueue::writeMore() {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   while (!frames_.empty()) {
     std::string_view rest = std::string_view(frames_.front()).substr(taken_);
     if (!writeWhatFits(socket_, rest)) return closeLocked();
@@ -63,28 +63,28 @@ void SendQueue::writeMore() {
     frames_.pop_front();
     taken_ = 0;
   }
-  written_.notify_all();
+  written_.notifyAll();
 }
 
 bool SendQueue::waitUntilWritten() {
-  std::unique_lock lock(mutex_);
-  written_.wait(lock, [this] { return frames_.empty(); });
+  const MutexLock lock(mutex_);
+  while (!frames_.empty()) written_.wait(mutex_);
   return !closed_;
 }
 
 void SendQueue::close() {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   closeLocked();
 }
 
 void SendQueue::closeLocked() {
   closed_ = true;
   frames_.clear();
-  written_.notify_all();
+  written_.notifyAll();
 }
 
 std::optional<SendQueue::Clock::time_point> SendQueue::untakenSince() const {
-  const std::lock_guard lock(mutex_);
+  const MutexLock lock(mutex_);
   if (frames_.empty()) return std::nullopt;
   return lastProgress_;
 }

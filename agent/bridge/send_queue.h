@@ -2,14 +2,14 @@
 #pragma once
 
 #include <chrono>
-#include <condition_variable>
 #include <cstddef>
 #include <deque>
 #include <functional>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
+
+#include "agent/base/mutex.h"
 
 namespace agent {
 
@@ -46,16 +46,16 @@ class SendQueue {
   std::optional<Clock::time_point> untakenSince() const;
 
  private:
-  void closeLocked();
+  void closeLocked() REQUIRES(mutex_);
 
   const int socket_;
   const std::function<void()> onBacklog_;
-  mutable std::mutex mutex_;  // protects everything below
-  std::condition_variable written_;
-  std::deque<std::string> frames_;
-  size_t taken_ = 0;  // bytes of the first of them
-  Clock::time_point lastProgress_;
-  bool closed_ = false;
+  mutable Mutex mutex_;
+  ConditionVariable written_;
+  std::deque<std::string> frames_ GUARDED_BY(mutex_);
+  size_t taken_ GUARDED_BY(mutex_) = 0;  // bytes of the first of them
+  Clock::time_point lastProgress_ GUARDED_BY(mutex_);
+  bool closed_ GUARDED_BY(mutex_) = false;
 };
 
 }  // namespace agent

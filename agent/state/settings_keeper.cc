@@ -28,7 +28,7 @@ void refuseUnreadable(const std::string& text) {
 }  // namespace
 
 void SettingsKeeper::adopt(StartingPoint start, std::string degradedReason, int reports) {
-  const std::lock_guard lock(saving_);
+  const MutexLock lock(saving_);
   if (start.source != StartingPoint::FirstStart) {
     onDisk_ = start.text;
     asFound_ = withoutByteOrderMark(start.text) != currentText();
@@ -51,7 +51,7 @@ void SettingsKeeper::adopt(StartingPoint start, std::string degradedReason, int 
     log(Level::Warning, "degraded: settings are served, but not saved",
         {{"reason", degradedReason}});
   }
-  const std::lock_guard stateLock(stateMutex_);
+  const MutexLock stateLock(stateMutex_);
   state_.degradedReason = std::move(degradedReason);
   state_.disk = std::move(disk);
 }
@@ -95,7 +95,7 @@ void SettingsKeeper::compareWithLastSave(const std::string& found, std::string& 
 }
 
 std::string SettingsKeeper::save(bool force) {
-  const std::lock_guard lock(saving_);
+  const MutexLock lock(saving_);
   std::string failure;
   try {
     failure = refusal(force);
@@ -103,7 +103,7 @@ std::string SettingsKeeper::save(bool force) {
   } catch (const std::exception& error) {
     failure = error.what();
   }
-  const std::lock_guard stateLock(stateMutex_);
+  const MutexLock stateLock(stateMutex_);
   if (failure.empty()) {
     state_.degradedReason.clear();
     state_.disk.clear();
@@ -114,7 +114,7 @@ std::string SettingsKeeper::save(bool force) {
 }
 
 SettingsKeeper::State SettingsKeeper::state() const {
-  const std::lock_guard lock(stateMutex_);
+  const MutexLock lock(stateMutex_);
   return state_;
 }
 
@@ -156,7 +156,7 @@ std::string SettingsKeeper::refuseForeignChange(const std::optional<std::string>
 void SettingsKeeper::saveDurably() {
   std::string text;
   {
-    const std::lock_guard turn(writeTurn_);
+    const MutexLock turn(writeTurn_);
     text = currentText();
   }
   refuseUnreadable(text);
@@ -196,7 +196,7 @@ void SettingsKeeper::saveDurably() {
 
 /// Has the module write the file, of settings that no start would refuse. Returns what it returns.
 bool SettingsKeeper::replaceSettings(const std::string& text, std::string& report) {
-  const std::lock_guard turn(writeTurn_);
+  const MutexLock turn(writeTurn_);
   if (const std::string now = currentText(); now != text) refuseUnreadable(now);
   if (onDisk_ != text) forgetSnapshot();  // it may hold them, and the file does not
   return server_.save(&report);

@@ -2,10 +2,10 @@
 #pragma once
 
 #include <ctime>
-#include <mutex>
 #include <optional>
 #include <string>
 
+#include "agent/base/mutex.h"
 #include "agent/base/write_turn.h"
 #include "agent/state/recovery.h"
 #include "agent/state/state_directory.h"
@@ -51,13 +51,15 @@ class SettingsKeeper {
   WriteTurn& writeTurn() { return writeTurn_; }
 
  private:
-  void makeDurable(StartingPoint& start);
-  void compareWithLastSave(const std::string& found, std::string& degradedReason, int reports);
-  std::string refusal(bool force);
-  std::string refuseForeignChange(const std::optional<std::string>& found, bool force);
-  void saveDurably();
-  bool replaceSettings(const std::string& text, std::string& report);
-  void writeShadowCopy(const std::string& text);
+  void makeDurable(StartingPoint& start) REQUIRES(saving_);
+  void compareWithLastSave(const std::string& found, std::string& degradedReason, int reports)
+      REQUIRES(saving_);
+  std::string refusal(bool force) REQUIRES(saving_);
+  std::string refuseForeignChange(const std::optional<std::string>& found, bool force)
+      REQUIRES(saving_);
+  void saveDurably() REQUIRES(saving_);
+  bool replaceSettings(const std::string& text, std::string& report) REQUIRES(saving_);
+  void writeShadowCopy(const std::string& text) REQUIRES(saving_);
   std::string currentText();
   std::string snapshot();
   void forgetSnapshot();
@@ -67,14 +69,14 @@ class SettingsKeeper {
 
   WriteTurn writeTurn_;
 
-  std::mutex saving_;                   // taken first; protects the next four
-  std::optional<std::string> onDisk_;   // the settings file, as the agent left it
-  bool asFound_ = false;                // that file says what the settings do not hold
-  std::optional<std::string> foreign_;  // the last change by somebody else,
-  std::string foreignKept_;             // and the name of its copy
+  Mutex saving_;                                            // taken first
+  std::optional<std::string> onDisk_ GUARDED_BY(saving_);   // the file, as the agent left it
+  bool asFound_ GUARDED_BY(saving_) = false;                // it says what the settings do not hold
+  std::optional<std::string> foreign_ GUARDED_BY(saving_);  // the last change by somebody else,
+  std::string foreignKept_ GUARDED_BY(saving_);             // and the name of its copy
 
-  mutable std::mutex stateMutex_;  // protects the next one
-  State state_;
+  mutable Mutex stateMutex_;
+  State state_ GUARDED_BY(stateMutex_);
 };
 
 }  // namespace agent
