@@ -19,7 +19,8 @@ using asio::local::stream_protocol;
 constexpr size_t MAX_SESSIONS = 256;
 constexpr std::chrono::milliseconds RETRY_PAUSE{100};
 
-/// Of a session's thread, in bytes: the system's would fill a 32-bit address space with so many.
+/// Of a connection's thread, in bytes. MAX_SESSIONS threads with the system's default would fill a
+/// 32-bit address space.
 constexpr size_t STACK_SIZE = 1024 * 1024;
 
 void limitStacks() {

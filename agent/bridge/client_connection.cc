@@ -60,12 +60,12 @@ void ClientConnection::start() {
 }
 
 void ClientConnection::stop() {
-  // A session that runs something looks at its state when it is done.
+  // While a command runs, the connection's thread sees the new state when it has answered it.
   if (state_.exchange(State::Stopping) == State::Waiting) (void)::shutdown(socket_, SHUT_RD);
 }
 
 void ClientConnection::waitUntilWritable() {
-  // Not the socket itself: requests that arrive on it shall wake no thread but the session's.
+  // A duplicate, so that requests that arrive on the socket wake only the connection's thread.
   const int duplicate = ::fcntl(socket_, F_DUPFD_CLOEXEC, 0);
   asio::error_code failed;
   if (duplicate < 0) {
@@ -252,7 +252,7 @@ SendQueue::Outcome ClientConnection::post(std::string_view frame) {
   return outcome;
 }
 
-/// Makes the session's thread come back from whatever it waits for from the client.
+/// Ends whatever the connection's thread waits for from the client.
 void ClientConnection::interrupt() {
   sendQueue_.close();
   (void)::shutdown(socket_, SHUT_RDWR);

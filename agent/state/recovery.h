@@ -21,11 +21,12 @@ struct StartingPoint {
 };
 
 /// Chooses the settings file if it is complete, else the shadow copy, else the module's temporary
-/// file; moves aside what is damaged, puts the choice in place durably, and tells it in one line.
-/// Nothing is ever overwritten but the settings file, by a complete copy.
+/// file. Damaged files are moved aside, and the choice is put in the settings file's place durably;
+/// the log says so. The settings file is the only file that is overwritten, and only by a complete
+/// copy.
 ///
-/// Throws std::exception, in words and with nothing touched, if something cannot be read, or if
-/// something is damaged, nothing is complete and `allowDefaults` is not given.
+/// Throws std::exception if a file cannot be read. Throws it also if there are damaged files but no
+/// complete one, unless `allowDefaults` is given. Nothing has been changed then.
 StartingPoint prepareStart(const StateDirectory& directory, bool allowDefaults);
 
 /// The text of the shadow copy if it is intact: what was saved last.
