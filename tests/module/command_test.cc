@@ -4,6 +4,7 @@
 #include <climits>
 #include <thread>
 
+#include "tests/catalogue/expected_groups.h"
 #include "tests/module/call_log.h"
 #include "tests/module/loaded_module.h"
 #include "tests/module/scripted_param.h"
@@ -16,6 +17,9 @@ using testing_support::unhex;
 
 namespace host {
 namespace {
+
+using LPARAMS::Server::expectedGroup;
+using LPARAMS::Server::initiallyBut;
 
 const std::string ERROR = "CommandStreamError";
 
@@ -121,7 +125,10 @@ TEST_F(Command, UnknownCommandsAreRefusedWithoutAuthorisation) {
 
 TEST_F(Command, WritingAGroupAnswersNothing) {
   const CommandResult reply =
-      execute(WRITE_GROUP, framed("ADMIN", unhex("01 00 00 00  00  02 00 00 00") + "xy"));
+      execute(WRITE_GROUP, framed("ADMIN", expectedGroup("ADMIN").record(initiallyBut(
+                                               {{"SESSION_EXPTIME", {"", "01 00 00 00"}},
+                                                {"LOGIN_ON_SAVE_TOKEN_PASSWORD", {"", "00"}},
+                                                {"ADMIN_GROUP", {"", "02 00 00 00 78 79"}}}))));
   EXPECT_EQ(reply.result, 1);
   EXPECT_EQ(reply.output, "");
   EXPECT_EQ(root().ADMIN->SESSION_EXPTIME.value, 1u);

@@ -33,11 +33,13 @@ class Concurrency : public ModuleTest {
   /// The record of the group when every value of it belongs to variation `i`.
   static std::string adminRecord(int i) {
     const std::string name(static_cast<size_t>(i % 40), 'a');
+    LPARAMS::Server::ADMIN_t admin;
+    admin.SESSION_EXPTIME.value = static_cast<unsigned>(i);
+    admin.LOGIN_ON_SAVE_TOKEN_PASSWORD.value = i % 2 == 0;
+    admin.ADMIN_GROUP.value = name;
     std::string record;
     LPARAMS::Server::CommandStreamOut out{record};
-    put(out, static_cast<unsigned>(i));
-    LPARAMS::Server::put(out, i % 2 == 0);
-    put(out, name);
+    (void)admin.write(out);
     return record;
   }
 };

@@ -83,7 +83,7 @@ const Mistake MISTAKES[] = {
     {"ADMIN_GROUP=gateway-admins",
      "ADMIN_GROUP=gateway-admins\nADM\x1B[2JIN\xFF=1",
      {IGNORED, "group=ADMIN", "parameter=\"ADM\\x1b[2JIN\\xff\""}},
-    {"VERIFY_DOWNLOADS=1\n", "", {MISSING, "group=UPDATE", "missing=1", "of=15"}},
+    {"VERIFY_DOWNLOADS=1\n", "", {MISSING, "group=UPDATE", "missing=1"}},
     // Blocks.
     {"    /ADMIN=\n", "    /PROXY=\n    end=\n    /ADMIN=\n", {IGNORED, "group=ROOT", "PROXY"}},
     {"    /USERS=\n", "    /USERS=\n        NAME=x\n", {IGNORED, "group=USERS", "parameter=NAME"}},
