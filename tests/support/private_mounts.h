@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
 
 namespace testing_support {
@@ -49,8 +50,12 @@ class EachWay : public Fixture, public testing::WithParamInterface<Way> {
   bool mounts() const { return GetParam() == Way::Mount; }
 };
 
+inline std::ostream& operator<<(std::ostream& os, Way way) {
+  return os << (way == Way::StandIn ? "StandIn" : "Mount");
+}
+
 inline std::string nameOf(const testing::TestParamInfo<Way>& way) {
-  return way.param == Way::StandIn ? "StandIn" : "Mount";
+  return testing::PrintToString(way.param);
 }
 
 // By/SUITE.CASE/StandIn and By/SUITE.CASE/Mount.
