@@ -1,13 +1,18 @@
 #include "agent/load_report.h"
 
+#include <algorithm>
+#include <cstring>
 #include <vector>
 
+#include "lparams/params/variant.h"
 #include "lparams/values/values.h"
 
 namespace agent {
 namespace {
 
 using namespace LPARAMS::Server;
+
+constexpr size_t MAX_NAME = 64;  // bytes; longer than any
 
 /// A parameter that the name of a report can mean: the reports on values do not tell the group.
 struct Candidate {
@@ -29,10 +34,35 @@ std::vector<Candidate> candidatesFor(const Server_t& server, const std::string& 
   return found;
 }
 
-/// A value that is missing takes the next line instead, which may hold a secret.
-std::string withoutNextValue(const std::string& text) {
-  const size_t equals = text.find('=');
-  return equals == std::string::npos ? text : text.substr(0, equals + 1) + "(hidden)";
+/// A value that is missing takes the next line instead, which may hold a secret, with a "=" or with
+/// something else between the two.
+std::string withoutNextValue(const Server_t& server, const std::string& text) {
+  size_t end = text.find('=');
+  if (end != std::string::npos) ++end;
+  for (const Param* group : server.fileParams) {
+    for (const Param* param : static_cast<const ParamGroup*>(group)->fileParams) {
+      if (param->getTypeId() != TYPE_SECRET) continue;
+      const size_t at = text.find(param->name);
+      if (at != std::string::npos) end = std::min(end, at + std::strlen(param->name));
+    }
+  }
+  return end == std::string::npos ? text : text.substr(0, end) + "(hidden)";
+}
+
+/// The key, if it has the form of a name or is one that was mistyped. What else stands before a "="
+/// may be a part of a value, and of a secret one.
+std::string nameOrSize(const Server_t& server, const std::string& key) {
+  const bool hasForm = key.size() <= MAX_NAME && std::ranges::all_of(key, [](char c) {
+                         return (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
+                       });
+  if (hasForm) return key;
+  const std::string_view word = std::string_view(key).substr(0, key.find_last_not_of(" \t") + 1);
+  for (const Param* group : server.fileParams) {
+    for (const Param* param : static_cast<const ParamGroup*>(group)->fileParams) {
+      if (equalNames(word, param->name)) return key;
+    }
+  }
+  return "(no name: " + std::to_string(key.size()) + " bytes, not shown)";
 }
 
 std::string groupsOf(const std::vector<Candidate>& candidates) {
@@ -53,12 +83,12 @@ void LoadReport::warn(std::string_view message, std::initializer_list<Field> fie
 
 void LoadReport::unknownParam(const std::string& key, const std::string& group) {
   warn("the group has no such parameter or block; its value was ignored",
-       {{"group", group}, {"parameter", key}});
+       {{"group", nameOrSize(server_, group)}, {"parameter", nameOrSize(server_, key)}});
 }
 
 void LoadReport::paramFailed(const std::string& key, const std::string& group) {
   warn("the block is not closed before the end of the file; what was read of it is kept",
-       {{"group", group}, {"block", key}});
+       {{"group", nameOrSize(server_, group)}, {"block", nameOrSize(server_, key)}});
 }
 
 void LoadReport::paramsMissing(int missing, int total, const std::string& group) {
@@ -77,7 +107,7 @@ void LoadReport::fileFailed(const std::string& fileName) {
 }
 
 void LoadReport::badValue(const std::string& param, const std::string& found) {
-  const std::string text = withoutNextValue(found);
+  const std::string text = withoutNextValue(server_, found);
   const auto candidates = candidatesFor(server_, param);
   if (candidates.empty()) {
     warn("the value cannot be read", {{"parameter", param}, {"text", text}});
@@ -105,7 +135,7 @@ void LoadReport::badValue(const std::string& param, const std::string& found) {
 void LoadReport::extraText(const std::string& param, const std::string& text) {
   const std::string groups = groupsOf(candidatesFor(server_, param));
   warn("the value is followed by more text, which was ignored",
-       {{"group", groups}, {"parameter", param}, {"text", withoutNextValue(text)}});
+       {{"group", groups}, {"parameter", param}, {"text", withoutNextValue(server_, text)}});
 }
 
 }  // namespace agent

@@ -39,12 +39,15 @@ TEST_F(LoadReportTest, UnknownParameterOrBlock) {
   EXPECT_EQ(line([](LoadReport& r) { r.unknownParam("IKE_SPEED", "IKE"); }),
             "the group has no such parameter or block; its value was ignored "
             "group=IKE parameter=IKE_SPEED");
+  EXPECT_EQ(line([](LoadReport& r) { r.unknownParam("Ike_Port ", "IKE"); }),
+            "the group has no such parameter or block; its value was ignored "
+            "group=IKE parameter=\"Ike_Port \"");
   EXPECT_EQ(line([](LoadReport& r) { r.unknownParam("no comment\n  IKE_PORT", "IKE"); }),
             "the group has no such parameter or block; its value was ignored "
-            R"(group=IKE parameter="no comment\x0a  IKE_PORT")");
+            "group=IKE parameter=\"(no name: 21 bytes, not shown)\"");
   EXPECT_EQ(line([](LoadReport& r) { r.unknownParam("", "a\x1B[2J"); }),
             "the group has no such parameter or block; its value was ignored "
-            R"(group="a\x1b[2J" parameter="")");
+            "group=\"(no name: 5 bytes, not shown)\" parameter=\"\"");
 }
 
 TEST_F(LoadReportTest, BlockThatDoesNotEnd) {
@@ -115,6 +118,24 @@ TEST_F(LoadReportTest, ExtraText) {
   EXPECT_EQ(line([](LoadReport& r) { r.extraText("EXCHANGE_TIMEOUT", " seconds"); }),
             "the value is followed by more text, which was ignored "
             R"(group=IKE parameter=EXCHANGE_TIMEOUT text=" seconds")");
+}
+
+// Somebody who edits a file may put anything between the name of a secret and its value, or have
+// the value go on in the next line, whose beginning is then taken for a name.
+TEST_F(LoadReportTest, WhatMayBeASecretIsNotShown) {
+  for (const char* key : {"QCD_SECRET topsecret\n    DPD_ENABLED", "QCD_SECRET: topsecret",
+                          "topsecret\n    DPD_ENABLED", "topsecret", "QCD_SECRETtopsecret"}) {
+    const std::string text = line([&](LoadReport& r) { r.unknownParam(key, key); }) +
+                             line([&](LoadReport& r) { r.paramFailed(key, key); });
+    EXPECT_EQ(text.find("topsecret"), std::string::npos) << text;
+  }
+  for (const char* rest : {"QCD_SECRET topsecret", "QCD_SECRET:topsecret", " QCD_SECRET=topsecret",
+                           "DPD=topsecret", "x QCD_SECRET = topsecret"}) {
+    const std::string text = badValue("IPSEC_LIFETIME_JITTER", rest) +
+                             line([&](LoadReport& r) { r.extraText("IKE_PORT", rest); });
+    EXPECT_EQ(text.find("topsecret"), std::string::npos) << text;
+    EXPECT_NE(text.find("(hidden)"), std::string::npos) << text;
+  }
 }
 
 TEST_F(LoadReportTest, CountsWhatItHasReported) {

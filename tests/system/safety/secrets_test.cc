@@ -91,6 +91,9 @@ TEST_F(Secrets, OfADamagedFileAreNotReported) {
       {"IPSEC_LIFETIME_JITTER=1\n", "IPSEC_LIFETIME_JITTER=maybe\n"},
       {"IPSEC_LIFETIME_JITTER=1\n", "IPSEC_LIFETIME_JITTER\n"},
       {"QCD_SECRET", "QCD_SECRETS"},
+      {SECRET_LINE, "QCD_SECRET " + SECRET + "\n"},
+      {SECRET_LINE, "QCD_SECRET: " + SECRET + "\n"},
+      {SECRET_LINE, "QCD_SECRET=a\n" + SECRET + "\n"},
       {"QCD_SECRET", "/QCD_SECRET"},
       {"        /USER=", "        QCD_SECRET=" + SECRET + "\n        /USER="},
   };
