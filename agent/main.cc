@@ -8,6 +8,7 @@
 #include <string>
 #include <utility>
 
+#include "agent/base/end_signals.h"
 #include "agent/base/exit_status.h"
 #include "agent/base/log.h"
 #include "agent/base/start_failure.h"
@@ -82,6 +83,7 @@ int main(int argc, char** argv) {
   (void)std::signal(SIGPIPE, SIG_IGN);
   (void)std::signal(SIGXFSZ, SIG_IGN);
   (void)::umask(077);
+  agent::holdEndSignals();
   int exitCode = 0;
   const auto options = agent::readOptions(argc, argv, exitCode);
   if (!options) return exitCode;

@@ -9,6 +9,7 @@
 #include <stop_token>
 #include <thread>
 
+#include "agent/base/end_signals.h"
 #include "agent/base/exit_status.h"
 #include "agent/base/log.h"
 #include "agent/base/stop_wait.h"
@@ -53,6 +54,7 @@ void serve(const Options& options, LPARAMS::Server::Server_t& server, SettingsKe
     watchdog.emplace(io, server, *interval, [] { notifyServiceManager("WATCHDOG=1"); });
   }
   asio::signal_set signals(io, SIGTERM, SIGINT);
+  if (endsWithTerminal()) signals.add(SIGHUP);
   signals.async_wait([&](const asio::error_code& error, int signal) {
     if (error) return;
     log(Level::Info, "stopping", {{"signal", signal}});
@@ -61,6 +63,7 @@ void serve(const Options& options, LPARAMS::Server::Server_t& server, SettingsKe
     if (watchdog) watchdog->stop();
     bridge->stop();
   });
+  acceptEndSignals();
   log(Level::Info, "listening", {{"socket", options.socket}});
   notifyServiceManager("READY=1");
 

@@ -37,7 +37,7 @@ void notifyServiceManager(std::string_view state) {
 
   const int socket = ::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
   if (socket < 0) return;
-  (void)::sendto(socket, state.data(), state.size(), MSG_NOSIGNAL,
+  (void)::sendto(socket, state.data(), state.size(), MSG_DONTWAIT | MSG_NOSIGNAL,
                  reinterpret_cast<const sockaddr*>(&address),
                  static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + path.size()));
   (void)::close(socket);

@@ -1,6 +1,8 @@
 // How the agent ends.
 #include <gmock/gmock.h>
 
+#include <csignal>
+#include <cstring>
 #include <string>
 #include <system_error>
 #include <vector>
@@ -21,9 +23,9 @@ class Stop : public SystemTest, public testing::WithParamInterface<int> {
   void SetUp() override { start(); }
 };
 
-INSTANTIATE_TEST_SUITE_P(By, Stop, testing::Values(SIGTERM, SIGINT),
+INSTANTIATE_TEST_SUITE_P(By, Stop, testing::Values(SIGTERM, SIGINT, SIGHUP),
                          [](const auto& signal) -> std::string {
-                           return signal.param == SIGTERM ? "Sigterm" : "Sigint";
+                           return ::sigabbrev_np(signal.param);
                          });
 
 TEST_P(Stop, WithoutClients) {

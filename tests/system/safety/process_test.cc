@@ -215,6 +215,51 @@ TEST_F(AgentProcess, AnswersARunningCommandBeforeItEnds) {
   EXPECT_FALSE(std::filesystem::exists(socket_));
 }
 
+TEST_F(AgentProcess, EndsWellBySignalsThatItWasStartedWith) {
+  const auto blocked = [] {
+    sigset_t signals;
+    (void)::sigfillset(&signals);
+    (void)::sigprocmask(SIG_BLOCK, &signals, nullptr);
+  };
+  start({"--save-on-exit"}, {.inChild = blocked});
+  set("IKE.IKE_PORT=501");
+  EXPECT_EQ(end(SIGHUP), 0);
+  EXPECT_EQ(state_.text(SETTINGS), exampleSettings(501));
+  EXPECT_FALSE(std::filesystem::exists(socket_));
+
+  // One that waits already when the agent begins to load.
+  const Outcome early = runAgent({}, {.inChild = [&] {
+                                   blocked();
+                                   (void)::raise(SIGTERM);
+                                 }});
+  EXPECT_EQ(early.exitCode, 0) << early.output;
+  EXPECT_THAT(early.output, HasSubstr("info: stopped\n"));
+  EXPECT_FALSE(std::filesystem::exists(socket_));
+}
+
+TEST_F(AgentProcess, OutlivesTheTerminalIfThatIsWanted) {
+  start({}, {.inChild = [] { (void)std::signal(SIGHUP, SIG_IGN); }});
+  agent_->send(SIGHUP);
+  EXPECT_EQ(get("IKE.EXCHANGE_TIMEOUT"), "90\n");
+  EXPECT_EQ(stop(), 0);
+}
+
+TEST_F(AgentProcess, IsNotHeldUpByAServiceManagerThatDoesNotListen) {
+  const std::string path = place_.at("notify");
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  (void)path.copy(address.sun_path, sizeof address.sun_path - 1);
+  const int manager = ::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+  ASSERT_EQ(::bind(manager, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
+  const int filler = ::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+  while (::sendto(filler, "", 0, 0, reinterpret_cast<const sockaddr*>(&address), sizeof address) ==
+         0) {
+  }
+  start({}, {.environment = {"NOTIFY_SOCKET=" + path}});
+  EXPECT_EQ(stop(), 0);
+  for (const int socket : {manager, filler}) (void)::close(socket);
+}
+
 TEST_F(AgentProcess, DoesNotWaitForEverForACommand) {
   startHeld();
   const auto client = beginSave();
