@@ -39,7 +39,7 @@ void enforceDrainLimit(const std::stop_token& stop) {
 void serve(const Options& options, LPARAMS::Server::Server_t& server, SettingsKeeper& keeper) {
   const AccessRules rules(*server.ADMIN, options.adminGroup);
   std::optional<RecordCheck> check;
-  if (!options.acceptAny) check.emplace(options.maxUsers);
+  if (!options.acceptAny) check.emplace(server, options.maxUsers);
   ChangeTracker changes(server);
 
   asio::io_context io(1);  // runs on this thread alone

@@ -106,11 +106,9 @@ Reply CommandService::writeGroup(BridgeSession& session, const bridge::Command& 
   if (!_BridgeServerSide_AuthSession(session, LPARAMS_MODULE_ID, WRITE_ACCESS)) {
     return failure(Reason::NotAuthorised, session.command.refusal);
   }
-  if (check_ != nullptr) {
-    if (std::string refusal = check_->refusal(command.input); !refusal.empty()) {
-      return failure(Reason::IllegalValue, std::move(refusal));
-    }
-  }
+  RecordCheck::Finding finding;
+  if (check_ != nullptr) finding = check_->look(command.input);
+  if (!finding.refusal.empty()) return failure(Reason::IllegalValue, std::move(finding.refusal));
   const std::string_view group = groupName(command.input);
   const MutexLock turn(writeTurn_);
   const uint64_t revision = changes_.revision(group);
@@ -121,6 +119,10 @@ Reply CommandService::writeGroup(BridgeSession& session, const bridge::Command& 
                                       std::to_string(revision) + "; read it again");
     conflict.revision = revision;
     return conflict;
+  }
+  if (check_ != nullptr) {
+    std::string refusal = check_->refusalOfSize(group, finding.textSize);
+    if (!refusal.empty()) return failure(Reason::IllegalValue, std::move(refusal));
   }
   Reply reply = call(session, command);
   reply.revision = mayHaveWritten(reply) ? changes_.written(group, session) : revision;

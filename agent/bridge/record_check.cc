@@ -1,6 +1,8 @@
 #include "agent/bridge/record_check.h"
 
 #include <cstdint>
+#include <ostream>
+#include <streambuf>
 #include <utility>
 
 #include "agent/base/log.h"
@@ -11,6 +13,12 @@ namespace agent {
 namespace {
 
 using namespace LPARAMS::Server;
+
+constexpr size_t MAX_TEXT = 64 * 1024;  // bytes
+
+bool hasText(const Param& param) {
+  return param.getTypeId() == TYPE_STRING || param.getTypeId() == TYPE_SECRET;
+}
 
 /// What the check finds wrong.
 struct Refusal {
@@ -32,6 +40,11 @@ void readOrRefuse(const CommandStreamIn& in, const std::string& subject, Read re
 void readParam(CommandStreamIn& in, const std::string& subject, Param& param) {
   const char* const bytes = in.data + in.pos;
   readOrRefuse(in, subject, [&] { (void)param.read(in); });
+  const size_t size = in.data + in.pos - bytes - sizeof(uint32_t);
+  if (hasText(param) && size > MAX_TEXT) {
+    throw Refusal{subject + ": a text of " + std::to_string(size) +
+                  " bytes is too long; expected at most " + std::to_string(MAX_TEXT)};
+  }
 
   // The module reads every byte but 1 as false.
   const auto byte = static_cast<unsigned char>(param.getTypeId() == TYPE_BOOL ? *bytes : 0);
@@ -44,11 +57,35 @@ void readParam(CommandStreamIn& in, const std::string& subject, Param& param) {
   throw Refusal{subject + ": " + value + " is not legal; expected " + legalValues(param)};
 }
 
+/// Counts what is written to it.
+class CountingBuffer : public std::streambuf {
+ public:
+  size_t count = 0;
+
+ private:
+  int_type overflow(int_type c) override {
+    ++count;
+    return traits_type::not_eof(c);
+  }
+  std::streamsize xsputn(const char* /*text*/, std::streamsize size) override {
+    count += static_cast<size_t>(size);
+    return size;
+  }
+};
+
+size_t textSizeOf(Param& group, int level) {
+  CountingBuffer buffer;
+  std::ostream text(&buffer);
+  (void)group.save(text, level);
+  return buffer.count;
+}
+
 void readMembers(CommandStreamIn& in, const std::string& subject, ParamGroup& group) {
   for (Param* param : group.wireParams) readParam(in, subject + "." + param->name, *param);
 }
 
-void readUsers(CommandStreamIn& in, const std::string& subject, size_t maxUsers) {
+/// Returns the size of their text.
+size_t readUsers(CommandStreamIn& in, const std::string& subject, size_t maxUsers) {
   uint32_t count = 0;
   readOrRefuse(in, subject, [&] { take(in, count); });
   if (count > maxUsers) {
@@ -56,9 +93,12 @@ void readUsers(CommandStreamIn& in, const std::string& subject, size_t maxUsers)
                   " entries are too many; expected at most " + std::to_string(maxUsers)};
   }
   USER_t user;
+  size_t size = 0;
   for (uint32_t i = 0; i < count; ++i) {
     readMembers(in, subject + "[" + std::to_string(i) + "]", user);
+    size += textSizeOf(user, 2);
   }
+  return size;
 }
 
 ParamGroup& findGroup(const Catalogue& catalogue, const std::string& name) {
@@ -70,14 +110,16 @@ ParamGroup& findGroup(const Catalogue& catalogue, const std::string& name) {
   throw Refusal{"there is no group " + quoted(name) + "; expected one of " + names};
 }
 
-void check(const std::string& input, size_t maxUsers) {
+/// Returns the size of the group's text.
+size_t check(const std::string& input, size_t maxUsers) {
   CommandStreamIn in(input);
   std::string name;
   readOrRefuse(in, "the group's name", [&] { take(in, name); });
   const Catalogue catalogue;
   ParamGroup& group = findGroup(catalogue, name);
+  size_t size = 0;
   if (&group == catalogue.USERS) {
-    readUsers(in, name, maxUsers);
+    size = readUsers(in, name, maxUsers);
   } else {
     readMembers(in, name, group);
   }
@@ -85,17 +127,28 @@ void check(const std::string& input, size_t maxUsers) {
     throw Refusal{name + ": " + std::to_string(in.size - in.pos) +
                   " bytes follow the end of the record; expected none"};
   }
+  return size + textSizeOf(group, 1);
 }
 
 }  // namespace
 
-std::string RecordCheck::refusal(const std::string& input) const {
+RecordCheck::Finding RecordCheck::look(const std::string& input) const {
   try {
-    check(input, maxUsers_);
-    return {};
+    return {{}, check(input, maxUsers_)};
   } catch (Refusal& refused) {
-    return std::move(refused.inWords);
+    return {std::move(refused.inWords), 0};
   }
+}
+
+std::string RecordCheck::refusalOfSize(std::string_view group, size_t textSize) const {
+  size_t sum = textSize;
+  for (ParamGroup* other : settings_.groups()) {
+    if (group != other->name) sum += textSizeOf(*other, 1);
+  }
+  if (sum <= MAX_SETTINGS_TEXT) return {};
+  return std::string(group) + ": the settings would be a text of " + std::to_string(sum) +
+         " bytes, " + std::to_string(textSize) + " of them for this group; expected at most " +
+         std::to_string(MAX_SETTINGS_TEXT);
 }
 
 }  // namespace agent

@@ -3,22 +3,40 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
+
+#include "lparams/catalogue/catalogue.h"
 
 namespace agent {
 
 /// Decodes the whole input of a write command as the module does, into a catalogue that is thrown
 /// away: exact length, numbers within their limits, named values only, no control characters in
-/// strings (a newline would write other settings into the file), no more users than allowed.
-/// Thread-safe.
+/// strings (a newline would write other settings into the file), no text of more than 64 KiB, no
+/// more users than allowed. Thread-safe.
 class RecordCheck {
  public:
-  explicit RecordCheck(size_t maxUsers) : maxUsers_(maxUsers) {}
+  /// Upper limit of the whole settings as a text, in bytes: half of what a start accepts, and
+  /// little enough that every group fits a reply.
+  static constexpr size_t MAX_SETTINGS_TEXT = 8 * 1024 * 1024;
 
-  /// Why the input must not be written: the parameter, its value and what would be right; empty if
-  /// it may.
-  std::string refusal(const std::string& input) const;
+  /// REQUIRES: the settings outlive the check.
+  RecordCheck(LPARAMS::Server::Catalogue& settings, size_t maxUsers)
+      : settings_(settings), maxUsers_(maxUsers) {}
+
+  struct Finding {
+    /// Why the input must not be written: the parameter, its value and what would be right; empty
+    /// if it may.
+    std::string refusal;
+    size_t textSize = 0;  ///< of the group, as the settings file would hold it, in bytes
+  };
+  Finding look(const std::string& input) const;
+
+  /// Why the group may not take so many bytes of the settings file, beside the others as they are;
+  /// empty if it may. Call it while nobody else writes settings.
+  std::string refusalOfSize(std::string_view group, size_t textSize) const;
 
  private:
+  LPARAMS::Server::Catalogue& settings_;
   const size_t maxUsers_;
 };
 

@@ -16,7 +16,10 @@ namespace {
 
 class Frame : public SystemTest {
  protected:
-  void SetUp() override { start(); }
+  void SetUp() override {
+    flags.emplace_back("--accept-any");  // for a text of any size
+    start();
+  }
 
   static std::string readAdmin() {
     return bridge::encode(bridge::Command{SETTINGS_MODULE, READ_GROUP, groupInput("ADMIN")});

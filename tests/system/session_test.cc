@@ -16,7 +16,10 @@ constexpr size_t LARGE = 4 * 1024 * 1024;  // bytes, more than any socket holds
 
 class Sessions : public SystemTest {
  protected:
-  void SetUp() override { start(); }
+  void SetUp() override {
+    flags.emplace_back("--accept-any");  // for a text of any size
+    start();
+  }
 
   /// Makes every reply to a read of POLICY larger than a socket holds.
   void makePolicyLarge() const {

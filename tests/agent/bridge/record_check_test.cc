@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <sstream>
 
 #include "lparams/params/enum_param.h"
 #include "tests/agent/bridge/served_module.h"
@@ -46,7 +47,9 @@ class RecordCheckTest : public testing::Test {
     }
   }
 
-  std::string refusal(const std::string& input) const { return module_.check().refusal(input); }
+  std::string refusal(const std::string& input) const {
+    return module_.check().look(input).refusal;
+  }
 
   void forEachMember(const std::function<void(const Member&)>& visit) {
     for (ParamGroup* group : settings_.groups()) {
@@ -272,9 +275,63 @@ TEST_F(RecordCheckTest, TooManyUsers) {
 }
 
 TEST_F(RecordCheckTest, AnAbsurdCountEndsAtTheFirstEntryThatIsMissing) {
-  const RecordCheck check(0xFFFFFFFF);
-  EXPECT_EQ(check.refusal(client::encodeName(settings_.userList) + bytesOf(0xFFFFFFFFu)),
+  const RecordCheck check(settings_, 0xFFFFFFFF);
+  EXPECT_EQ(check.look(client::encodeName(settings_.userList) + bytesOf(0xFFFFFFFFu)).refusal,
             "USERS[0].NAME: the record ends here; 0 bytes are left, which are too few");
+}
+
+TEST_F(RecordCheckTest, ATextMayBeAsLongAsTheLimitAndNoLonger) {
+  settings_.policyGroup.PSK_NAME.value = std::string(64 * 1024, 'x');
+  EXPECT_EQ(refusal(client::encodeRecord(settings_.policyGroup)), "");
+  settings_.policyGroup.PSK_NAME.value += 'x';
+  EXPECT_EQ(refusal(client::encodeRecord(settings_.policyGroup)),
+            "POLICY.PSK_NAME: a text of 65537 bytes is too long; expected at most 65536");
+  settings_.ikeGroup.QCD_SECRET.value = std::string(64 * 1024 + 1, 'x');
+  EXPECT_EQ(refusal(client::encodeRecord(settings_.ikeGroup)),
+            "IKE.QCD_SECRET: a text of 65537 bytes is too long; expected at most 65536");
+}
+
+TEST_F(RecordCheckTest, TellsTheSizeOfTheGroupInTheFile) {
+  for (ParamGroup* group : settings_.groups()) {
+    std::ostringstream text;
+    (void)group->save(text, 1);
+    EXPECT_EQ(module_.check().look(client::encodeRecord(*group)).textSize, text.str().size())
+        << group->name;
+  }
+}
+
+// Each is legal in itself; together they would be more than a start accepts, or a reply holds.
+TEST(WholeSettings, MayNotOutgrowTheirLimit) {
+  agent_testing::ServedModule module({.maxUsers = 4096});
+  const std::string large(64 * 1024, 'x');
+  client::Settings settings;
+  for (int i = 0; i < 20; ++i) {
+    USER_t& user = *settings.userList.append();
+    for (StStParam* param : {&user.NAME, &user.LSP_FILE, &user.PMP_SERVERS, &user.PMP_IDDATA,
+                             &user.PMP_CERT_SUBJECT, &user.PMP_PSK_NAME}) {
+      param->value = large;
+    }
+  }
+  ASSERT_EQ(module.write(client::encodeRecord(settings.userList)).result, 1);
+  for (StStParam* param :
+       {&settings.policyGroup.SYSTEM_LSP_FROM_FILE, &settings.policyGroup.PMP_SERVERS,
+        &settings.policyGroup.PMP_IDDATA, &settings.policyGroup.LOCAL_CERT_SUBJECT,
+        &settings.policyGroup.PSK_NAME}) {
+    param->value = large;
+  }
+  ASSERT_EQ(module.write(client::encodeRecord(settings.policyGroup)).result, 1);
+  settings.updateGroup.URL.value = large;
+  settings.updateGroup.UPDATE_URI.value = large;
+  settings.updateGroup.DOWNLOAD_PATH.value = large;
+  const bridge::Reply refused = module.write(client::encodeRecord(settings.updateGroup));
+  EXPECT_EQ(refused.reason, bridge::Reason::IllegalValue);
+  EXPECT_THAT(refused.text, StartsWith("UPDATE: the settings would be a text of 83"));
+  EXPECT_THAT(refused.text, EndsWith(" of them for this group; expected at most 8388608"));
+  EXPECT_EQ(module.server().UPDATE->URL.value, "");
+  settings.updateGroup.DOWNLOAD_PATH.value.clear();
+  settings.updateGroup.UPDATE_URI.value.clear();
+  EXPECT_EQ(module.write(client::encodeRecord(settings.updateGroup)).result, 1);
+  EXPECT_EQ(module.read("USERS").result, 1);
 }
 
 }  // namespace

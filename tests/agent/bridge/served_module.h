@@ -27,11 +27,12 @@ class ServedModule {
   struct Rules {
     bool acceptAny = false;
     std::string adminGroup = {};
+    size_t maxUsers = 3;
   };
   ServedModule() : ServedModule(Rules{}) {}
   explicit ServedModule(const Rules& rules)
       : rules_(*server().ADMIN, rules.adminGroup),
-        check_(3),
+        check_(server(), rules.maxUsers),
         changes_(server()),
         service_(writeTurn_, changes_, rules.acceptAny ? nullptr : &check_, [] { return "{}"; }) {}
 
