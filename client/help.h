@@ -38,6 +38,15 @@ Examples:
   lparamsctl get LOG.LOG_LEVEL
   lparamsctl get 'USERS[0].NAME')~";
 
+inline constexpr const char* DESCRIBE_NOTES =
+    R"~(Prints what a parameter means, its legal values, its default, and whether it is on the
+bridge at all. Needs no agent. The fields of a user are those of USERS.
+
+Examples:
+  lparamsctl describe EXCHANGE_TIMEOUT
+  lparamsctl describe USERS.PMP_AUTH
+  lparamsctl describe LOG)~";
+
 inline constexpr const char* SET_NOTES =
     R"~(Everything is checked before anything is written; then every group that is named is
 written once, as a whole, in the order given. A group that somebody else has written since

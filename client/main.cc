@@ -7,6 +7,7 @@
 
 #include "bridge/protocol.h"
 #include "client/commands.h"
+#include "client/describe.h"
 #include "client/failure.h"
 #include "client/help.h"
 #include "text/escape.h"
@@ -99,6 +100,14 @@ void addStatus(CLI::App& app, Arguments& arguments) {
              [](Store& store, const Arguments& /*given*/) { status(store, std::cout); });
 }
 
+void addDescribe(CLI::App& app, Arguments& arguments) {
+  CLI::App* const command = app.add_subcommand("describe", "Tell what parameters mean");
+  command->footer(DESCRIBE_NOTES);
+  command->add_option("NAME", arguments.name, "A parameter, with or without its group, or a group")
+      ->required();
+  command->callback([&arguments] { describe(std::cout, arguments.name); });
+}
+
 void addWatch(CLI::App& app, Arguments& arguments) {
   addCommand(app, "watch", "Print changes as they happen", WATCH_NOTES, arguments,
              [](Store& store, const Arguments& /*given*/) { watch(store, std::cout); });
@@ -130,6 +139,7 @@ ExitCode run(int argc, char** argv) {
       ->capture_default_str();
   addShow(app, arguments);
   addGet(app, arguments);
+  addDescribe(app, arguments);
   addSet(app, arguments);
   addUserCommands(app, arguments);
   addSave(app, arguments);

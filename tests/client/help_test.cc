@@ -22,7 +22,7 @@ TEST(ClientCommandLine, VersionIsPrinted) {
 
 TEST(ClientCommandLine, EveryCommandHasHelp) {
   const std::vector<std::string> commands[] = {
-      {},       {"show"},   {"get"},   {"set"},         {"user"},
+      {},       {"show"},   {"get"},   {"describe"},    {"set"},        {"user"},
       {"save"}, {"status"}, {"watch"}, {"user", "add"}, {"user", "del"}};
   for (std::vector<std::string> arguments : commands) {
     arguments.emplace_back("--help");
