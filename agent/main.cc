@@ -63,9 +63,12 @@ int run(const Options& options) {
   return status;
 }
 
-int runOrExplain(const Options& options) {
+int runOrExplain(int argc, char** argv) {
   try {
-    return run(options);
+    const auto options = readOptions(argc, argv);
+    if (!options) return EXIT_OK;
+    if (options->journal) logForJournal();
+    return run(*options);
   } catch (const StartFailure& failure) {
     log(Level::Error, failure.what());
     return failure.exitStatus;
@@ -84,9 +87,5 @@ int main(int argc, char** argv) {
   (void)std::signal(SIGXFSZ, SIG_IGN);
   (void)::umask(077);
   agent::holdEndSignals();
-  int exitCode = 0;
-  const auto options = agent::readOptions(argc, argv, exitCode);
-  if (!options) return exitCode;
-  if (options->journal) agent::logForJournal();
-  return agent::runOrExplain(*options);
+  return agent::runOrExplain(argc, argv);
 }

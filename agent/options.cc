@@ -3,7 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <filesystem>
 
-#include "agent/base/exit_status.h"
+#include "agent/base/start_failure.h"
 
 namespace agent {
 namespace {
@@ -16,7 +16,7 @@ std::string moduleBesideExecutable() {
 
 }  // namespace
 
-std::optional<Options> readOptions(int argc, char** argv, int& exitCode) {
+std::optional<Options> readOptions(int argc, char** argv) {
   Options options;
   options.module = moduleBesideExecutable();
 
@@ -33,6 +33,7 @@ std::optional<Options> readOptions(int argc, char** argv, int& exitCode) {
   app.add_option("--admin-group", options.adminGroup,
                  "Group whose members may write and save [the settings' ADMIN_GROUP]");
   app.add_option("--max-users", options.maxUsers, "Longest user list that is accepted")
+      ->check(CLI::Range(0, 1'000'000))
       ->capture_default_str();
   app.add_flag("--accept-any", options.acceptAny,
                "Take every value from the bridge as it stands, like the module itself");
@@ -43,7 +44,11 @@ std::optional<Options> readOptions(int argc, char** argv, int& exitCode) {
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& outcome) {
-    exitCode = app.exit(outcome) == 0 ? EXIT_OK : EXIT_BAD_USAGE;
+    if (outcome.get_exit_code() != 0) {
+      throw StartFailure(EXIT_BAD_USAGE,
+                         std::string(outcome.what()) + " (see lparams_agent --help)");
+    }
+    (void)app.exit(outcome);  // prints the help or the version
     return std::nullopt;
   }
   return options;

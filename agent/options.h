@@ -19,8 +19,8 @@ struct Options {
   bool journal = false;
 };
 
-/// Reads the command line. Without a value the process is done (help, version, or an error that has
-/// been told) and `exitCode` is set.
-std::optional<Options> readOptions(int argc, char** argv, int& exitCode);
+/// Reads the command line. Nothing if the process is done: it has printed its help or version.
+/// Throws StartFailure at a mistake.
+std::optional<Options> readOptions(int argc, char** argv);
 
 }  // namespace agent

@@ -20,9 +20,15 @@ using testing::StartsWith;
 using Start = AgentTest;
 
 TEST_F(Start, WrongCommandLines) {
-  for (const Arguments& options :
-       {Arguments{"--no-such-option"}, {"--max-users", "many"}, {"--socket"}, {"word"}}) {
-    EXPECT_EQ(runAgent(options).exitCode, agent::EXIT_BAD_USAGE) << options.front();
+  for (const Arguments& options : {Arguments{"--no-such-option"},
+                                   {"--max-users", "many"},
+                                   {"--max-users", "-1"},
+                                   {"--socket"},
+                                   {"word"}}) {
+    const Outcome outcome = runAgent(options);
+    EXPECT_EQ(outcome.exitCode, agent::EXIT_BAD_USAGE) << options.front();
+    EXPECT_THAT(outcome.output, AllOf(StartsWith("lparams_agent: error: "),
+                                      HasSubstr(" (see lparams_agent --help)\n")));
   }
   EXPECT_EQ(runAgent({"--help"}).exitCode, 0);
   EXPECT_EQ(runAgent({"--version"}).exitCode, 0);
