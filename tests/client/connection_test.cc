@@ -6,6 +6,7 @@
 #include <string>
 
 #include "client/settings.h"
+#include "tests/catalogue/expected_groups.h"
 #include "tests/client/client_process.h"
 #include "tests/client/scripted_agent.h"
 #include "tests/support/param_forms.h"
@@ -14,6 +15,8 @@
 namespace client_testing {
 namespace {
 
+using LPARAMS::Server::expectedGroup;
+using LPARAMS::Server::initially;
 using testing_support::unhex;
 using testing_support::wireBytes;
 
@@ -147,17 +150,18 @@ TEST(ClientConnection, ReplyThatIsCutOffThoughTheLongestIsAnnounced) {
 }
 
 TEST(ClientConnection, RecordsThatAreNone) {
+  const std::string whole = expectedGroup("ADMIN").record(initially);
   const struct {
-    const char* record;
+    std::string record;
     const char* complaint;
   } ROWS[] = {
       {"", "too short"},
-      {"0A 00 00 00 01 05 00 00 00 61 64 6D 69", "too short"},
-      {"0A 00 00 00 01 FF FF FF FF 61", "too short"},
-      {"0A 00 00 00 01 00 00 00 00 00", "too long; bytes left over: 1"},
+      {whole.substr(0, whole.size() - 1), "too short"},
+      {unhex("0A 00 00 00 01 FF FF FF FF 61"), "too short"},
+      {whole + '\0', "too long; bytes left over: 1"},
   };
   for (const auto& row : ROWS) {
-    ScriptedAgent agent({done(unhex(row.record))});
+    ScriptedAgent agent({done(row.record)});
     EXPECT_EQ(runClient({"--socket", agent.socketPath, "show", "ADMIN"}),
               failed(3, std::string("the agent's record of ADMIN is ") + row.complaint));
   }

@@ -146,7 +146,9 @@ TEST(ClientSet, TakesAssignmentsFromTheStandardInput) {
       runSet(agent, {"-"}, {.in = "# a comment\n\nADMIN.ADMIN_GROUP= #=\nADMIN.SESSION_EXPTIME=2"}),
       printed(""));
   EXPECT_EQ(agent.commands(),
-            (Commands{"read ADMIN", "write ADMIN 02 00 00 00 01 03 00 00 00 20 23 3D"}));
+            (Commands{"read ADMIN",
+                      "write ADMIN " + admin({{"SESSION_EXPTIME", {"", "02 00 00 00"}},
+                                              {"ADMIN_GROUP", {"", "03 00 00 00 20 23 3D"}}})}));
 }
 
 TEST(ClientSet, NothingToDoIsNoError) {

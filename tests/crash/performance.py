@@ -4,7 +4,7 @@ import os
 
 from agent_process import Agent, Hung, Tracer
 from recovery_check import Expectation, Lost, read_files, settings_of, write_files
-from scenarios import CHANGED_GROUP, CHANGED_RECORD, SETTINGS
+from scenarios import CHANGED_GROUP, CHANGED_VALUE, SETTINGS
 from trace import parse_trace
 
 START, SAVE = "start", "save"
@@ -51,7 +51,8 @@ class Performance:
             with open(os.path.join(self.state, SETTINGS), "wb") as file:
                 file.write(self.scenario.edit)
         self.client = self.agent.connect()
-        reply = self.client.write(CHANGED_GROUP, CHANGED_RECORD)
+        record = self.client.read(CHANGED_GROUP)
+        reply = self.client.write(CHANGED_GROUP, CHANGED_VALUE + record[len(CHANGED_VALUE):])
         if reply.result != 1:
             raise Lost("the change was refused: " + reply.text)
 

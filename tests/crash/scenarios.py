@@ -5,8 +5,6 @@ import re
 import struct
 from typing import NamedTuple, Optional
 
-from bridge_client import block
-
 SETTINGS = "localsettings.ini"
 SHADOW_COPY = "localsettings.ini.good"
 BACKUP = "localsettings.ini.bak"
@@ -14,7 +12,7 @@ LEGACY = "localsettings.xml"
 IMPORTING = "localsettings.xml.importing"
 
 CHANGED_GROUP = "ADMIN"
-CHANGED_RECORD = struct.pack("<IB", 4321, 1) + block(b"operators of the gateway")
+CHANGED_VALUE = struct.pack("<I", 4321)  # of its first parameter
 
 
 class Save(NamedTuple):

@@ -19,6 +19,7 @@ namespace host {
 namespace {
 
 using LPARAMS::Server::expectedGroup;
+using LPARAMS::Server::initially;
 using LPARAMS::Server::initiallyBut;
 
 const std::string ERROR = "CommandStreamError";
@@ -29,7 +30,7 @@ TEST_F(Command, ReadingAGroupAppendsItsRecordToTheReply) {
   BridgeSession session;
   std::string out = "before";
   EXPECT_EQ(platform().listener->ExecCommand(session, READ_GROUP, framed("ADMIN"), out), 1);
-  EXPECT_EQ(out, "before" + unhex("0A 00 00 00  01  05 00 00 00") + "admin");
+  EXPECT_EQ(out, "before" + expectedGroup("ADMIN").record(initially));
 }
 
 TEST_F(Command, ReadingAGroupAsksForNoAuthorisation) {

@@ -6,6 +6,7 @@
 #include <future>
 #include <thread>
 
+#include "tests/catalogue/expected_groups.h"
 #include "tests/module/loaded_module.h"
 #include "tests/module/scripted_document.h"
 #include "tests/module/scripted_param.h"
@@ -15,6 +16,8 @@
 namespace host {
 namespace {
 
+using LPARAMS::Server::expectedGroup;
+using LPARAMS::Server::initiallyBut;
 using testing_support::unhex;
 
 /// Runs each body in a thread of its own and waits for all.
@@ -174,7 +177,9 @@ class DuringALoad : public Concurrency {
 TEST_F(DuringALoad, AReadWaitsAndSeesAllThatWasLoaded) {
   CommandResult reply;
   EXPECT_FALSE(comesBackDuringALoad([&] { reply = execute(READ_GROUP, framed("ADMIN")); }));
-  EXPECT_EQ(reply.output, unhex("14 00 00 00  01  06 00 00 00") + "loaded");
+  EXPECT_EQ(reply.output, expectedGroup("ADMIN").record(initiallyBut(
+                              {{"SESSION_EXPTIME", {"", "14 00 00 00"}},
+                               {"ADMIN_GROUP", {"", "06 00 00 00 6C 6F 61 64 65 64"}}})));
 }
 
 TEST_F(DuringALoad, AWriteWaitsAndIsNotLoadedOver) {

@@ -4,18 +4,20 @@
 
 #include <cstring>
 
+#include "tests/catalogue/expected_groups.h"
 #include "tests/module/call_log.h"
 #include "tests/module/child_process.h"
 #include "tests/module/loaded_module.h"
 #include "tests/support/object_layout.h"
 #include "tests/support/readable_bytes.h"
 
+using LPARAMS::Server::expectedGroup;
+using LPARAMS::Server::initially;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing_support::bits32or64;
 using testing_support::functionInSlot;
 using testing_support::offsetIn;
-using testing_support::unhex;
 
 namespace host {
 namespace {
@@ -58,7 +60,7 @@ TEST_F(ListenerLayout, CommandsAreExecutedBehindTheTwoDestructors) {
   EXPECT_THAT(
       callsDuring([&] { EXPECT_EQ(execute(&listener, session, 1, framed("ADMIN"), out), 1); }),
       IsEmpty());
-  EXPECT_EQ(out, "before" + unhex("0A 00 00 00  01  05 00 00 00") + "admin");
+  EXPECT_EQ(out, "before" + expectedGroup("ADMIN").record(initially));
   EXPECT_THAT(callsDuring([&] { EXPECT_EQ(execute(&listener, session, 0, framed("X"), out), 0); }),
               ElementsAre("authorise session 7 for module 13 at level 0"));
 }

@@ -5,12 +5,15 @@
 #include <vector>
 
 #include "lparams/params/numeric_param.h"
+#include "tests/catalogue/expected_groups.h"
 #include "tests/module/loaded_module.h"
 #include "tests/module/lock_calls.h"
 #include "tests/module/scripted_param.h"
 #include "tests/support/lock_probe.h"
 #include "tests/support/readable_bytes.h"
 
+using LPARAMS::Server::expectedGroup;
+using LPARAMS::Server::initiallyBut;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing_support::isLocked;
@@ -51,7 +54,10 @@ TEST_F(Observers, SeeTheOldValuesAtTheBeginAndTheNewOnesAtTheEnd) {
     const auto value = rootOfObservers->ADMIN->SESSION_EXPTIME.value;
     seen.push_back(std::to_string(event) + ": " + std::to_string(value));
   }};
-  EXPECT_EQ(writeAdmin(unhex("20 00 00 00  00  00 00 00 00")).result, 1);
+  EXPECT_EQ(writeAdmin(expectedGroup("ADMIN").record(
+                           initiallyBut({{"SESSION_EXPTIME", {"", "20 00 00 00"}}})))
+                .result,
+            1);
   EXPECT_THAT(seen, ElementsAre("1: 10", "0: 32"));
 }
 

@@ -2,11 +2,14 @@
 #include <dlfcn.h>
 #include <gmock/gmock.h>
 
+#include "tests/catalogue/expected_groups.h"
 #include "tests/module/call_log.h"
 #include "tests/module/loaded_module.h"
 #include "tests/module/lock_calls.h"
 #include "tests/support/readable_bytes.h"
 
+using LPARAMS::Server::expectedGroup;
+using LPARAMS::Server::initially;
 using testing::ElementsAre;
 using testing_support::unhex;
 
@@ -55,7 +58,7 @@ TEST_F(StartUp, TheRootIsCompleteWhenTheListenerIsRegistered) {
   };
   const LoadedModule module;
   EXPECT_EQ(reply.result, 1);
-  EXPECT_EQ(reply.output.size(), 4u + 1 + 4 + 5);
+  EXPECT_EQ(reply.output, expectedGroup("ADMIN").record(initially));
 }
 
 TEST_F(StartUp, TheExportedPointerPointsAtTheListenersRoot) {

@@ -141,7 +141,6 @@ TEST_F(Reader, ReportsWhatItCannotTakeAndGoesOn) {
            "  /ADMIN=\n"
            "    SESSION_EXPTIME=abc\n"
            "    LOGIN_ON_SAVE_TOKEN_PASSWORD=0 x\n"
-           "    ADMIN_GROUP=staff\n"
            "    OTHER=4\n"
            "  end=\n"
            "  /LOG=\n"
@@ -153,9 +152,10 @@ TEST_F(Reader, ReportsWhatItCannotTakeAndGoesOn) {
                           "unknownParam(\"INNER\", UNKNOWN)", "unknownParam(\"DEEPER\", UNKNOWN)",
                           "unknownParam(\"X\", DEEPER)", "badValue(SESSION_EXPTIME, \"abc\")",
                           "extraText(LOGIN_ON_SAVE_TOKEN_PASSWORD, \" x\")",
-                          "unknownParam(\"OTHER\", ADMIN)", "badValue(LOG_LEVEL, \"_LL_NONE\")",
-                          missingReport("LOG", 1), "paramsMissing(4, 6, ROOT)"));
-  EXPECT_EQ(root().ADMIN->ADMIN_GROUP.value, "staff");
+                          "unknownParam(\"OTHER\", ADMIN)", missingReport("ADMIN", 2),
+                          "badValue(LOG_LEVEL, \"_LL_NONE\")", missingReport("LOG", 1),
+                          "paramsMissing(4, 6, ROOT)"));
+  EXPECT_FALSE(root().ADMIN->LOGIN_ON_SAVE_TOKEN_PASSWORD.value);
 }
 
 TEST_F(Reader, MovesIntoItsLimitsWhatTheFirstCommandWroteBeyondThem) {
