@@ -1,11 +1,15 @@
 #include "agent/state/settings_completeness.h"
 
+#include <algorithm>
+
+#include "lparams/params/block_grammar.h"
+
 namespace agent {
 namespace {
 
-constexpr std::string_view BYTE_ORDER_MARK = "\xEF\xBB\xBF";
+using namespace LPARAMS::Server;
+
 constexpr std::string_view ROOT_HEAD = "/ROOT=";
-constexpr std::string_view END_KEY = "end";
 
 /// Takes the text up to the delimiter off the front, and the delimiter too.
 std::string_view takeUpTo(std::string_view& text, char delimiter) {
@@ -13,11 +17,6 @@ std::string_view takeUpTo(std::string_view& text, char delimiter) {
   const std::string_view taken = text.substr(0, length);
   text.remove_prefix(std::min(length + 1, text.size()));
   return taken;
-}
-
-std::string_view withoutLeadingBlanks(std::string_view text) {
-  while (!text.empty() && static_cast<unsigned char>(text.front()) <= ' ') text.remove_prefix(1);
-  return text;
 }
 
 }  // namespace
@@ -31,20 +30,20 @@ std::string incompleteBecause(std::string_view text) {
   text.remove_prefix(ROOT_HEAD.size());
 
   for (size_t open = 1; open > 0;) {
-    if (text.find('=') == std::string_view::npos) {
+    if (text.find(KEY_MARK) == std::string_view::npos) {
       return std::to_string(open) + " of its blocks are not closed";
     }
-    const std::string_view key = withoutLeadingBlanks(takeUpTo(text, '='));
-    if (key == END_KEY) {
+    const Key key = keyOf(takeUpTo(text, KEY_MARK));
+    if (key.name == END_KEY) {
       --open;
       if (!text.empty()) text.remove_prefix(1);
-    } else if (key.starts_with('/')) {
+    } else if (key.namesBlock) {
       ++open;
     } else {
       (void)takeUpTo(text, '\n');
     }
   }
-  if (!withoutLeadingBlanks(text).empty()) return "text follows the end of its root block";
+  if (!withoutIndent(text).empty()) return "text follows the end of its root block";
   return {};
 }
 

@@ -29,7 +29,7 @@ constinit LockList destroyed{};
 constinit LockList taken{};
 constinit bool recording = false;
 constinit bool recordingTakings = false;
-constinit int attributes = 0;
+constinit std::atomic<int> attributes = 0;
 constinit Reaction lockMade = nullptr;
 constinit AttributeFailure failing = AttributeFailure::None;
 

@@ -26,6 +26,7 @@ TEST(SettingsCompleteness, WholeFiles) {
       "/ROOT=end=\n",                 // no line end is needed behind the head of a block
       "/ROOT=\nKEY\nMORE=1\nend=\n",  // a key goes on over line ends
       "/ROOT=\n\x01\x02 end=\n",
+      "/ROOT=\n/A=\n/end=\n/end=\n",  // a slash before the end of a block changes nothing
   };
   for (const std::string& text : rows) {
     EXPECT_EQ(incompleteBecause(text), "") << testing_support::inQuotes(text);
