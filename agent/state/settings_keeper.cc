@@ -79,7 +79,7 @@ void SettingsKeeper::compareWithLastSave(const std::string& found, std::string& 
                      directory_.shadowCopy() + " holds, and it was loaded with reports";
     return;
   }
-  std::string kept = "nothing";
+  std::string kept;
   try {
     kept = keepCopy(directory_.settings(), "former", *saved);
   } catch (const std::system_error& error) {
@@ -126,7 +126,10 @@ std::string SettingsKeeper::refusal(bool force) {
            HOW_TO_FORCE;
   }
   const auto found = readFile(directory_.settings(), MAX_SETTINGS_SIZE + 1);
-  if (found != onDisk_) return refuseForeignChange(found, force);
+  if (found != onDisk_) {
+    std::string failure = refuseForeignChange(found, force);
+    if (!failure.empty()) return failure;
+  }
   if (degradedReason.empty()) return {};
   const auto saved = readShadowCopy(directory_);  // may be the better one
   if (saved && saved != found) (void)keepCopy(directory_.settings(), "former", *saved);

@@ -313,6 +313,18 @@ TEST_F(Keeper, AFileThatIsNotTheLastSaveAndGivesReportsKeepsTheShadowCopy) {
   EXPECT_EQ(directory_.textOfOnly("localsettings.ini.damaged-"), withPort("5x1"));
 }
 
+// The shadow copy may hold the only good settings, whatever became of the file since.
+TEST_F(Keeper, AForcedSaveOverAnEditKeepsWhatTheShadowCopyHeld) {
+  directory_.write(SETTINGS, withPort("5x1"));
+  directory_.write(SHADOW_COPY, sealed(exampleSettings(502)));
+  KeptSettings settings(directory_);
+  directory_.write(SETTINGS, "edited");
+  EXPECT_EQ(settings.keeper().save(true), "");
+  expectBothHold(settings.server().rawSettings);
+  EXPECT_EQ(directory_.textOfOnly("localsettings.ini.former-"), exampleSettings(502));
+  EXPECT_EQ(directory_.textOfOnly("localsettings.ini.edited-"), "edited");
+}
+
 TEST_F(Keeper, ABrokenShadowCopyIsMadeAnewAndIsNoReasonToDoubtTheFile) {
   std::string broken = sealed(exampleSettings());
   broken[200] = '~';
