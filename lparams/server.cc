@@ -41,7 +41,7 @@ const char* default_file_name_() {
 bool Server_t::save(std::string* error) {
   Lock ioLock(g_ioLock);
   std::string current;
-  if (is_not_changed_(*this, snapshot(), current)) return true;
+  if (is_not_changed_(*this, rawSettings, current)) return true;
 
   const std::string path = default_file_name_();
   switch (writeSettingsFile(*this, path, error)) {
@@ -79,23 +79,21 @@ bool Server_t::load(LoadLog* log) {
     loaded = false;
   }
   if (!loaded) log->fileFailed(pathForReport());
-  std::string current;
-  raw_settings_(*this, current);
-  setSnapshot(std::move(current));
+  setSnapshot(currentText(*this, rawSettings.size()));
   g_loadlog = nullptr;
   return loaded;
 }
 
 bool Server_t::isChanged() {
-  const std::string last = snapshot();
-  if (last.empty()) return true;
-  std::string current;
-  return !is_not_changed_(*this, last, current);
-}
-
-std::string Server_t::snapshot() {
+  size_t size = 0;
+  {
+    Lock rootLock(*this);
+    size = rawSettings.size();
+  }
+  if (size == 0) return true;
+  const std::string current = currentText(*this, size);  // takes the root's lock itself
   Lock rootLock(*this);
-  return rawSettings;
+  return current != rawSettings;
 }
 
 void Server_t::setSnapshot(std::string text) {

@@ -41,11 +41,10 @@ class Server_t : public Catalogue {
   int (*saveHook)(const char*) = nullptr;
 
   /// The text of the file at the last load or save; empty before, and after a rename that failed.
-  /// Protected by the root's lock, which is held for nothing else meanwhile.
+  /// Written under g_ioLock and the root's own lock; either is enough to read it.
   std::string rawSettings;
 
  private:
-  std::string snapshot();
   void setSnapshot(std::string text);
 };
 

@@ -5,17 +5,12 @@
 #include "lparams/params/text_stream.h"
 
 namespace LPARAMS::Server {
-namespace {
 
-/// The text that a save would write now, built apart from any other: one that breaks off is given
-/// up with its memory. `size` is the size to expect.
 std::string currentText(ParamGroup& group, size_t size) {
   TextStream os(size);
   (void)group.save(os, 0);
   return os.take();
 }
-
-}  // namespace
 
 void raw_settings_(ParamGroup& group, std::string& out) { out = currentText(group, out.size()); }
 

@@ -7,6 +7,10 @@
 
 namespace LPARAMS::Server {
 
+/// The text that a save would write now, in memory of its own: one that breaks off is given up with
+/// it. `size` is the size to expect.
+std::string currentText(ParamGroup& group, size_t size);
+
 /// Sets `out` to the text of the group at nesting level 0. Resets enumerations without a name to
 /// their defaults, as every save does. Takes the locks of the group and its members. What the
 /// building of the text throws, std::bad_alloc among it, leaves `out` as it was.
