@@ -21,6 +21,7 @@
 #include "agent/service_manager.h"
 #include "agent/status.h"
 #include "agent/watchdog.h"
+#include "schema/schema.h"
 
 namespace agent {
 namespace {
@@ -46,6 +47,9 @@ void serve(const Options& options, LPARAMS::Server::Server_t& server, SettingsKe
   std::optional<BridgeServer> bridge;
   CommandService service(keeper.writeTurn(), changes, check ? &*check : nullptr,
                          [&] { return statusOf(options, server, keeper, *bridge); });
+  service.add("schema", [](BridgeSession& /*session*/, const std::string& /*input*/) {
+    return bridge::Reply{.result = 1, .output = schema::ownSchema()};
+  });
   bridge.emplace(io, options.socket, AccessRules::numberOf(rules.adminGroup()), service);
 
   std::jthread drainLimit;

@@ -5,6 +5,8 @@
 #include <ctime>
 #include <nlohmann/json.hpp>
 
+#include "schema/schema.h"
+
 namespace agent {
 namespace {
 
@@ -27,15 +29,11 @@ std::string statusOf(const Options& options, LPARAMS::Server::Server_t& server,
                      const SettingsKeeper& keeper, const BridgeServer& bridge) {
   const SettingsKeeper::State state = keeper.state();
   const json status = {
-      {"version", LPARAMS_VERSION},
-      {"pid", ::getpid()},
-      {"stateDir", options.stateDir},
-      {"strict", !options.acceptAny},
-      {"degraded", orNull(state.degradedReason)},
-      {"disk", orNull(state.disk)},
-      {"changed", server.isChanged()},
-      {"lastSave", utc(state.lastSave)},
-      {"lastFailure", orNull(state.lastFailure)},
+      {"version", LPARAMS_VERSION},      {"pid", ::getpid()},
+      {"stateDir", options.stateDir},    {"strict", !options.acceptAny},
+      {"catalogue", schema::ownHash()},  {"degraded", orNull(state.degradedReason)},
+      {"disk", orNull(state.disk)},      {"changed", server.isChanged()},
+      {"lastSave", utc(state.lastSave)}, {"lastFailure", orNull(state.lastFailure)},
       {"sessions", bridge.sessions()},
   };
   // A path may hold any bytes; JSON holds UTF-8.

@@ -1,42 +1,21 @@
 #include "bridge/protocol.h"
 
-#include <bit>
-#include <concepts>
 #include <cstring>
-#include <type_traits>
+
+#include "bridge/bytes.h"
 
 namespace bridge {
 namespace {
 
-static_assert(std::endian::native == std::endian::little, "values are copied in host byte order");
-
-template <typename T>
-requires std::is_integral_v<T> || std::is_enum_v<T>
-void put(std::string& out, T value) {
-  char bytes[sizeof value];
-  std::memcpy(bytes, &value, sizeof value);
-  out.append(bytes, sizeof value);
-}
-
-/// Takes a value off the front of the bytes; false if they are too short.
-template <std::integral T>
-bool take(std::string_view& bytes, T& value) {
-  if (bytes.size() < sizeof value) return false;
-  std::memcpy(&value, bytes.data(), sizeof value);
-  bytes.remove_prefix(sizeof value);
-  return true;
-}
-
-/// Takes `length` bytes off the front; false if there are fewer.
-bool take(std::string_view& bytes, std::string& value, size_t length) {
-  if (bytes.size() < length) return false;
-  value = bytes.substr(0, length);
-  bytes.remove_prefix(length);
-  return true;
-}
-
 /// The first byte of a frame.
-enum Kind : uint8_t { COMMAND = 1, STATUS = 2, SUBSCRIBE = 3, REPLY = 129, EVENT = 130 };
+enum Kind : uint8_t {
+  COMMAND = 1,
+  STATUS = 2,
+  SUBSCRIBE = 3,
+  AGENT_COMMAND = 4,
+  REPLY = 129,
+  EVENT = 130,
+};
 
 enum CommandFlags : uint8_t { HAS_REVISION = 1, FORCE = 2 };
 
@@ -54,13 +33,18 @@ void putBody(std::string& out, const StatusRequest& /*request*/) { put(out, STAT
 
 void putBody(std::string& out, const Subscription& /*request*/) { put(out, SUBSCRIBE); }
 
+void putBody(std::string& out, const AgentCommand& command) {
+  put(out, AGENT_COMMAND);
+  put(out, command.name);
+  out += command.input;
+}
+
 void putBody(std::string& out, const Reply& reply) {
   put(out, REPLY);
   put(out, reply.result);
   put(out, static_cast<uint32_t>(reply.reason));
   put(out, reply.revision);
-  put(out, static_cast<uint32_t>(reply.text.size()));
-  out += reply.text;
+  put(out, reply.text);
   out += reply.output;
 }
 
@@ -98,11 +82,16 @@ bool takeBody(std::string_view bytes, StatusRequest& /*request*/) { return bytes
 
 bool takeBody(std::string_view bytes, Subscription& /*request*/) { return bytes.empty(); }
 
+bool takeBody(std::string_view bytes, AgentCommand& command) {
+  if (!take(bytes, command.name)) return false;
+  command.input = bytes;
+  return true;
+}
+
 bool takeBody(std::string_view bytes, Reply& reply) {
   uint32_t reason = 0;
-  uint32_t textLength = 0;
   if (!take(bytes, reply.result) || !take(bytes, reason) || !take(bytes, reply.revision) ||
-      !take(bytes, textLength) || !take(bytes, reply.text, textLength)) {
+      !take(bytes, reply.text)) {
     return false;
   }
   reply.reason = static_cast<Reason>(reason);
@@ -159,6 +148,8 @@ std::optional<Request> decodeRequest(std::string_view frame) {
       return decodeAs<Request, StatusRequest>(frame);
     case SUBSCRIBE:
       return decodeAs<Request, Subscription>(frame);
+    case AGENT_COMMAND:
+      return decodeAs<Request, AgentCommand>(frame);
     default:
       return std::nullopt;
   }

@@ -50,7 +50,16 @@ struct Subscription {
   bool operator==(const Subscription&) const = default;
 };
 
-using Request = std::variant<Command, StatusRequest, Subscription>;
+/// Client to agent: a command for the agent itself, which knows it by its name. Answered by a
+/// Reply.
+struct AgentCommand {
+  std::string name = {};
+  std::string input = {};
+
+  bool operator==(const AgentCommand&) const = default;
+};
+
+using Request = std::variant<Command, StatusRequest, Subscription, AgentCommand>;
 
 /// Why a request failed. The numbers travel: do not change one.
 enum class Reason : uint32_t {
@@ -65,6 +74,7 @@ enum class Reason : uint32_t {
   IllegalValue = 8,    ///< the record to be written holds what the settings do not allow
   Conflict = 9,        ///< the group has changed since the stated revision
   SaveRefused = 10,    ///< the settings were not saved, or not durably
+  NoSuchCommand = 11,  ///< the agent has no command with that name
 };
 
 /// Agent to client: the answer to a request; one each, in the order of the requests.

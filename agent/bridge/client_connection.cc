@@ -212,6 +212,9 @@ bool ClientConnection::handleRequest(const bridge::Request& request) {
   if (const auto* command = std::get_if<bridge::Command>(&request)) {
     return send(service_.execute(peer_, *command));
   }
+  if (const auto* command = std::get_if<bridge::AgentCommand>(&request)) {
+    return send(service_.execute(peer_, *command));
+  }
   if (std::holds_alternative<bridge::Subscription>(request)) return subscribe();
   return send(service_.status());
 }

@@ -4,6 +4,7 @@
 #include <string_view>
 #include <utility>
 
+#include "agent/base/log.h"
 #include "agent/bridge/listener_registry.h"
 #include "lparams/interface/access_levels.h"
 #include "lparams/interface/commands.h"
@@ -90,6 +91,14 @@ Reply CommandService::execute(BridgeSession& session, const bridge::Command& com
     if (command.command == WRITE_GROUP) return writeGroup(session, command);
   }
   return call(session, command);
+}
+
+Reply CommandService::execute(BridgeSession& session, const bridge::AgentCommand& command) const {
+  const auto handler = handlers_.find(command.name);
+  if (handler == handlers_.end()) {
+    return failure(Reason::NoSuchCommand, "the agent has no command " + quoted(command.name));
+  }
+  return handler->second(session, command.input);
 }
 
 Reply CommandService::readGroup(BridgeSession& session, const bridge::Command& command) {

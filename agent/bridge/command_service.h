@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <string>
 
 #include "agent/base/bridge_session.h"
@@ -24,6 +25,14 @@ class CommandService {
 
   bridge::Reply execute(BridgeSession& session, const bridge::Command& command);
 
+  /// What carries out a command of the agent itself, with the command's input. Thread-safe.
+  using Handler = std::function<bridge::Reply(BridgeSession& session, const std::string& input)>;
+
+  /// Makes the agent know a command. Call before the first session.
+  void add(const std::string& name, Handler handler) { handlers_[name] = std::move(handler); }
+
+  bridge::Reply execute(BridgeSession& session, const bridge::AgentCommand& command) const;
+
   bridge::Reply status() const;
   ChangeTracker& changes() { return changes_; }
 
@@ -35,6 +44,7 @@ class CommandService {
   ChangeTracker& changes_;
   const RecordCheck* const check_;
   const std::function<std::string()> status_;
+  std::map<std::string, Handler> handlers_;  ///< by the command's name; constant during sessions
 };
 
 }  // namespace agent

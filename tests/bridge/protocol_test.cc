@@ -35,6 +35,8 @@ const std::vector<Row<Request>> REQUESTS = {
      "12 00 00 00 01 02 0D 00 00 00 02 00 00 00 00 00 00 00 00 00 00 00", 18},
     {StatusRequest{}, "01 00 00 00 02", 1},
     {Subscription{}, "01 00 00 00 03", 1},
+    {AgentCommand{"get", "a\n"}, "0A 00 00 00 04 03 00 00 00 67 65 74 61 0A", 8},
+    {AgentCommand{}, "05 00 00 00 04 00 00 00 00", 5},
 };
 
 const std::vector<Row<Message>> MESSAGES = {
@@ -104,7 +106,7 @@ TEST(BridgeRequest, IsRefusedIfItsFixedPartIsCutOff) {
 }
 
 TEST(BridgeRequest, IsRefusedIfItIsOfNoKnownKindOrHasAnUnknownFlag) {
-  for (const char* bytes : {"00", "04", "81", "82", "FF", "02 00", "03 00",
+  for (const char* bytes : {"00", "05", "81", "82", "FF", "02 00", "03 00",
                             "01 04 0D 00 00 00 01 00 00 00 00 00 00 00 00 00 00 00"}) {
     EXPECT_FALSE(decodeRequest(unhex(bytes))) << bytes;
   }
@@ -146,7 +148,7 @@ TEST(BridgeReply, NumbersOfTheReasons) {
   const Reason inOrder[] = {Reason::None,           Reason::ModuleRefused, Reason::NotAuthorised,
                             Reason::MalformedInput, Reason::NoSuchModule,  Reason::MalformedFrame,
                             Reason::ModuleFailed,   Reason::ReplyTooLarge, Reason::IllegalValue,
-                            Reason::Conflict,       Reason::SaveRefused};
+                            Reason::Conflict,       Reason::SaveRefused,   Reason::NoSuchCommand};
   for (uint32_t number = 0; number < std::size(inOrder); ++number) {
     EXPECT_EQ(static_cast<uint32_t>(inOrder[number]), number);
   }

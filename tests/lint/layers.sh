@@ -17,12 +17,13 @@ declare -A may_include=(
   [lparams/storage]="$model lparams/interface"
   [lparams]="$model lparams/interface lparams/storage"
   [bridge]=''
+  [schema]="$model lparams/values"
   [text]=''
   [agent/base]='platform lparams/params text'
   [agent/services]='platform agent/base'
   [agent/state]="$module agent/base"
   [agent/bridge]="$module bridge agent/base"
-  [agent]="$module agent/base agent/services agent/state agent/bridge"
+  [agent]="$module agent/base agent/services agent/state agent/bridge schema"
   [client]="$model lparams/interface lparams/values bridge text"
   [tools]="$model lparams/values"
 )
