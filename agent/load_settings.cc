@@ -7,7 +7,7 @@
 #include "agent/load_report.h"
 #include "agent/load_timeout.h"
 #include "agent/services/markup_report.h"
-#include "agent/state/settings_completeness.h"
+#include "inspection/settings_completeness.h"
 
 namespace agent {
 
@@ -53,7 +53,7 @@ LoadOutcome loadSettings(LPARAMS::Server::Server_t& server, const StateDirectory
   // The module takes what it cannot open for a file that is not there, and reports nothing.
   const bool onlyDefaults = report.reports() == 0 && server.rawSettings == defaults.str();
   if (onlyDefaults && start.source != StartingPoint::FirstStart &&
-      withoutByteOrderMark(start.text) != server.rawSettings) {
+      inspection::withoutByteOrderMark(start.text) != server.rawSettings) {
     return degraded("nothing was read from the settings file");
   }
   if (importing) return degraded(importFailure());

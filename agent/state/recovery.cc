@@ -13,13 +13,14 @@
 #include "agent/state/durable_file.h"
 #include "agent/state/kept_copies.h"
 #include "agent/state/sealed_text.h"
-#include "agent/state/settings_completeness.h"
+#include "inspection/settings_completeness.h"
 #include "lparams/interface/file_names.h"
 
 namespace agent {
 namespace {
 
-constexpr size_t MAX_SEALED_SIZE = MAX_SETTINGS_SIZE + 100;  // bytes; the seal is a line
+constexpr size_t MAX_SEALED_SIZE =
+    inspection::MAX_SETTINGS_SIZE + 100;  // bytes; the seal is a line
 
 /// One of the files that can hold the settings.
 struct Copy {
@@ -33,8 +34,8 @@ struct Copy {
 
 Copy examine(const std::string& path) {
   // One byte more than allowed tells a larger file.
-  Copy copy{path, readFile(path, MAX_SETTINGS_SIZE + 1), {}};
-  if (copy.text) copy.damage = incompleteBecause(*copy.text);
+  Copy copy{path, readFile(path, inspection::MAX_SETTINGS_SIZE + 1), {}};
+  if (copy.text) copy.damage = inspection::incompleteBecause(*copy.text);
   return copy;
 }
 
@@ -43,8 +44,8 @@ Copy examineShadowCopy(const std::string& path) {
   Copy copy{path, readFile(path, MAX_SEALED_SIZE + 1), {}};
   if (!copy.text) return copy;
   SealedText text = unsealed(std::move(*copy.text));
-  copy.damage =
-      text.seal == SealedText::Broken ? "its checksum does not fit" : incompleteBecause(text.text);
+  copy.damage = text.seal == SealedText::Broken ? "its checksum does not fit"
+                                                : inspection::incompleteBecause(text.text);
   copy.text = std::move(text.text);
   return copy;
 }
@@ -69,8 +70,8 @@ void moveDamagedAside(const Copy& copy) {
 }
 
 std::optional<std::string> readLegacy(const std::string& path) {
-  auto text = readFile(path, MAX_SETTINGS_SIZE + 1);
-  if (text && text->size() > MAX_SETTINGS_SIZE) {
+  auto text = readFile(path, inspection::MAX_SETTINGS_SIZE + 1);
+  if (text && text->size() > inspection::MAX_SETTINGS_SIZE) {
     throw std::runtime_error(path + " is larger than 16 MiB: no settings of an earlier version");
   }
   return text;

@@ -10,7 +10,7 @@
 #include "agent/state/durable_file.h"
 #include "agent/state/kept_copies.h"
 #include "agent/state/sealed_text.h"
-#include "agent/state/settings_completeness.h"
+#include "inspection/settings_completeness.h"
 
 namespace agent {
 namespace {
@@ -19,7 +19,7 @@ constexpr const char* HOW_TO_FORCE = "a forced save (lparamsctl save --force) re
 
 /// Throws if no start would accept the text.
 void refuseUnreadable(const std::string& text) {
-  const std::string reason = incompleteBecause(text);
+  const std::string reason = inspection::incompleteBecause(text);
   if (reason.empty()) return;
   throw std::runtime_error("the settings could not be read back from a file (" + reason +
                            "); nothing was written");
@@ -31,7 +31,7 @@ void SettingsKeeper::adopt(StartingPoint start, std::string degradedReason, int 
   const MutexLock lock(saving_);
   if (start.source != StartingPoint::FirstStart) {
     onDisk_ = start.text;
-    asFound_ = withoutByteOrderMark(start.text) != currentText();
+    asFound_ = inspection::withoutByteOrderMark(start.text) != currentText();
     compareWithLastSave(start.text, degradedReason, reports);
   }
   std::string disk;
@@ -125,7 +125,7 @@ std::string SettingsKeeper::refusal(bool force) {
     return "the settings were not loaded whole (" + degradedReason + "); look at them, then " +
            HOW_TO_FORCE;
   }
-  const auto found = readFile(directory_.settings(), MAX_SETTINGS_SIZE + 1);
+  const auto found = readFile(directory_.settings(), inspection::MAX_SETTINGS_SIZE + 1);
   if (found != onDisk_) {
     std::string failure = refuseForeignChange(found, force);
     if (!failure.empty()) return failure;
@@ -142,7 +142,8 @@ std::string SettingsKeeper::refuseForeignChange(const std::optional<std::string>
   std::string what = directory_.settings() + (found ? " was edited" : " was removed") +
                      " while the agent was running; ";
   if (found) {
-    if (found->size() > MAX_SETTINGS_SIZE) return what + "it is too large now to be kept: move it";
+    if (found->size() > inspection::MAX_SETTINGS_SIZE)
+      return what + "it is too large now to be kept: move it";
     if (found != foreign_) {
       foreignKept_ = keepCopy(directory_.settings(), "edited", *found);
       foreign_ = found;
@@ -177,13 +178,14 @@ void SettingsKeeper::saveDurably() {
   removeFile(directory_.backup());
   std::string report;
   if (!replaceSettings(text, report)) {
-    onDisk_ = readFile(directory_.settings(), MAX_SETTINGS_SIZE + 1);  // as the module left it
+    onDisk_ = readFile(directory_.settings(),
+                       inspection::MAX_SETTINGS_SIZE + 1);  // as the module left it
     throw std::runtime_error(report);
   }
   try {
     const std::string written = snapshot();
     onDisk_ = written;  // holds if the file cannot be read now: nobody else has changed it
-    onDisk_ = readFile(directory_.settings(), MAX_SETTINGS_SIZE + 1);
+    onDisk_ = readFile(directory_.settings(), inspection::MAX_SETTINGS_SIZE + 1);
     if (onDisk_ != written) {
       throw std::runtime_error(directory_.settings() + " does not hold what was written to it");
     }

@@ -2,6 +2,7 @@
 // whoever checks what the module takes as it stands.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -34,6 +35,9 @@ bool setValue(Param& param, const std::string& text);
 inline constexpr const char* HIDDEN = "(hidden)";
 
 bool isSecret(const Param& param);
+
+/// The longest text that a checked write may set, in bytes.
+inline constexpr size_t MAX_TEXT_SIZE = 64 * 1024;
 
 /// A byte that leaves its line or drives a terminal.
 constexpr bool isControlByte(char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7f'; }

@@ -19,11 +19,12 @@ declare -A may_include=(
   [bridge]=''
   [schema]="$model lparams/values"
   [text]=''
+  [inspection]="$model lparams/storage lparams/values"
   [agent/base]='platform lparams/params text'
   [agent/services]='platform agent/base'
-  [agent/state]="$module agent/base"
+  [agent/state]="$module inspection agent/base"
   [agent/bridge]="$module bridge agent/base"
-  [agent]="$module agent/base agent/services agent/state agent/bridge schema"
+  [agent]="$module inspection agent/base agent/services agent/state agent/bridge schema"
   [client]="$model lparams/interface lparams/values bridge text"
   [tools]="$model lparams/values"
 )

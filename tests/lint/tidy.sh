@@ -6,5 +6,5 @@ set -euo pipefail
 cd "$(dirname "$0")/../.."
 
 cmake --preset lint >/dev/null
-run-clang-tidy -quiet -p build/lint "^$PWD/(agent|bridge|client|lparams|schema|text|tools)/" 2>&1 |
+run-clang-tidy -quiet -p build/lint "^$PWD/(agent|bridge|client|inspection|lparams|schema|text|tools)/" 2>&1 |
   sed -E 's/\x1b\[[0-9;]*m//g; /^clang-tidy|^[0-9]+ warnings? generated/d'

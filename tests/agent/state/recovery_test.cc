@@ -7,7 +7,7 @@
 #include <stdexcept>
 
 #include "agent/state/sealed_text.h"
-#include "agent/state/settings_completeness.h"
+#include "inspection/settings_completeness.h"
 #include "tests/agent/state/scratch_directory.h"
 
 namespace agent {
@@ -147,7 +147,8 @@ TEST(Recovery, DefaultsMayBeAllowedWhereTheyAreNotNeeded) {
 }
 
 TEST(Recovery, AnEmptyFileAndOneThatIsTooLargeAreDamaged) {
-  for (const std::string& text : {std::string(), std::string(MAX_SETTINGS_SIZE + 1, '\n')}) {
+  for (const std::string& text :
+       {std::string(), std::string(inspection::MAX_SETTINGS_SIZE + 1, '\n')}) {
     const Row files("-W-");
     files.directory.write(SETTINGS, text);
     EXPECT_EQ(prepareStart(files.state, false).text, wholeText(SHADOW_COPY));
@@ -266,7 +267,7 @@ TEST_F(LegacyRecovery, WithoutAnOldFileThereIsNothingToDo) {
 }
 
 TEST_F(LegacyRecovery, WhatCannotBeKeptStopsTheStart) {
-  directory_.write("localsettings.xml", std::string(MAX_SETTINGS_SIZE + 1, ' '));
+  directory_.write("localsettings.xml", std::string(inspection::MAX_SETTINGS_SIZE + 1, ' '));
   EXPECT_THROW(keepLegacySettings(state_), std::runtime_error);
   directory_.remove("localsettings.xml");
   (void)::mkdir(directory_.at("localsettings.xml").c_str(), 0700);

@@ -12,7 +12,7 @@
 #include <thread>
 
 #include "agent/state/sealed_text.h"
-#include "agent/state/settings_completeness.h"
+#include "inspection/settings_completeness.h"
 #include "tests/agent/state/kept_settings.h"
 #include "tests/agent/state/rename_hook.h"
 
@@ -50,7 +50,7 @@ class Keeper : public testing::Test {
 
 TEST_F(Keeper, AFirstStartIsPlacedAtOnce) {
   KeptSettings settings(directory_);
-  EXPECT_EQ(incompleteBecause(directory_.text(SETTINGS)), "");
+  EXPECT_EQ(inspection::incompleteBecause(directory_.text(SETTINGS)), "");
   expectBothHold(settings.server().rawSettings);
   EXPECT_THAT(directory_.names(), ElementsAre(SETTINGS, SHADOW_COPY));
   EXPECT_FALSE(settings.server().isChanged());
@@ -207,9 +207,9 @@ TEST_F(Keeper, AnEditThatCannotBeKeptIsNotReplacedByForceEither) {
   directory_.write(SETTINGS, exampleSettings());
   KeptSettings settings(directory_);
   settings.setPort(501);
-  directory_.write(SETTINGS, std::string(MAX_SETTINGS_SIZE + 1, '#'));
+  directory_.write(SETTINGS, std::string(inspection::MAX_SETTINGS_SIZE + 1, '#'));
   EXPECT_THAT(settings.keeper().save(true), HasSubstr("it is too large now to be kept: move it"));
-  EXPECT_EQ(directory_.text(SETTINGS).size(), MAX_SETTINGS_SIZE + 1);
+  EXPECT_EQ(directory_.text(SETTINGS).size(), inspection::MAX_SETTINGS_SIZE + 1);
 
   directory_.remove(SETTINGS);
   (void)::mkdir(directory_.at(SETTINGS).c_str(), 0700);
@@ -226,7 +226,7 @@ TEST_F(Keeper, WhatNoStartWouldAcceptIsNotWritten) {
   const struct {
     std::string value;
     const char* reason;
-  } rows[] = {{std::string(MAX_SETTINGS_SIZE, 'x'), "it is larger than 16 MiB"},
+  } rows[] = {{std::string(inspection::MAX_SETTINGS_SIZE, 'x'), "it is larger than 16 MiB"},
               {std::string("a\0b", 3), "it holds a zero byte"},
               {"a\n/Y=", "1 of its blocks are not closed"},
               {"a\nend=", "text follows the end of its root block"}};

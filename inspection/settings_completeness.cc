@@ -1,10 +1,10 @@
-#include "agent/state/settings_completeness.h"
+#include "inspection/settings_completeness.h"
 
 #include <algorithm>
 
 #include "lparams/params/block_grammar.h"
 
-namespace agent {
+namespace inspection {
 namespace {
 
 using namespace LPARAMS::Server;
@@ -52,4 +52,4 @@ std::string_view withoutByteOrderMark(std::string_view text) {
   return text;
 }
 
-}  // namespace agent
+}  // namespace inspection

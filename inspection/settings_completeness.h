@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-namespace agent {
+namespace inspection {
 
 /// Upper limit of a settings file, in bytes.
 inline constexpr size_t MAX_SETTINGS_SIZE = 16 * 1024 * 1024;
@@ -18,4 +18,4 @@ std::string incompleteBecause(std::string_view text);
 /// The text behind the byte-order mark that some editors put in front.
 std::string_view withoutByteOrderMark(std::string_view text);
 
-}  // namespace agent
+}  // namespace inspection

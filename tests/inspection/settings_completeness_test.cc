@@ -1,11 +1,11 @@
-#include "agent/state/settings_completeness.h"
+#include "inspection/settings_completeness.h"
 
 #include <gtest/gtest.h>
 
 #include "tests/agent/state/scratch_directory.h"
 #include "tests/support/readable_bytes.h"
 
-namespace agent {
+namespace inspection {
 namespace {
 
 using namespace std::string_literals;
@@ -76,4 +76,4 @@ TEST(SettingsCompleteness, Limit) {
 }
 
 }  // namespace
-}  // namespace agent
+}  // namespace inspection

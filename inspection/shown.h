@@ -1,0 +1,34 @@
+// Parts of a settings text, made fit to be shown: no secret among them.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "lparams/catalogue/catalogue.h"
+
+namespace inspection {
+
+/// What may be seen of a text that somebody has edited by hand. A secret may stand anywhere in it:
+/// behind its name with something else than a "=" between the two, in the line of another
+/// parameter, or in a line of its own.
+class Shown {
+ public:
+  explicit Shown(const LPARAMS::Server::Catalogue& catalogue);
+
+  /// The key, if it has the form of a name or is one that was mistyped. What else stands before a
+  /// "=" may be a part of a value, and of a secret one.
+  std::string name(std::string_view key) const;
+
+  /// What stands in the place of any key.
+  static std::string hidden(std::string_view key);
+
+  /// The beginning of a text from behind a "=", up to where a secret could begin.
+  std::string text(std::string_view text) const;
+
+ private:
+  std::vector<std::string_view> names_;    // of groups and parameters
+  std::vector<std::string_view> secrets_;  // of those that hold secrets
+};
+
+}  // namespace inspection
