@@ -6,8 +6,13 @@
 namespace text {
 namespace {
 
+/// Of ASCII, those beyond it, the ends of lines and paragraphs, and what turns the direction of
+/// text around, so that it reads differently from what it says (Unicode: Cc, Zl, Zp, Bidi_Control).
 bool isControl(uint32_t character) {
-  return character < ' ' || (character >= 0x7F && character <= 0x9F);
+  return character < ' ' || (character >= 0x7F && character <= 0x9F) || character == 0x061C ||
+         character == 0x200E || character == 0x200F ||
+         (character >= 0x2028 && character <= 0x202E) ||
+         (character >= 0x2066 && character <= 0x2069);
 }
 
 void appendBytes(std::string& out, std::string_view bytes) {

@@ -6,8 +6,9 @@
 
 namespace text {
 
-/// The text as UTF-8 without control characters: the bytes of every one of them (those of ASCII,
-/// and U+0080 to U+009F), and bytes that are not UTF-8, become \xNN. Everything else stays.
+/// The text as UTF-8 without control characters: the bytes of every one of them (of ASCII, U+0080
+/// to U+009F, ends of lines, marks of direction), and bytes that are not UTF-8, become \xNN.
+/// Everything else stays.
 std::string escaped(std::string_view text);
 
 /// The same in double quotes, with a backslash before each double quote and backslash.
