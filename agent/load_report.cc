@@ -99,7 +99,7 @@ void LoadReport::paramsMissing(int missing, int total, const std::string& group)
 
 void LoadReport::rootMismatch(const std::string& key, const std::string& rootName) {
   warn("the file does not begin with the root block; nothing was loaded",
-       {{"found", key}, {"expected", "/" + rootName + "="}});
+       {{"found", shortened(key)}, {"expected", "/" + rootName + "="}});
 }
 
 void LoadReport::fileFailed(const std::string& fileName) {
@@ -107,7 +107,7 @@ void LoadReport::fileFailed(const std::string& fileName) {
 }
 
 void LoadReport::badValue(const std::string& param, const std::string& found) {
-  const std::string text = withoutNextValue(server_, found);
+  const std::string text = shortened(withoutNextValue(server_, found));
   const auto candidates = candidatesFor(server_, param);
   if (candidates.empty()) {
     warn("the value cannot be read", {{"parameter", param}, {"text", text}});
@@ -124,7 +124,7 @@ void LoadReport::badValue(const std::string& param, const std::string& found) {
     return;
   }
   Param& only = *candidates.front().param;
-  const std::string value = isSecret(only) ? HIDDEN : valueText(only);
+  const std::string value = isSecret(only) ? HIDDEN : shortened(valueText(only));
   warn(done, {{"group", groups},
               {"parameter", param},
               {"text", text},
@@ -135,7 +135,9 @@ void LoadReport::badValue(const std::string& param, const std::string& found) {
 void LoadReport::extraText(const std::string& param, const std::string& text) {
   const std::string groups = groupsOf(candidatesFor(server_, param));
   warn("the value is followed by more text, which was ignored",
-       {{"group", groups}, {"parameter", param}, {"text", withoutNextValue(server_, text)}});
+       {{"group", groups},
+        {"parameter", param},
+        {"text", shortened(withoutNextValue(server_, text))}});
 }
 
 }  // namespace agent

@@ -24,7 +24,8 @@ std::string importFailure() {
   } else if (!report.failure.empty()) {
     reason = report.failure;
   } else if (report.topElement != LEGACY_ELEMENT) {
-    reason = "its first element is \"" + report.topElement + "\", not \"" + LEGACY_ELEMENT + "\"";
+    reason =
+        "its first element is " + quoted(report.topElement) + ", not \"" + LEGACY_ELEMENT + "\"";
   }
   if (reason.empty()) return {};
   return "the settings of earlier versions could not be imported (" + reason + "); they are kept";

@@ -3,7 +3,6 @@
 #include <string>
 
 #include "agent/base/bridge_session.h"
-#include "agent/base/log.h"
 
 namespace agent {
 namespace {
@@ -14,11 +13,7 @@ int saveThroughKeeper(const char* /*section*/) {
   BridgeSession* session = BridgeSession::current();
   const bool force = session != nullptr && session->command.force;
   const std::string failure = g_keeper->save(force);
-  if (failure.empty()) {
-    log(Level::Info, force ? "settings saved, forced" : "settings saved");
-    return 1;
-  }
-  log(Level::Error, "settings not saved", {{"reason", failure}});
+  if (failure.empty()) return 1;
   if (session != nullptr) session->command.saveFailure = failure;
   return 0;
 }

@@ -2,6 +2,7 @@
 
 #include <asio/io_context.hpp>
 #include <asio/signal_set.hpp>
+#include <asio/steady_timer.hpp>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
@@ -28,6 +29,18 @@ namespace {
 
 constexpr std::chrono::seconds DRAIN_LIMIT{15};  // for commands that run when the agent is stopped
 
+constexpr std::chrono::seconds COUNTING_TIME{1};  // between the sums of what the log leaves out
+
+/// Has the log tell once a second what it has left out, until the timer is cancelled.
+void tellLeftOut(asio::steady_timer& timer) {
+  timer.expires_after(COUNTING_TIME);
+  timer.async_wait([&timer](const asio::error_code& cancelled) {
+    if (cancelled) return;
+    logLeftOut(LeftOut::Due);
+    tellLeftOut(timer);
+  });
+}
+
 /// Ends the process unless it is asked to stop within the limit.
 void enforceDrainLimit(const std::stop_token& stop) {
   if (waitForStop(stop, DRAIN_LIMIT)) return;
@@ -45,7 +58,7 @@ void serve(const Options& options, LPARAMS::Server::Server_t& server, SettingsKe
 
   asio::io_context io(1);  // runs on this thread alone
   std::optional<BridgeServer> bridge;
-  CommandService service(keeper.writeTurn(), changes, check ? &*check : nullptr,
+  CommandService service(server, keeper.writeTurn(), changes, check ? &*check : nullptr,
                          [&] { return statusOf(options, server, keeper, *bridge); });
   service.add("schema", [](BridgeSession& /*session*/, const std::string& /*input*/) {
     return bridge::Reply{.result = 1, .output = schema::ownSchema()};
@@ -57,6 +70,8 @@ void serve(const Options& options, LPARAMS::Server::Server_t& server, SettingsKe
   if (const auto interval = watchdogInterval()) {
     watchdog.emplace(io, server, *interval, [] { notifyServiceManager("WATCHDOG=1"); });
   }
+  asio::steady_timer counting(io);
+  tellLeftOut(counting);
   asio::signal_set signals(io, SIGTERM, SIGINT);
   if (endsWithTerminal()) signals.add(SIGHUP);
   signals.async_wait([&](const asio::error_code& error, int signal) {
@@ -66,12 +81,14 @@ void serve(const Options& options, LPARAMS::Server::Server_t& server, SettingsKe
     drainLimit = std::jthread(enforceDrainLimit);
     if (watchdog) watchdog->stop();
     bridge->stop();
+    counting.cancel();
   });
   acceptEndSignals();
   log(Level::Info, "listening", {{"socket", options.socket}});
   notifyServiceManager("READY=1");
 
   io.run();
+  logLeftOut(LeftOut::All);
 }
 
 }  // namespace agent

@@ -18,14 +18,16 @@ class BridgeSession {
     std::string saveFailure = {};  ///< why its save failed, in words; empty if none did
   };
 
-  /// `groups` are the groups of the client's process besides `gid`.
-  BridgeSession(uid_t uid, gid_t gid, pid_t pid, std::vector<gid_t> groups = {})
-      : uid(uid), gid(gid), pid(pid), groups(std::move(groups)) {}
+  /// `groups` are the groups of the client's process besides `gid`; `program` is its name.
+  BridgeSession(uid_t uid, gid_t gid, pid_t pid, std::vector<gid_t> groups = {},
+                std::string program = {})
+      : uid(uid), gid(gid), pid(pid), groups(std::move(groups)), program(std::move(program)) {}
 
   const uid_t uid;
   const gid_t gid;
   const pid_t pid;
   const std::vector<gid_t> groups;
+  const std::string program;  ///< any bytes that the process has chosen, for the log alone
 
   RunningCommand command;
 

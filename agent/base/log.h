@@ -1,6 +1,7 @@
 // The agent's log: one plain line per event on the standard error stream.
 #pragma once
 
+#include <cstddef>
 #include <initializer_list>
 #include <string>
 #include <string_view>
@@ -10,7 +11,8 @@ namespace agent {
 /// The numbers are the priorities of syslog(3).
 enum class Level { Error = 3, Warning = 4, Notice = 5, Info = 6 };
 
-/// A key and its value, written as key=value behind the message.
+/// A key and its value, written as key=value behind the message. The value is shown whole: one that
+/// comes from a file or a client goes through shortened() first.
 struct Field {
   Field(std::string_view key, std::string_view value) : key(key), value(value) {}
   Field(std::string_view key, long long value) : key(key), value(std::to_string(value)) {}
@@ -23,16 +25,29 @@ struct Field {
 /// before the first thread starts.
 void logForJournal();
 
-/// Writes one line. Never waits: lines that nobody reads are lost, and the next one that is read
-/// says how many they were. Thread-safe.
+/// Writes one line, with control characters as text::escaped() has them. Never waits: lines that
+/// nobody reads are lost, and the next one that is read says how many they were. Thread-safe.
 void log(Level level, std::string_view message, std::initializer_list<Field> fields = {});
 
 /// The same for what clients can cause as often as they like: one line of a message in a second,
 /// which says how many were left out since the one before.
 void logOften(Level level, std::string_view message, std::initializer_list<Field> fields = {});
 
-/// The text as text::inQuotes() has it, cut off after 200 bytes: for texts that come from a file or
-/// a client.
+enum class LeftOut {
+  Due,  ///< for a second
+  All,
+};
+
+/// Says for each message of logOften() how many were left out since its last line, if there were
+/// any: of those that are due once a second, of all at the end.
+void logLeftOut(LeftOut which);
+
+inline constexpr size_t MAX_FOREIGN = 200;  ///< bytes of a foreign text that a line shows
+
+/// The text, cut off after so many bytes: for texts that come from a file or a client.
+std::string shortened(std::string_view foreign, size_t limit = MAX_FOREIGN);
+
+/// The same as text::inQuotes() has it.
 std::string quoted(std::string_view foreign);
 
 }  // namespace agent

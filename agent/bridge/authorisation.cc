@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "agent/base/bridge_session.h"
+#include "agent/base/log.h"
 #include "platform/command_bridge.h"
 
 namespace agent {
@@ -60,7 +61,7 @@ bool _BridgeServerSide_AuthSession(BridgeSession& session, ModuleIdType module, 
   }
   session.command.refusal = "user " + std::to_string(session.uid) + " may not use module " +
                             std::to_string(module) + " at level " + std::to_string(level) +
-                            "; the agent's user, root and the members of the group \"" + group +
-                            "\" may";
+                            "; the agent's user, root and the members of the group " +
+                            agent::quoted(group) + " may";
   return false;
 }

@@ -14,6 +14,7 @@
 #include <variant>
 
 #include "agent/base/log.h"
+#include "agent/bridge/command_log.h"
 #include "agent/bridge/listener_registry.h"
 #include "bridge/protocol.h"
 
@@ -76,7 +77,10 @@ void ClientConnection::waitUntilWritable() {
   }
   if (failed) {
     logOften(Level::Error, "session closed: its client cannot be waited for",
-             {{"reason", failed.message()}, {"uid", peer_.uid}, {"pid", peer_.pid}});
+             {{"reason", failed.message()},
+              {"uid", peer_.uid},
+              {"pid", peer_.pid},
+              {"program", peer_.program}});
     return interrupt();
   }
   writable_.async_wait(asio::posix::descriptor_base::wait_write,
@@ -92,8 +96,9 @@ void ClientConnection::watchClock() {
   timer_.async_wait([self = shared_from_this()](const asio::error_code& /*cancelled*/) {
     if (self->ended_) return;
     if (self->isOverdue()) {
-      logOften(Level::Warning, "session closed: the client does not go on with what it has begun",
-               {{"uid", self->peer_.uid}, {"pid", self->peer_.pid}});
+      logOften(
+          Level::Warning, "session closed: the client does not go on with what it has begun",
+          {{"uid", self->peer_.uid}, {"pid", self->peer_.pid}, {"program", self->peer_.program}});
       self->interrupt();
     }
     self->watchClock();
@@ -128,7 +133,10 @@ void ClientConnection::run() {
     }
   } catch (const std::exception& failed) {
     logOften(Level::Error, "session closed: its request cannot be handled",
-             {{"reason", failed.what()}, {"uid", peer_.uid}, {"pid", peer_.pid}});
+             {{"reason", failed.what()},
+              {"uid", peer_.uid},
+              {"pid", peer_.pid},
+              {"program", peer_.program}});
   }
   if (subscription_) service_.changes().unsubscribe(*subscription_);
   if (greeted) listenerRegistry().sessionClosed(peer_);
@@ -144,7 +152,7 @@ bool ClientConnection::handleHello() {
   uint32_t version = 0;
   if (!bridge::decodeHello(*hello, version)) {
     logOften(Level::Warning, "session closed: the client does not speak the bridge protocol",
-             {{"uid", peer_.uid}, {"pid", peer_.pid}});
+             {{"uid", peer_.uid}, {"pid", peer_.pid}, {"program", peer_.program}});
     return false;
   }
   waitingSince_ = NOTHING;
@@ -195,17 +203,20 @@ bool ClientConnection::readMore() {
 /// False if the session ends with its reply.
 bool ClientConnection::handleFrame() {
   if (const auto size = input_.oversize()) {
-    (void)send(failure(bridge::Reason::MalformedFrame, "a frame of " + std::to_string(*size) +
-                                                           " bytes is over the limit of " +
-                                                           std::to_string(bridge::MAX_FRAME_SIZE)));
-    return false;
+    return refuseFrame("a frame of " + std::to_string(*size) + " bytes is over the limit of " +
+                       std::to_string(bridge::MAX_FRAME_SIZE));
   }
   const auto request = bridge::decodeRequest(*input_.takeFrame());
-  if (!request) {
-    (void)send(failure(bridge::Reason::MalformedFrame, "the frame holds no request"));
-    return false;
-  }
+  if (!request) return refuseFrame("the frame holds no request");
   return handleRequest(*request);
+}
+
+/// The session ends with it: false.
+bool ClientConnection::refuseFrame(std::string reason) {
+  const bridge::Reply reply = failure(bridge::Reason::MalformedFrame, std::move(reason));
+  logRefusal(peer_, reply);
+  (void)send(reply);
+  return false;
 }
 
 bool ClientConnection::handleRequest(const bridge::Request& request) {
@@ -231,9 +242,11 @@ bool ClientConnection::subscribe() {
 
 bool ClientConnection::send(const bridge::Reply& reply) {
   if (reply.output.size() > bridge::MAX_REPLY_OUTPUT) {
-    return send(failure(
+    const bridge::Reply instead = failure(
         bridge::Reason::ReplyTooLarge,
-        "the output of " + std::to_string(reply.output.size()) + " bytes does not fit a frame"));
+        "the output of " + std::to_string(reply.output.size()) + " bytes does not fit a frame");
+    logRefusal(peer_, instead);
+    return send(instead);
   }
   return settle(post(bridge::encode(reply)));
 }
@@ -249,7 +262,7 @@ SendQueue::Outcome ClientConnection::post(std::string_view frame) {
   const SendQueue::Outcome outcome = sendQueue_.send(frame);
   if (outcome == SendQueue::Outcome::Overflow) {
     logOften(Level::Warning, "session closed: the client does not take its events",
-             {{"uid", peer_.uid}, {"pid", peer_.pid}});
+             {{"uid", peer_.uid}, {"pid", peer_.pid}, {"program", peer_.program}});
     interrupt();
   }
   return outcome;

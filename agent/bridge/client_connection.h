@@ -62,6 +62,7 @@ class ClientConnection : public std::enable_shared_from_this<ClientConnection> {
   bool awaitFrame();
   bool readMore();
   bool handleFrame();
+  bool refuseFrame(std::string reason);
   bool handleRequest(const bridge::Request& request);
   bool subscribe();
   bool send(const bridge::Reply& reply);

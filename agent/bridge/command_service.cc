@@ -1,10 +1,13 @@
 #include "agent/bridge/command_service.h"
 
+#include <algorithm>
 #include <cstring>
 #include <string_view>
 #include <utility>
 
 #include "agent/base/log.h"
+#include "agent/bridge/command_log.h"
+#include "agent/bridge/group_values.h"
 #include "agent/bridge/listener_registry.h"
 #include "lparams/interface/access_levels.h"
 #include "lparams/interface/commands.h"
@@ -15,11 +18,19 @@ namespace {
 
 using bridge::Reason;
 using bridge::Reply;
+using LPARAMS::Server::ParamGroup;
 using LPARAMS::Server::READ_GROUP;
+using LPARAMS::Server::SAVE;
 using LPARAMS::Server::WRITE_ACCESS;
 using LPARAMS::Server::WRITE_GROUP;
 
 Reply failure(Reason reason, std::string text) { return {0, reason, std::move(text)}; }
+
+/// The reply, which the log tells of.
+Reply refused(const BridgeSession& session, Reply reply) {
+  logRefusal(session, reply);
+  return reply;
+}
 
 /// Says for the callbacks of a command whose it is.
 class CurrentSession {
@@ -86,19 +97,23 @@ std::string_view groupName(std::string_view input) {
 }  // namespace
 
 Reply CommandService::execute(BridgeSession& session, const bridge::Command& command) {
-  if (command.module == LPARAMS_MODULE_ID) {
-    if (command.command == READ_GROUP) return readGroup(session, command);
-    if (command.command == WRITE_GROUP) return writeGroup(session, command);
-  }
-  return call(session, command);
+  const bool ours = command.module == LPARAMS_MODULE_ID;
+  if (ours && command.command == WRITE_GROUP) return writeGroup(session, command);
+  const bool reads = ours && command.command == READ_GROUP;
+  Reply reply = reads ? readGroup(session, command) : call(session, command);
+  if (reply.result == 0) return refused(session, std::move(reply));
+  if (ours && command.command == SAVE) logSave(session, command.force);
+  return reply;
 }
 
 Reply CommandService::execute(BridgeSession& session, const bridge::AgentCommand& command) const {
   const auto handler = handlers_.find(command.name);
   if (handler == handlers_.end()) {
-    return failure(Reason::NoSuchCommand, "the agent has no command " + quoted(command.name));
+    return refused(session, failure(Reason::NoSuchCommand,
+                                    "the agent has no command " + quoted(command.name)));
   }
-  return handler->second(session, command.input);
+  Reply reply = handler->second(session, command.input);
+  return reply.result != 0 ? reply : refused(session, std::move(reply));
 }
 
 Reply CommandService::readGroup(BridgeSession& session, const bridge::Command& command) {
@@ -113,28 +128,48 @@ Reply CommandService::writeGroup(BridgeSession& session, const bridge::Command& 
   // The module authorises the write too; here it comes first, so that a stranger learns nothing.
   session.command = {};
   if (!_BridgeServerSide_AuthSession(session, LPARAMS_MODULE_ID, WRITE_ACCESS)) {
-    return failure(Reason::NotAuthorised, session.command.refusal);
+    return refused(session, failure(Reason::NotAuthorised, session.command.refusal));
   }
   RecordCheck::Finding finding;
   if (check_ != nullptr) finding = check_->look(command.input);
-  if (!finding.refusal.empty()) return failure(Reason::IllegalValue, std::move(finding.refusal));
+  if (!finding.refusal.empty()) {
+    return refused(session, failure(Reason::IllegalValue, std::move(finding.refusal)));
+  }
   const std::string_view group = groupName(command.input);
   const MutexLock turn(writeTurn_);
   const uint64_t revision = changes_.revision(group);
   if (command.revision && *command.revision != revision) {
     Reply conflict =
-        failure(Reason::Conflict, std::string(group) + " has changed: it was read at revision " +
+        failure(Reason::Conflict, shortened(group) + " has changed: it was read at revision " +
                                       std::to_string(*command.revision) + " and is at revision " +
                                       std::to_string(revision) + "; read it again");
     conflict.revision = revision;
-    return conflict;
+    return refused(session, std::move(conflict));
   }
   if (check_ != nullptr) {
     std::string refusal = check_->refusalOfSize(group, finding.textSize);
-    if (!refusal.empty()) return failure(Reason::IllegalValue, std::move(refusal));
+    if (!refusal.empty()) {
+      return refused(session, failure(Reason::IllegalValue, std::move(refusal)));
+    }
   }
+  return carryOut(session, command, group);
+}
+
+/// A write whose turn it is.
+Reply CommandService::carryOut(BridgeSession& session, const bridge::Command& command,
+                               std::string_view name) {
+  const auto groups = settings_.groups();
+  const auto group =
+      std::ranges::find_if(groups, [&](const ParamGroup* each) { return name == each->name; });
+  if (group == groups.end()) return refused(session, call(session, command));
+  const GroupValues before(**group);
   Reply reply = call(session, command);
-  reply.revision = mayHaveWritten(reply) ? changes_.written(group, session) : revision;
+  if (!mayHaveWritten(reply)) {
+    reply.revision = changes_.revision(name);
+    return refused(session, std::move(reply));
+  }
+  reply.revision = changes_.written(name, session);
+  logWrite(session, name, before.changesUntil(GroupValues(**group)), reply);
   return reply;
 }
 

@@ -4,24 +4,34 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <string_view>
+#include <utility>
 
 #include "agent/base/bridge_session.h"
 #include "agent/base/write_turn.h"
 #include "agent/bridge/change_tracker.h"
 #include "agent/bridge/record_check.h"
 #include "bridge/protocol.h"
+#include "lparams/catalogue/catalogue.h"
 
 namespace agent {
 
-/// Stands in front of the modules: checks writes of settings and their revisions, and puts what
-/// went wrong into words. Thread-safe; commands run side by side, writes of settings take turns.
+/// Stands in front of the modules: checks writes of settings and their revisions, puts what went
+/// wrong into words, and tells the log of every write, save and refusal. Thread-safe; commands run
+/// side by side, writes of settings take turns.
 class CommandService {
  public:
-  /// `check` may be null: then every value is taken as it stands. `status` returns the agent's
-  /// state as a JSON object. REQUIRES: all of them outlive the service.
-  CommandService(WriteTurn& writeTurn, ChangeTracker& changes, const RecordCheck* check,
+  /// `settings` are those of the module. `check` may be null: then every value is taken as it
+  /// stands. `status` returns the agent's state as a JSON object. REQUIRES: all of them outlive the
+  /// service.
+  CommandService(const LPARAMS::Server::Catalogue& settings, WriteTurn& writeTurn,
+                 ChangeTracker& changes, const RecordCheck* check,
                  std::function<std::string()> status)
-      : writeTurn_(writeTurn), changes_(changes), check_(check), status_(std::move(status)) {}
+      : settings_(settings),
+        writeTurn_(writeTurn),
+        changes_(changes),
+        check_(check),
+        status_(std::move(status)) {}
 
   bridge::Reply execute(BridgeSession& session, const bridge::Command& command);
 
@@ -39,7 +49,10 @@ class CommandService {
  private:
   bridge::Reply readGroup(BridgeSession& session, const bridge::Command& command);
   bridge::Reply writeGroup(BridgeSession& session, const bridge::Command& command);
+  bridge::Reply carryOut(BridgeSession& session, const bridge::Command& command,
+                         std::string_view name);
 
+  const LPARAMS::Server::Catalogue& settings_;
   WriteTurn& writeTurn_;  ///< held from the look at a revision to the end of the write
   ChangeTracker& changes_;
   const RecordCheck* const check_;

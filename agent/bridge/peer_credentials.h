@@ -7,8 +7,8 @@
 
 namespace agent {
 
-/// A session of the process that has connected, with the kernel's word for its user and groups;
-/// nothing if the kernel does not say. REQUIRES: a connected Unix socket.
+/// A session of the process that has connected, with the kernel's word for its user, groups and
+/// name; nothing if the kernel does not say. REQUIRES: a connected Unix socket.
 std::optional<BridgeSession> peerOf(int socket);
 
 }  // namespace agent

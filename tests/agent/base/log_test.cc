@@ -33,6 +33,13 @@ TEST(Quoted, EscapesForeignTexts) {
   EXPECT_EQ(quoted("a\nb\xFF"), R"("a\x0ab\xff")");
 }
 
+TEST(Shortened, ShowsTheBeginningOfAForeignText) {
+  EXPECT_EQ(shortened("xy", 2), "xy");
+  EXPECT_EQ(shortened("xyz", 2), "xy...");
+  EXPECT_EQ(shortened(std::string(200, 'x')), std::string(200, 'x'));
+  EXPECT_EQ(shortened(std::string(201, 'x')), std::string(200, 'x') + "...");
+}
+
 TEST(Quoted, ShowsTheFirstTwoHundredBytes) {
   EXPECT_EQ(agent::quoted(std::string(200, 'x')), '"' + std::string(200, 'x') + '"');
   EXPECT_EQ(agent::quoted(std::string(201, 'x')), '"' + std::string(200, 'x') + "...\"");
@@ -65,15 +72,20 @@ TEST(Log, WritesFieldsInTheirOrderQuotedWhereNeeded) {
   }
 }
 
-TEST(Log, CutsOffEveryLongValue) {
-  EXPECT_EQ(written([] {
-              log(Level::Info, "m", {{"k", std::string(200, 'x')}});
+TEST(Log, ShowsItsOwnTextsWhole) {
+  const std::string text(100'000, 'x');
+  EXPECT_EQ(written([&] {
+              log(Level::Info, text, {{"reason", text}, {"words", text + " y"}});
             }),
-            "lparams_agent: info: m k=" + std::string(200, 'x') + "\n");
+            "lparams_agent: info: " + text + " reason=" + text + " words=\"" + text + " y\"\n");
+}
+
+TEST(Log, ShowsControlCharactersOfAMessageAsNumbers) {
   EXPECT_EQ(written([] {
-              log(Level::Info, "m", {{"k", std::string(201, 'x')}});
+              log(Level::Error, "state directory /a\n\x9B\xC2\x9B\xE2\x80\xAE cannot be used");
             }),
-            "lparams_agent: info: m k=\"" + std::string(200, 'x') + "...\"\n");
+            "lparams_agent: error: state directory /a\\x0a\\x9b\\xc2\\x9b\\xe2\\x80\\xae cannot be "
+            "used\n");
 }
 
 TEST(Log, KeepsLinesOfSeveralThreadsApart) {
@@ -164,6 +176,20 @@ TEST(Log, WhatIsCausedOftenIsToldOnceASecondWithACount) {
     later = written([] { logOften(Level::Warning, "it came"); });
   EXPECT_THAT(later, MatchesRegex("lparams_agent: warning: it came \\([0-9]+ more since the last "
                                   "line\\)\n"));
+}
+
+TEST(Log, WhatWasLeftOutIsToldInTheEndOrWhenItIsDue) {
+  const std::string sum =
+      "lparams_agent: notice: it came again \\([0-9]+ more since the last line\\)\n";
+  for (const LeftOut which : {LeftOut::All, LeftOut::Due}) {
+    std::string told;
+    while (told.empty()) {
+      logOften(Level::Notice, "it came again", {{"key", "value"}});
+      told = written([&] { logLeftOut(which); });
+    }
+    EXPECT_THAT(told, MatchesRegex(sum));
+    EXPECT_EQ(written([&] { logLeftOut(which); }), "");
+  }
 }
 
 }  // namespace

@@ -34,7 +34,8 @@ class ServedModule {
       : rules_(*server().ADMIN, rules.adminGroup),
         check_(server(), rules.maxUsers),
         changes_(server()),
-        service_(writeTurn_, changes_, rules.acceptAny ? nullptr : &check_, [] { return "{}"; }) {}
+        service_(server(), writeTurn_, changes_, rules.acceptAny ? nullptr : &check_,
+                 [] { return "{}"; }) {}
 
   LPARAMS::Server::Server_t& server() { return module_.server(); }
   const agent::RecordCheck& check() const { return check_; }

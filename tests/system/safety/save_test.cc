@@ -63,7 +63,7 @@ TEST_F(Save, OfASettingsFileThatWasEdited) {
   EXPECT_EQ(state_.textOfOnly("localsettings.ini.edited-"), "edited");
 
   EXPECT_EQ(ctl({"save", "--force"}), (Outcome{0, "saved\n"}));
-  EXPECT_TRUE(logTells("info: settings saved, forced\n"));
+  EXPECT_TRUE(logTells("info: settings saved, forced uid="));
   expectBothHold(exampleSettings(501));
   EXPECT_EQ(state_.textOfOnly("localsettings.ini.edited-"), "edited");
   EXPECT_EQ(state("lastFailure"), "no");

@@ -1,0 +1,77 @@
+#include "agent/bridge/group_values.h"
+
+#include <gmock/gmock.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "lparams/catalogue/catalogue.h"
+
+namespace agent {
+namespace {
+
+using LPARAMS::Server::Catalogue;
+using LPARAMS::Server::ParamGroup;
+
+class GroupValuesTest : public testing::Test {
+ protected:
+  /// What the action changes in the group.
+  static std::string changes(ParamGroup& group, const std::function<void()>& action) {
+    const GroupValues before(group);
+    action();
+    return before.changesUntil(GroupValues(group));
+  }
+
+  std::string usersAfter(const std::vector<std::string>& names) {
+    return changes(settings_.userList, [&] {
+      settings_.userList.destroyEntries();
+      for (const std::string& name : names) settings_.userList.append()->NAME.value = name;
+    });
+  }
+
+  Catalogue settings_;
+};
+
+TEST_F(GroupValuesTest, NameWhatHasChangedAndNoValue) {
+  EXPECT_EQ(changes(settings_.ikeGroup, [] {}), "none");
+  EXPECT_EQ(changes(settings_.ikeGroup,
+                    [&] {
+                      settings_.ikeGroup.QCD_SECRET.value = "sesame";
+                      settings_.ikeGroup.IKE_PORT.value = 501;
+                    }),
+            "IKE_PORT,QCD_SECRET");
+  EXPECT_EQ(changes(settings_.adminGroup, [&] { settings_.adminGroup.ADMIN_GROUP.value = "x"; }),
+            "ADMIN_GROUP");
+}
+
+TEST_F(GroupValuesTest, TellUsersApartByTheirNames) {
+  EXPECT_EQ(usersAfter({"anna", "bert"}), "[anna] added,[bert] added");
+  EXPECT_EQ(changes(settings_.userList,
+                    [&] {
+                      settings_.userList.items[1]->PMP_TIMEOUT.value = 20;
+                      settings_.userList.items[1]->PMP_PSK_NAME.value = "office";
+                    }),
+            "[bert].PMP_TIMEOUT,[bert].PMP_PSK_NAME");
+  EXPECT_EQ(usersAfter({"bert"}), "[bert].PMP_TIMEOUT,[bert].PMP_PSK_NAME,[anna] removed");
+  EXPECT_EQ(usersAfter({"carl", "bert"}), "[carl] added");
+  EXPECT_EQ(usersAfter({"bert", "carl"}), "order");
+  EXPECT_EQ(usersAfter({"bert", "carl"}), "none");
+  EXPECT_EQ(usersAfter({"bert", "bert"}), "[bert] added,[carl] removed");
+}
+
+TEST_F(GroupValuesTest, ShowAUsersNameSoThatItIsNothingElse) {
+  EXPECT_EQ(usersAfter({"a],[b", std::string(50, 'x')}),
+            R"(["a],[b"] added,[)" + std::string(40, 'x') + "...] added");
+}
+
+TEST_F(GroupValuesTest, NameOnlyTheFirstOfMany) {
+  std::vector<std::string> names;
+  for (int i = 0; i < 103; ++i) names.push_back(std::to_string(i));
+  const std::string changes = usersAfter(names);
+  EXPECT_THAT(changes, testing::StartsWith("[0] added,[1] added,"));
+  EXPECT_THAT(changes, testing::EndsWith(",[99] added,... (3 more)"));
+}
+
+}  // namespace
+}  // namespace agent
