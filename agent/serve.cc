@@ -20,6 +20,7 @@
 #include "agent/bridge/command_service.h"
 #include "agent/bridge/record_check.h"
 #include "agent/service_manager.h"
+#include "agent/settings_locks.h"
 #include "agent/status.h"
 #include "agent/watchdog.h"
 #include "schema/schema.h"
@@ -68,7 +69,8 @@ void serve(const Options& options, LPARAMS::Server::Server_t& server, SettingsKe
   std::jthread drainLimit;
   std::optional<Watchdog> watchdog;
   if (const auto interval = watchdogInterval()) {
-    watchdog.emplace(io, server, *interval, [] { notifyServiceManager("WATCHDOG=1"); });
+    watchdog.emplace(
+        io, [&] { passEveryLock(server); }, *interval, [] { notifyServiceManager("WATCHDOG=1"); });
   }
   asio::steady_timer counting(io);
   tellLeftOut(counting);
@@ -76,9 +78,9 @@ void serve(const Options& options, LPARAMS::Server::Server_t& server, SettingsKe
   if (endsWithTerminal()) signals.add(SIGHUP);
   signals.async_wait([&](const asio::error_code& error, int signal) {
     if (error) return;
+    drainLimit = std::jthread(enforceDrainLimit);
     log(Level::Info, "stopping", {{"signal", signal}});
     notifyServiceManager("STOPPING=1");
-    drainLimit = std::jthread(enforceDrainLimit);
     if (watchdog) watchdog->stop();
     bridge->stop();
     counting.cancel();
@@ -88,6 +90,7 @@ void serve(const Options& options, LPARAMS::Server::Server_t& server, SettingsKe
   notifyServiceManager("READY=1");
 
   io.run();
+  holdEndSignals();  // another one would end the process before it has saved
   logLeftOut(LeftOut::All);
 }
 

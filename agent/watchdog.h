@@ -6,17 +6,16 @@
 #include <functional>
 #include <thread>
 
-#include "platform/lockable.h"
-
 namespace agent {
 
-/// Looks once an interval whether an object can be locked and the context's thread does its work,
-/// and calls `alive` there: not while one of them is stuck.
+/// Looks once an interval whether what the agent serves can be used and the context's thread does
+/// its work, and calls `alive` there: not while one of them is stuck.
 class Watchdog {
  public:
-  /// REQUIRES: the context and the object outlive the watchdog.
-  Watchdog(asio::io_context& io, basekit::ObjectLevelLockable& object,
-           std::chrono::microseconds interval, std::function<void()> alive);
+  /// `look` runs on a thread of its own and does not return while something is stuck. REQUIRES: the
+  /// context outlives the watchdog; neither function throws.
+  Watchdog(asio::io_context& io, std::function<void()> look, std::chrono::microseconds interval,
+           std::function<void()> alive);
 
   /// Does not wait for a look that goes on.
   void stop() { thread_.request_stop(); }

@@ -8,12 +8,16 @@
 
 namespace agent {
 
-/// Returns whether a stop was asked for within the time.
+/// Returns whether a stop was asked for within the time. Allocates nothing.
 inline bool waitForStop(const std::stop_token& stop, std::chrono::microseconds time) {
   std::mutex mutex;
+  std::condition_variable asked;
+  const std::stop_callback wake(stop, [&] {
+    const std::lock_guard lock(mutex);
+    asked.notify_all();
+  });
   std::unique_lock lock(mutex);
-  std::condition_variable_any never;
-  (void)never.wait_for(lock, stop, time, [] { return false; });
+  (void)asked.wait_for(lock, time, [&] { return stop.stop_requested(); });
   return stop.stop_requested();
 }
 

@@ -10,6 +10,8 @@
 #include <thread>
 #include <utility>
 
+#include "agent/base/mutex.h"
+
 namespace agent {
 namespace {
 
@@ -36,9 +38,11 @@ class WatchdogTest : public testing::Test {
   asio::io_context io_;
   asio::executor_work_guard<asio::io_context::executor_type> work_ = asio::make_work_guard(io_);
   std::atomic<int> alive_ = 0;
-  basekit::ObjectLevelLockable object_;
+  Mutex object_;
   std::jthread loop_{[this] { io_.run(); }};
-  std::optional<Watchdog> watchdog_{std::in_place, io_, object_, 1ms, [this] {
+  std::optional<Watchdog> watchdog_{std::in_place, io_, [this] { const MutexLock lock(object_); },
+                                    1ms,
+                                    [this] {
                                       ++alive_;
                                       alive_.notify_all();
                                     }};
@@ -46,11 +50,11 @@ class WatchdogTest : public testing::Test {
 
 TEST_F(WatchdogTest, TellsAgainAndAgain) { waitForMoreThan(5); }
 
-TEST_F(WatchdogTest, IsSilentWhileTheObjectIsLocked) {
+TEST_F(WatchdogTest, IsSilentWhileALookDoesNotReturn) {
   waitForMoreThan(0);
   int before = 0;
   {
-    const basekit::ObjectLevelLockable::Lock lock(object_);
+    const MutexLock lock(object_);
     before = count();
     std::this_thread::sleep_for(50ms);
     EXPECT_LE(count(), before + 1) << "one look may have been over already";

@@ -1,4 +1,4 @@
-// A sync that takes as long as a test wants, in a program that it starts.
+// A sync or rename that takes as long as a test wants, in a program that it starts.
 #pragma once
 
 #include <fcntl.h>
@@ -21,7 +21,7 @@ inline std::array<std::string, 2> heldSync() {
           "ASAN_OPTIONS=verify_asan_link_order=0"};  // the sanitizer's own library comes second
 }
 
-/// Holds the next sync of the file.
+/// Holds the next sync of the file or rename to it.
 class HeldSync {
  public:
   explicit HeldSync(const std::string& file) : name_(file + ".hold") {
@@ -34,7 +34,7 @@ class HeldSync {
   HeldSync(const HeldSync&) = delete;
   HeldSync& operator=(const HeldSync&) = delete;
 
-  /// Waits until the program syncs the file, and goes on to hold it.
+  /// Waits until the program has come that far, and goes on to hold it.
   void waitForBegin() {
     pipe_ = ::open(name_.c_str(), O_WRONLY | O_CLOEXEC);
     (void)::unlink(name_.c_str());

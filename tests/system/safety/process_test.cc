@@ -1,5 +1,6 @@
 // The agent as a process: signals, descriptors, modes, the journal and the service manager.
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -67,9 +68,9 @@ class AgentProcess : public AgentTest {
   }
 
   /// Starts an agent whose syncs can be held.
-  void startHeld() {
+  void startHeld(const Arguments& options = {}) {
     const auto variables = testing_support::heldSync();
-    start({}, {.environment = {variables.begin(), variables.end()}});
+    start(options, {.environment = {variables.begin(), variables.end()}});
   }
 
   std::optional<testing_support::HeldSync> heldSync_;
@@ -133,6 +134,29 @@ TEST_F(ServiceManager, HearsThatTheAgentIsAliveAsLongAsItRuns) {
   EXPECT_EQ(message, "STOPPING=1");
 }
 
+TEST_F(ServiceManager, HearsNothingWhileACommandIsStuckWithTheModulesLock) {
+  const auto held = testing_support::heldSync();
+  start({}, {.environment = {"NOTIFY_SOCKET=" + path_, "WATCHDOG_USEC=20000", held[0], held[1]}});
+  set("IKE.IKE_PORT=501");
+  const RawClient client(socket_);
+  ASSERT_TRUE(client.greet());
+  testing_support::HeldSync rename(state_.at(SETTINGS));
+  client.send(bridge::encode(bridge::Request(bridge::Command{13, 2})));
+  rename.waitForBegin();
+  const auto messagesWithin = [this](int milliseconds) {
+    int count = 0;
+    pollfd next{socketOfManager_, POLLIN, 0};
+    while (count < 100 && ::poll(&next, 1, milliseconds) == 1)
+      count += nextMessage().empty() ? 0 : 1;
+    return count;
+  };
+  (void)messagesWithin(0);
+  EXPECT_LE(messagesWithin(100), 1) << "one look may have been over already";
+  rename.letItEnd();
+  EXPECT_EQ(nextMessage(), "WATCHDOG=1");
+  EXPECT_EQ(std::get<Reply>(client.receive().value()).result, 1);
+}
+
 TEST_F(ServiceManager, IsNotToldOfAnotherProcess) {
   start({}, {.environment = {"NOTIFY_SOCKET=" + path_, "WATCHDOG_USEC=1000", "WATCHDOG_PID=1"}});
   EXPECT_EQ(ctl({"status"}).exitCode, 0);
@@ -147,6 +171,13 @@ TEST_F(AgentProcess, IgnoresWhatWouldEndIt) {
   EXPECT_TRUE(ignored >> (SIGPIPE - 1) & 1);
   EXPECT_TRUE(ignored >> (SIGXFSZ - 1) & 1);
   EXPECT_EQ(numberIn(inProc("status"), "Umask", 8), 077u);
+}
+
+// The limit of the load's processor time is over with the load.
+TEST_F(AgentProcess, MayComputeForAsLongAsItRuns) {
+  start();
+  const auto caught = numberIn(inProc("status"), "SigCgt", 16);
+  EXPECT_FALSE(caught >> (SIGPROF - 1) & 1);
 }
 
 TEST_F(AgentProcess, PassesNoDescriptorOn) {
@@ -234,6 +265,34 @@ TEST_F(AgentProcess, EndsWellBySignalsThatItWasStartedWith) {
                                  }});
   EXPECT_EQ(early.exitCode, 0) << early.output;
   EXPECT_THAT(early.output, HasSubstr("info: stopped\n"));
+  EXPECT_FALSE(std::filesystem::exists(socket_));
+}
+
+// Neither while a command runs nor while the agent saves at the end.
+TEST_F(AgentProcess, EndsNoLessWellIfItIsAskedAgain) {
+  startHeld({"--save-on-exit"});
+  set("IKE.IKE_PORT=502");
+  const RawClient client(socket_);
+  ASSERT_TRUE(client.greet());
+  testing_support::HeldSync save(state_.at("localsettings.ini.good.new"));
+  client.send(bridge::encode(bridge::Request(bridge::Command{13, 2})));
+  save.waitForBegin();
+  agent_->send(SIGTERM);
+  EXPECT_TRUE(logTells("info: stopping signal=15\n"));
+  for (const int signal : {SIGTERM, SIGINT, SIGHUP}) agent_->send(signal);
+  save.letItEnd();
+  EXPECT_EQ(std::get<Reply>(client.receive().value()).result, 1);
+  EXPECT_EQ(agent_->wait(), 0) << log();
+
+  startHeld({"--save-on-exit"});
+  set("IKE.IKE_PORT=501");
+  testing_support::HeldSync atTheEnd(state_.at("localsettings.ini.good.new"));
+  agent_->send(SIGTERM);
+  atTheEnd.waitForBegin();
+  for (const int signal : {SIGTERM, SIGINT, SIGHUP}) agent_->send(signal);
+  atTheEnd.letItEnd();
+  EXPECT_EQ(agent_->wait(), 0) << log();
+  EXPECT_NE(state_.text(SETTINGS).find("IKE_PORT=501\n"), std::string::npos);
   EXPECT_FALSE(std::filesystem::exists(socket_));
 }
 
