@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <variant>
 
 namespace bridge {
@@ -88,6 +89,9 @@ struct Reply {
 
   bool operator==(const Reply&) const = default;
 };
+
+/// The reply to a request that was not carried out.
+inline Reply failure(Reason reason, std::string text) { return {0, reason, std::move(text)}; }
 
 /// Agent to client: somebody has written a group.
 struct Event {

@@ -30,10 +30,6 @@ constexpr std::chrono::seconds CLOCK_TICK{5};
 /// a client that takes nothing cannot make the stop fail.
 constexpr std::chrono::seconds CLIENT_TIMEOUT_AT_STOP{5};
 
-bridge::Reply failure(bridge::Reason reason, std::string text) {
-  return {0, reason, std::move(text)};
-}
-
 }  // namespace
 
 ClientConnection::ClientConnection(asio::io_context& io, int socket, BridgeSession peer,
@@ -213,7 +209,7 @@ bool ClientConnection::handleFrame() {
 
 /// The session ends with it: false.
 bool ClientConnection::refuseFrame(std::string reason) {
-  const bridge::Reply reply = failure(bridge::Reason::MalformedFrame, std::move(reason));
+  const bridge::Reply reply = bridge::failure(bridge::Reason::MalformedFrame, std::move(reason));
   logRefusal(peer_, reply);
   (void)send(reply);
   return false;
@@ -242,7 +238,7 @@ bool ClientConnection::subscribe() {
 
 bool ClientConnection::send(const bridge::Reply& reply) {
   if (reply.output.size() > bridge::MAX_REPLY_OUTPUT) {
-    const bridge::Reply instead = failure(
+    const bridge::Reply instead = bridge::failure(
         bridge::Reason::ReplyTooLarge,
         "the output of " + std::to_string(reply.output.size()) + " bytes does not fit a frame");
     logRefusal(peer_, instead);

@@ -24,8 +24,6 @@ using LPARAMS::Server::SAVE;
 using LPARAMS::Server::WRITE_ACCESS;
 using LPARAMS::Server::WRITE_GROUP;
 
-Reply failure(Reason reason, std::string text) { return {0, reason, std::move(text)}; }
-
 /// The reply, which the log tells of.
 Reply refused(const BridgeSession& session, Reply reply) {
   logRefusal(session, reply);

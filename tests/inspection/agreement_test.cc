@@ -54,7 +54,8 @@ class Reports : public LoadLog {
   std::vector<Report> all;
 };
 
-std::string describe(const Finding& finding) {
+/// As the load would report it.
+std::string reportOf(const Finding& finding) {
   const std::string& path = finding.path;
   const std::string last = path.substr(path.rfind('.') + 1);
   const bool isUser = path.starts_with("USERS[");
@@ -196,7 +197,7 @@ TEST(Inspection, AgreesWithTheModuleOnThousandsOfSpoiltTexts) {
         continue;
       }
       ++reports;
-      ASSERT_EQ(describe(finding), report->what);
+      ASSERT_EQ(reportOf(finding), report->what);
       const size_t offset = offsetOf(text, finding.place);
       if (finding.place.line != 0) {
         ASSERT_LE(offset, text.size());

@@ -9,6 +9,7 @@
 #include "lparams/params/enum_param.h"
 #include "lparams/params/line_string_param.h"
 #include "lparams/params/numeric_param.h"
+#include "tests/params/variant_tables.h"
 #include "tests/support/param_forms.h"
 #include "tests/support/readable_bytes.h"
 
@@ -18,8 +19,6 @@ namespace {
 using namespace testing_support;
 
 constexpr int ROUNDS = 1000;
-constexpr Variant TABLE[] = {{1, "ONE"}, {2, "TWO"}, {0, nullptr}};
-
 /// Runs every function ROUNDS times, each on a thread of its own.
 void runTogether(const std::vector<std::function<void(int round)>>& functions) {
   std::vector<std::jthread> threads;
@@ -49,7 +48,7 @@ TEST(Concurrency, ValuesOfEveryClassAreNeverTorn) {
   BoolParam flag(group, "FLAG", false);
   PortParam port(group, "PORT", Default{1}, Range{0, 65535});
   UIntParam count(group, "COUNT", Default{1}, Range{0, 4294967295});
-  EnumParam enumeration(group, "ENUM", 1, TABLE);
+  EnumParam enumeration(group, "ENUM", 1, FLAGS);
   checkWholeRecords(flag, unhex("00"), unhex("01"), "0\n");
   checkWholeRecords(port, unhex("01 00"), unhex("00 FF"), "1\n");
   checkWholeRecords(count, unhex("01 00 00 00"), unhex("FF FF FF 00"), "1\n");

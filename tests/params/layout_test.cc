@@ -5,6 +5,7 @@
 #include "lparams/params/load_log.h"
 #include "lparams/params/mask_param.h"
 #include "lparams/params/numeric_param.h"
+#include "tests/params/variant_tables.h"
 #include "tests/support/object_layout.h"
 #include "tests/support/param_forms.h"
 #include "tests/support/readable_bytes.h"
@@ -13,8 +14,6 @@ namespace LPARAMS::Server {
 namespace {
 
 using namespace testing_support;
-
-constexpr Variant TABLE[] = {{1, "ONE"}, {0, nullptr}};
 
 class LayoutTest : public testing::Test {
  protected:
@@ -27,8 +26,8 @@ class LayoutTest : public testing::Test {
   PortParam port{group, "PORT", Default{1}, Range{2, 3}};
   UIntParam count{group, "COUNT", Default{1}, Range{2, 3}};
   SimpleParam<int, 4> number{group, "NUMBER", 1};
-  EnumParam enumeration{group, "ENUM", 1, TABLE};
-  MaskParam mask{group, "MASK", 1, TABLE};
+  EnumParam enumeration{group, "ENUM", 1, FLAGS};
+  MaskParam mask{group, "MASK", 1, FLAGS};
   StStParam line{group, "LINE", ""};
   QcdSParam secret{group, "SECRET", ""};
 };
@@ -82,8 +81,8 @@ TEST_F(LayoutTest, ListsAndObserversOfAGroupFollowItsName) {
 }
 
 TEST_F(LayoutTest, VariantRecordsAndCommandStreams) {
-  EXPECT_EQ(offsetIn(TABLE[0], TABLE[0].value), 0u);
-  EXPECT_EQ(offsetIn(TABLE[0], TABLE[0].name), sizeof(void*));
+  EXPECT_EQ(offsetIn(FLAGS[0], FLAGS[0].value), 0u);
+  EXPECT_EQ(offsetIn(FLAGS[0], FLAGS[0].name), sizeof(void*));
   EXPECT_EQ(sizeof(Variant), 2 * sizeof(void*));
 
   std::string bytes;

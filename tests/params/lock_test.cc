@@ -9,6 +9,7 @@
 #include "lparams/params/enum_param.h"
 #include "lparams/params/line_string_param.h"
 #include "lparams/params/numeric_param.h"
+#include "tests/params/variant_tables.h"
 #include "tests/support/lock_probe.h"
 #include "tests/support/param_forms.h"
 #include "tests/support/recording_load_log.h"
@@ -17,8 +18,6 @@ namespace LPARAMS::Server {
 namespace {
 
 using namespace testing_support;
-
-constexpr Variant TABLE[] = {{1, "ONE"}, {0, nullptr}};
 
 /// A stream buffer that runs a function whenever its stream is flushed or has to be filled.
 class WatchedBuffer : public std::stringbuf {
@@ -50,7 +49,7 @@ class LockTest : public testing::Test {
   ParamGroup group{"GROUP"};
   BoolParam flag{group, "FLAG", true};
   UIntParam count{group, "COUNT", Default{1}, Range{0, 9}};
-  EnumParam enumeration{group, "ENUM", 1, TABLE};
+  EnumParam enumeration{group, "ENUM", 1, FLAGS};
   StStParam line{group, "LINE", ""};
   QcdSParam secret{group, "SECRET", ""};
   SimpleParam<std::string, 6> word{group, "WORD", "word"};

@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "tests/params/load_rows.h"
+#include "tests/params/variant_tables.h"
 #include "tests/support/param_forms.h"
 
 namespace LPARAMS::Server {
@@ -12,8 +13,6 @@ namespace {
 
 using namespace testing_support;
 using namespace std::string_literals;
-
-constexpr Variant FLAGS[] = {{1, "ONE"}, {2, "TWO"}, {4, "FOUR"}, {0, nullptr}};
 
 // A record without bits, groups of flags that overlap, one name for two flags, the sign bit.
 constexpr int SIGN_BIT = std::numeric_limits<int>::min();

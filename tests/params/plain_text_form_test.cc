@@ -13,6 +13,7 @@
 #include "lparams/catalogue/user_list.h"
 #include "lparams/params/mask_param.h"
 #include "lparams/storage/change_detection.h"
+#include "tests/params/variant_tables.h"
 #include "tests/support/param_forms.h"
 #include "tests/support/recording_load_log.h"
 
@@ -23,8 +24,6 @@ using namespace testing_support;
 using namespace std::string_view_literals;
 
 constexpr unsigned DAMAGED_FILES = 3000;
-
-constexpr Variant FLAGS[] = {{1, "ONE"}, {2, "TWO"}, {4, "FOUR"}, {0, nullptr}};
 
 /// A parameter of every class, a group of the catalogue and the list of users.
 struct Root : ParamGroup {

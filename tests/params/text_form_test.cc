@@ -14,6 +14,7 @@
 #include "lparams/params/numeric_param.h"
 #include "lparams/params/text_reader.h"
 #include "lparams/params/text_writer.h"
+#include "tests/params/variant_tables.h"
 #include "tests/support/param_forms.h"
 #include "tests/support/recording_load_log.h"
 
@@ -22,8 +23,6 @@ namespace {
 
 using namespace testing_support;
 using namespace std::string_literals;
-
-constexpr Variant FLAGS[] = {{1, "ONE"}, {2, "TWO"}, {4, "FOUR"}, {0, nullptr}};
 
 /// A parameter of every class that has a text form.
 struct EveryClass : ParamGroup {

@@ -4,15 +4,10 @@
 #include <sys/stat.h>
 #include <sys/wait.h>
 
-#include <cerrno>
-#include <system_error>
+#include "tests/support/system_error.h"
 
 namespace testing_support {
 namespace {
-
-void check(int result, const std::string& what) {
-  if (result != 0) throw std::system_error(errno, std::generic_category(), what);
-}
 
 void becomeNobody() {
   check(setgroups(0, nullptr), "setgroups");

@@ -6,16 +6,12 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <fstream>
-#include <system_error>
+
+#include "tests/support/system_error.h"
 
 namespace testing_support {
 namespace {
-
-void check(int result, const std::string& what) {
-  if (result != 0) throw std::system_error(errno, std::generic_category(), what);
-}
 
 void writeText(const std::string& path, const std::string& text) {
   std::ofstream file(path);

@@ -8,6 +8,7 @@
 
 #include "agent/state/sealed_text.h"
 #include "inspection/settings_completeness.h"
+#include "tests/agent/state/kept_settings.h"
 #include "tests/agent/state/scratch_directory.h"
 
 namespace agent {
@@ -18,9 +19,9 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
-const char* const SETTINGS = "localsettings.ini";
-const char* const SHADOW_COPY = "localsettings.ini.good";
-const char* const BACKUP = "localsettings.ini.bak";
+using agent_testing::BACKUP;
+using agent_testing::SETTINGS;
+using agent_testing::SHADOW_COPY;
 
 std::string wholeText(const std::string& marker) {
   return "/ROOT=\n    FROM=" + marker + "\nend=\n";
