@@ -1,7 +1,10 @@
 #include "agent/options.h"
 
+#include <sys/un.h>
+
 #include <CLI/CLI.hpp>
 #include <filesystem>
+#include <utility>
 
 #include "agent/base/start_failure.h"
 
@@ -12,6 +15,13 @@ std::string moduleBesideExecutable() {
   std::error_code error;
   const auto executable = std::filesystem::read_symlink("/proc/self/exe", error);
   return (executable.parent_path() / "lparams_server.so").string();
+}
+
+/// As messages and the state tell it, wherever the agent was started.
+std::string absolute(const std::string& path) {
+  std::error_code error;
+  const auto whole = std::filesystem::absolute(path, error);
+  return error ? path : whole.lexically_normal().string();
 }
 
 }  // namespace
@@ -51,6 +61,13 @@ std::optional<Options> readOptions(int argc, char** argv) {
     (void)app.exit(outcome);  // prints the help or the version
     return std::nullopt;
   }
+  options.stateDir = absolute(options.stateDir);
+  // One that would be too long for a socket may be short enough as it was given.
+  if (std::string whole = absolute(options.socket); whole.size() < sizeof(sockaddr_un::sun_path)) {
+    options.socket = std::move(whole);
+  }
+  // A name without a directory is looked for where the system keeps its libraries.
+  if (options.module.find('/') != std::string::npos) options.module = absolute(options.module);
   return options;
 }
 

@@ -19,8 +19,8 @@ struct Options {
   bool journal = false;
 };
 
-/// Reads the command line. Nothing if the process is done: it has printed its help or version.
-/// Throws StartFailure at a mistake.
+/// Reads the command line; its paths become absolute. Nothing if the process is done: it has
+/// printed its help or version. Throws StartFailure at a mistake.
 std::optional<Options> readOptions(int argc, char** argv);
 
 }  // namespace agent

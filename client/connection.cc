@@ -9,6 +9,7 @@
 
 #include <array>
 #include <chrono>
+#include <filesystem>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -18,6 +19,16 @@
 #include "text/escape.h"
 
 namespace client {
+namespace {
+
+/// For messages. The system is given the path as it is, which may be a short one on purpose.
+std::string absolute(const std::string& path) {
+  std::error_code error;
+  const auto whole = std::filesystem::absolute(path, error);
+  return error ? path : whole.lexically_normal().string();
+}
+
+}  // namespace
 
 /// Bytes to and from the agent, each way within the time limit.
 class Connection::Stream {
@@ -25,7 +36,7 @@ class Connection::Stream {
   using Deadline = std::chrono::steady_clock::time_point;
 
   Stream(const std::string& path, std::chrono::seconds timeout)
-      : agent_("the agent at " + text::escaped(path)), timeout_(timeout) {
+      : agent_("the agent at " + text::escaped(absolute(path))), timeout_(timeout) {
     try {
       socket_.connect(path);
     } catch (const std::system_error& error) {

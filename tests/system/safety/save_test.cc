@@ -156,39 +156,6 @@ TEST_F(Save, DefaultsThatAnEditorHasMarkedAreNoDoubt) {
   expectBothHold(marked);
 }
 
-TEST_F(Save, AtTheEndIfItIsWanted) {
-  start({"--save-on-exit"});
-  set("IKE.IKE_PORT=501");
-  EXPECT_EQ(stop(), 0);
-  expectBothHold(exampleSettings(501));
-  EXPECT_THAT(log(), Not(HasSubstr("warning")));
-}
-
-TEST_F(Save, AtTheEndMayBeRefusedToo) {
-  start({"--save-on-exit"});
-  set("IKE.IKE_PORT=501");
-  state_.write(SETTINGS, "edited");
-  (void)stop();
-  EXPECT_THAT(log(), HasSubstr("error: the changes could not be saved at the end reason=\"" +
-                               state_.at(SETTINGS) + " was edited while the agent was running"));
-  EXPECT_EQ(state_.text(SETTINGS), "edited");
-}
-
-TEST_F(Save, UnsavedChangesAreNamedAtTheEnd) {
-  const std::string warning = "warning: stopped with changes that were not saved and are lost\n";
-  start();
-  set("IKE.IKE_PORT=501");
-  EXPECT_EQ(stop(), 0);
-  EXPECT_THAT(log(), HasSubstr(warning));
-  EXPECT_EQ(state_.text(SETTINGS), exampleSettings());
-
-  start();
-  set("IKE.IKE_PORT=501");
-  save();
-  EXPECT_EQ(end(SIGINT), 0);
-  EXPECT_THAT(log(), AllOf(Not(HasSubstr(warning)), EndsWith("info: stopped\n")));
-}
-
 TEST_F(Save, TheStateTellsOfIt) {
   start();
   EXPECT_EQ(state("changed"), "no");
