@@ -8,7 +8,7 @@ Usage: tally.py failures PRESET REPORT  what the failed tests of a report have s
                                         status 1 if something failed
 
 REPORT is what ctest writes with --output-junit. The lines of RESULTS, fields between tabs:
-       passed WHAT, failed WHAT, skipped WHAT REASON
+       passed WHAT, failed WHAT, skipped WHAT REASON, note WORDS
        report PRESET REPORT STATUS      STATUS is ctest's
        again PRESET REPORT              of those that were run again"""
 
@@ -85,6 +85,7 @@ class Tally:
         self.failed = []
         self.skipped = collections.Counter()
         self.again = []
+        self.notes = []
 
     def add_report(self, preset, path, status, passed_again):
         failed = 0
@@ -106,6 +107,7 @@ class Tally:
             self.failed.append(f"{preset}: ctest ended with {status}")
 
     def lines(self):
+        yield from self.notes
         for reason, number in self.skipped.items():
             yield f"{number} skipped: {reason}"
         for name in self.failed:
@@ -131,6 +133,8 @@ def tally(rows):
             counts.failed.append(fields[0])
         elif kind == "skipped":
             counts.skipped[f"{fields[0]}: {fields[1]}"] += 1
+        elif kind == "note":
+            counts.notes.append(fields[0])
         elif kind == "report":
             counts.add_report(*fields, passed_again)
     return counts

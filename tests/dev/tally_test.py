@@ -77,6 +77,10 @@ class TallyTest(unittest.TestCase):
             self.lines(("passed", "lint a"), ("failed", "lint b"), ("skipped", "tsan", "no way")),
             ["1 skipped: tsan: no way", "failed: lint b", "1 passed, 1 failed, 1 skipped"])
 
+    def test_a_note_is_shown_and_counts_as_nothing(self):
+        self.assertEqual(self.lines(("passed", "lint a"), ("note", "no mounts here")),
+                         ["no mounts here", "1 passed, 0 failed, 0 skipped"])
+
     def test_what_passes_when_run_again_is_counted_and_named(self):
         rows = [("report", "p", self.report(PASSED, FAILED, ALSO_FAILED), "8"),
                 ("report", "q", self.report(FAILED), "8"),
