@@ -1,11 +1,21 @@
 #include "agent/bridge/change_tracker.h"
 
+#include <chrono>
 #include <utility>
 
 namespace agent {
 
-ChangeTracker::ChangeTracker(const LPARAMS::Server::Server_t& server) {
-  for (const LPARAMS::Server::Param* group : server.fileParams) revisions_.emplace(group->name, 1);
+uint64_t ChangeTracker::firstRevision() {
+  using namespace std::chrono;
+  constexpr uint64_t PER_MILLISECOND = 1024;  // more than the writes that a millisecond has
+  const auto now = duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
+  return static_cast<uint64_t>(now) * PER_MILLISECOND;
+}
+
+ChangeTracker::ChangeTracker(const LPARAMS::Server::Server_t& server, uint64_t first) {
+  for (const LPARAMS::Server::Param* group : server.fileParams) {
+    revisions_.emplace(group->name, first);
+  }
 }
 
 uint64_t ChangeTracker::revision(std::string_view group) const {

@@ -18,13 +18,17 @@ namespace agent {
 /// Counts the writes of each group and tells subscribers of them. Thread-safe.
 class ChangeTracker {
  public:
-  /// Knows the groups of the settings root.
-  explicit ChangeTracker(const LPARAMS::Server::Server_t& server);
+  /// Where an agent begins that starts now: beyond everything that those before it have reached, so
+  /// that what was read from them is stale, unless the clock was put back. Fits 53 bits.
+  static uint64_t firstRevision();
+
+  /// Knows the groups of the settings root. `first` is their revision before the first write.
+  explicit ChangeTracker(const LPARAMS::Server::Server_t& server, uint64_t first = firstRevision());
 
   ChangeTracker(const ChangeTracker&) = delete;
   ChangeTracker& operator=(const ChangeTracker&) = delete;
 
-  /// The group's revision, 1 before its first write; 0 if there is no such group. It grows after a
+  /// The group's revision; 0 if there is no such group. It grows after a
   /// write has changed the values: those that are read after it was asked for are at least as new.
   uint64_t revision(std::string_view group) const;
 

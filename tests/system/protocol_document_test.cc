@@ -1,6 +1,8 @@
 // The document's example, played to the agent.
 #include <gtest/gtest.h>
 
+#include <optional>
+#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -16,9 +18,12 @@ namespace {
 
 constexpr const char* DOCUMENT = "docs/bridge-protocol.md";
 
+constexpr size_t REVISION_SIZE = 8;
+
 struct Message {
   bool fromClient;
   std::string bytes;
+  std::optional<size_t> revisionAt = {};  ///< where "rr" stands for the bytes that the agent says
 };
 
 /// The messages in the block behind the heading "Example".
@@ -34,7 +39,12 @@ std::vector<Message> exampleOf(const std::string& document) {
       messages.push_back({fromClient, ""});
       line.erase(0, side.size());
     }
-    messages.back().bytes += unhex(line);
+    Message& message = messages.back();
+    if (const size_t at = line.find("rr"); at != std::string::npos) {
+      message.revisionAt = message.bytes.size() + unhex(line.substr(0, at)).size();
+      for (size_t i = at; (i = line.find("rr", i)) != std::string::npos;) line.replace(i, 2, "00");
+    }
+    message.bytes += unhex(line);
   }
   return messages;
 }
@@ -44,13 +54,24 @@ TEST_F(SystemTest, AnswersAsTheProtocolsDocumentSays) {
   ASSERT_GE(example.size(), 4U);
   start();
   const BridgeClient client(socketPath);
+  std::set<std::string> revisions;
+  std::string revision;  // the agent's last
   for (const Message& message : example) {
+    std::string bytes = message.bytes;
     if (message.fromClient) {
-      client.send(message.bytes);
-    } else {
-      EXPECT_EQ(hex(client.receive(message.bytes.size())), hex(message.bytes));
+      if (message.revisionAt) bytes.replace(*message.revisionAt, REVISION_SIZE, revision);
+      client.send(bytes);
+      continue;
     }
+    const std::string received = client.receive(bytes.size());
+    if (message.revisionAt) {
+      revision = received.substr(*message.revisionAt, REVISION_SIZE);
+      bytes.replace(*message.revisionAt, REVISION_SIZE, revision);
+      revisions.insert(revision);
+    }
+    EXPECT_EQ(hex(received), hex(bytes));
   }
+  EXPECT_EQ(revisions.size(), 2U) << "one that was read, one after the write";
   client.endSending();
   EXPECT_TRUE(client.isClosed()) << "nothing follows";
   EXPECT_TRUE(host::exists(settingsPath)) << "the example saves";

@@ -23,7 +23,7 @@ class Tracker : public testing::Test {
   }
 
   agent_testing::ServedModule module_;
-  ChangeTracker changes_{module_.server()};
+  ChangeTracker changes_{module_.server(), 1};
   const BridgeSession anna_{1000, 1000, 77};
   const BridgeSession bert_{1001, 1001, 78};
 };
@@ -53,6 +53,15 @@ TEST_F(Tracker, TellsEverySubscriberWhoWroteWhat) {
 
   EXPECT_THAT(first, ElementsAre("ADMIN 2 by 1000/77"));
   EXPECT_THAT(second, ElementsAre("ADMIN 2 by 1000/77", "ADMIN 3 by 1001/78", "IKE 2 by 1001/78"));
+}
+
+TEST_F(Tracker, BeginsBeyondWhatEarlierAgentsHaveReached) {
+  const uint64_t begin = ChangeTracker::firstRevision();
+  while (ChangeTracker::firstRevision() == begin) continue;  // a millisecond
+  const ChangeTracker next(module_.server());
+  EXPECT_GT(next.revision("ADMIN"), begin + 1000);
+  EXPECT_GT(next.revision("ADMIN"), uint64_t{1'700'000'000'000} * 1000);  // since 1970
+  EXPECT_LT(next.revision("ADMIN"), uint64_t{1} << 53);  // for those who keep numbers as doubles
 }
 
 TEST_F(Tracker, KnowsNoOtherGroups) {

@@ -33,7 +33,7 @@ class ServedModule {
   explicit ServedModule(const Rules& rules)
       : rules_(*server().ADMIN, rules.adminGroup),
         check_(server(), rules.maxUsers),
-        changes_(server()),
+        changes_(server(), 1),
         service_(server(), writeTurn_, changes_, rules.acceptAny ? nullptr : &check_,
                  [] { return "{}"; }) {}
 
