@@ -11,6 +11,7 @@
 #include "agent/base/end_signals.h"
 #include "agent/base/exit_status.h"
 #include "agent/base/log.h"
+#include "agent/base/standard_streams.h"
 #include "agent/base/start_failure.h"
 #include "agent/load_settings.h"
 #include "agent/module.h"
@@ -65,9 +66,13 @@ int run(const Options& options) {
 
 int runOrExplain(int argc, char** argv) {
   try {
+    const std::string closed = openClosedStreams();
     const auto options = readOptions(argc, argv);
     if (!options) return EXIT_OK;
     if (options->journal) logForJournal();
+    if (!closed.empty()) {
+      log(Level::Warning, "started with closed standard streams", {{"streams", closed}});
+    }
     return run(*options);
   } catch (const StartFailure& failure) {
     log(Level::Error, failure.what());

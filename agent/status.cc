@@ -5,6 +5,7 @@
 #include <ctime>
 #include <nlohmann/json.hpp>
 
+#include "agent/base/standard_streams.h"
 #include "schema/schema.h"
 
 namespace agent {
@@ -35,6 +36,7 @@ std::string statusOf(const Options& options, LPARAMS::Server::Server_t& server,
       {"disk", orNull(state.disk)},      {"changed", server.isChanged()},
       {"lastSave", utc(state.lastSave)}, {"lastFailure", orNull(state.lastFailure)},
       {"sessions", bridge.sessions()},
+      {"logClosed", logIsClosed()},
   };
   // A path may hold any bytes; JSON holds UTF-8.
   return status.dump(-1, ' ', false, json::error_handler_t::replace);

@@ -11,7 +11,8 @@
 namespace agent {
 
 /// A JSON object: version, stateDir, pid, strict, catalogue (its hash), degraded (null or why),
-/// changed, lastSave (null or UTC), lastFailure (null or why), sessions. Thread-safe.
+/// changed, lastSave (null or UTC), lastFailure (null or why), sessions, logClosed.
+/// Thread-safe.
 std::string statusOf(const Options& options, LPARAMS::Server::Server_t& server,
                      const SettingsKeeper& keeper, const BridgeServer& bridge);
 

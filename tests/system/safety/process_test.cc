@@ -195,6 +195,28 @@ TEST_F(AgentProcess, PassesNoDescriptorOn) {
   EXPECT_GE(looked, 4);  // the lock, the loop, the listener and the client
 }
 
+TEST_F(AgentProcess, WithoutStandardStreamsWritesTheLogToNoFile) {
+  agent_.emplace(commandLine({}), Surroundings{.inChild = [] {
+                   for (int stream = 0; stream <= STDERR_FILENO; ++stream) (void)::close(stream);
+                 }});
+  while (ctl({"status"}).exitCode != 0) std::this_thread::yield();
+  for (const char* stream : {"fd/0", "fd/1", "fd/2"}) {
+    EXPECT_EQ(std::filesystem::read_symlink(inProc(stream)), "/dev/null");
+  }
+  EXPECT_EQ(state("logClosed"), "yes");
+  set("IKE.IKE_PORT=501");
+  save();
+  EXPECT_EQ(stop(), 0);
+  EXPECT_EQ(state_.text(SETTINGS), exampleSettings(501));
+  EXPECT_EQ(state_.unsealedText(SHADOW_COPY), exampleSettings(501));
+}
+
+TEST_F(AgentProcess, TellsWhichStandardStreamsWereClosed) {
+  start({}, {.inChild = [] { (void)::close(STDIN_FILENO); }});
+  EXPECT_THAT(log(), HasSubstr("warning: started with closed standard streams streams=input\n"));
+  EXPECT_EQ(state("logClosed"), "no");
+}
+
 TEST_F(AgentProcess, WhatItWritesIsPrivate) {
   const auto open = [] { (void)::umask(0); };
   state_.write(SETTINGS, settingsWithoutGroups());
