@@ -19,6 +19,7 @@
 #include "agent/bridge/change_tracker.h"
 #include "agent/bridge/command_service.h"
 #include "agent/bridge/record_check.h"
+#include "agent/bridge/socket_group.h"
 #include "agent/service_manager.h"
 #include "agent/settings_locks.h"
 #include "agent/status.h"
@@ -59,12 +60,14 @@ void serve(const Options& options, LPARAMS::Server::Server_t& server, SettingsKe
 
   asio::io_context io(1);  // runs on this thread alone
   std::optional<BridgeServer> bridge;
+  std::optional<SocketGroup> socketGroup;
   CommandService service(server, keeper.writeTurn(), changes, check ? &*check : nullptr,
-                         [&] { return statusOf(options, server, keeper, *bridge); });
+                         [&] { return statusOf(options, server, keeper, *bridge, *socketGroup); });
   service.add("schema", [](BridgeSession& /*session*/, const std::string& /*input*/) {
     return bridge::Reply{.result = 1, .output = schema::ownSchema()};
   });
-  bridge.emplace(io, options.socket, AccessRules::numberOf(rules.adminGroup()), service);
+  bridge.emplace(io, options.socket, service);
+  socketGroup.emplace(io, options.socket, rules, changes);
 
   std::jthread drainLimit;
   std::optional<Watchdog> watchdog;

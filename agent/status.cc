@@ -27,7 +27,8 @@ json utc(const std::optional<std::time_t>& time) {
 }  // namespace
 
 std::string statusOf(const Options& options, LPARAMS::Server::Server_t& server,
-                     const SettingsKeeper& keeper, const BridgeServer& bridge) {
+                     const SettingsKeeper& keeper, const BridgeServer& bridge,
+                     const SocketGroup& socketGroup) {
   const SettingsKeeper::State state = keeper.state();
   const json status = {
       {"version", LPARAMS_VERSION},      {"pid", ::getpid()},
@@ -35,7 +36,7 @@ std::string statusOf(const Options& options, LPARAMS::Server::Server_t& server,
       {"catalogue", schema::ownHash()},  {"degraded", orNull(state.degradedReason)},
       {"disk", orNull(state.disk)},      {"changed", server.isChanged()},
       {"lastSave", utc(state.lastSave)}, {"lastFailure", orNull(state.lastFailure)},
-      {"sessions", bridge.sessions()},
+      {"sessions", bridge.sessions()},   {"groupProblem", orNull(socketGroup.problem())},
       {"logClosed", logIsClosed()},
   };
   // A path may hold any bytes; JSON holds UTF-8.

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "agent/bridge/bridge_server.h"
+#include "agent/bridge/socket_group.h"
 #include "agent/options.h"
 #include "agent/state/settings_keeper.h"
 #include "lparams/server.h"
@@ -11,9 +12,10 @@
 namespace agent {
 
 /// A JSON object: version, stateDir, pid, strict, catalogue (its hash), degraded (null or why),
-/// changed, lastSave (null or UTC), lastFailure (null or why), sessions, logClosed.
-/// Thread-safe.
+/// changed, lastSave (null or UTC), lastFailure (null or why), sessions, groupProblem (null or why
+/// the administrators' group cannot reach the socket), logClosed. Thread-safe.
 std::string statusOf(const Options& options, LPARAMS::Server::Server_t& server,
-                     const SettingsKeeper& keeper, const BridgeServer& bridge);
+                     const SettingsKeeper& keeper, const BridgeServer& bridge,
+                     const SocketGroup& socketGroup);
 
 }  // namespace agent

@@ -1,7 +1,6 @@
 #include "agent/bridge/authorisation.h"
 
 #include <grp.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -10,6 +9,7 @@
 
 #include "agent/base/bridge_session.h"
 #include "agent/base/log.h"
+#include "agent/base/own_user.h"
 #include "platform/command_bridge.h"
 
 namespace agent {
@@ -53,15 +53,18 @@ std::optional<gid_t> AccessRules::numberOf(const std::string& group) {
 bool _BridgeServerSide_AuthSession(BridgeSession& session, ModuleIdType module, long level) {
   using agent::AccessRules;
 
-  if (session.uid == 0 || session.uid == ::geteuid()) return true;
+  if (session.uid == 0 || agent::isOwnUser(session.uid)) return true;
   const std::string group = agent::g_rules == nullptr ? "" : agent::g_rules->adminGroup();
   if (level == 0 || level == 2) {
     const auto number = group.empty() ? std::nullopt : AccessRules::numberOf(group);
-    if (number && agent::isMember(session, *number)) return true;
+    if (number && agent::isKnownGroup(*number) && agent::isMember(session, *number)) return true;
   }
   session.command.refusal = "user " + std::to_string(session.uid) + " may not use module " +
                             std::to_string(module) + " at level " + std::to_string(level) +
                             "; the agent's user, root and the members of the group " +
                             agent::quoted(group) + " may";
+  if (!agent::isKnownUser(session.uid)) {
+    session.command.refusal += "; that number stands for every user without one of his own here";
+  }
   return false;
 }

@@ -9,7 +9,6 @@
 
 #include "agent/base/log.h"
 #include "agent/bridge/peer_credentials.h"
-#include "agent/bridge/socket_path.h"
 
 namespace agent {
 namespace {
@@ -33,18 +32,18 @@ void limitStacks() {
 
 }  // namespace
 
-BridgeServer::BridgeServer(asio::io_context& io, std::string path, std::optional<gid_t> group,
-                           CommandService& service)
+BridgeServer::BridgeServer(asio::io_context& io, std::string path, CommandService& service)
     : io_(io),
       service_(service),
       path_(std::move(path)),
-      acceptor_(listenAt(io, path_, group)),
+      acceptor_(listenAt(io, path_)),
+      identity_(identityOf(path_)),
       retry_(io) {
   limitStacks();
   acceptNext();
 }
 
-BridgeServer::~BridgeServer() { (void)::unlink(path_.c_str()); }
+BridgeServer::~BridgeServer() { close(); }
 
 void BridgeServer::acceptNext() {
   acceptor_.async_accept([this](const asio::error_code& error, stream_protocol::socket socket) {
@@ -91,9 +90,17 @@ void BridgeServer::open(stream_protocol::socket socket) {
   }
 }
 
-void BridgeServer::stop() {
+void BridgeServer::close() {
+  if (!acceptor_.is_open()) return;
+  // Another agent may have put its own there. While this one is bound, no other can have its
+  // number, nor takes it for one that was left behind.
+  if (identityOf(path_) == identity_) (void)::unlink(path_.c_str());
   asio::error_code ignored;
   (void)acceptor_.close(ignored);
+}
+
+void BridgeServer::stop() {
+  close();
   retry_.cancel();
   for (const auto& weak : std::list(sessions_)) {  // a copy: a session that ends leaves the list
     if (const auto session = weak.lock()) session->stop();

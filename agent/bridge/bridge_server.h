@@ -7,11 +7,11 @@
 #include <atomic>
 #include <list>
 #include <memory>
-#include <optional>
 #include <string>
 
 #include "agent/bridge/client_connection.h"
 #include "agent/bridge/command_service.h"
+#include "agent/bridge/socket_path.h"
 
 namespace agent {
 
@@ -21,17 +21,16 @@ class BridgeServer {
  public:
   /// Starts to listen, as listenAt() does. Threads of the process have small stacks from then on.
   /// Throws StartFailure. REQUIRES: the context and the service outlive the server.
-  BridgeServer(asio::io_context& io, std::string path, std::optional<gid_t> group,
-               CommandService& service);
+  BridgeServer(asio::io_context& io, std::string path, CommandService& service);
 
-  /// Removes the socket. REQUIRES: the context has run out of work.
+  /// As stop(), where that was not called. REQUIRES: the context has run out of work.
   ~BridgeServer();
 
   BridgeServer(const BridgeServer&) = delete;
   BridgeServer& operator=(const BridgeServer&) = delete;
 
-  /// Takes no more clients and ends every session when its running command has been answered; the
-  /// context then runs out of work.
+  /// Removes the socket if the path still leads to this one, takes no more clients, and ends every
+  /// session when its running command has been answered; the context then runs out of work.
   void stop();
 
   /// How many there are. Thread-safe.
@@ -39,13 +38,15 @@ class BridgeServer {
 
  private:
   void acceptNext();
+  void close();
   void open(asio::local::stream_protocol::socket socket);
 
   asio::io_context& io_;
   CommandService& service_;
   const std::string path_;
   asio::local::stream_protocol::acceptor acceptor_;
-  asio::steady_timer retry_;  // while no client can be taken, e.g. for want of descriptors
+  const FileIdentity identity_;  // of the socket
+  asio::steady_timer retry_;     // while no client can be taken, e.g. for want of descriptors
   std::list<std::weak_ptr<ClientConnection>> sessions_;
   std::atomic<size_t> sessionCount_ = 0;
 };

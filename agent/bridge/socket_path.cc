@@ -9,12 +9,13 @@
 #include <filesystem>
 #include <system_error>
 
-#include "agent/base/log.h"
+#include "agent/base/own_user.h"
 #include "agent/base/start_failure.h"
 
 namespace agent {
 namespace {
 
+namespace fs = std::filesystem;
 using asio::local::stream_protocol;
 
 constexpr mode_t DIRECTORY_MODE = 0750;
@@ -47,19 +48,43 @@ void removeStale(asio::io_context& io, const stream_protocol::endpoint& endpoint
   (void)::unlink(endpoint.path().c_str());
 }
 
+bool isTrusted(uid_t owner) { return owner == 0 || isOwnUser(owner); }
+
+/// Whoever owns a link on the way to the directory decides where clients arrive.
+void checkLinks(const std::string& path, const fs::path& directory, int depth = 0) {
+  constexpr int MOST = 40;  // the kernel follows no more, path_resolution(7)
+  if (depth > MOST) return;
+  fs::path place;
+  for (const fs::path& part : directory) {
+    place /= part;
+    struct stat status {};
+    if (::lstat(place.c_str(), &status) != 0 || !S_ISLNK(status.st_mode)) continue;
+    if (!isTrusted(status.st_uid)) {
+      fail(path, "is not safe: " + place.string() + " is a link of user " +
+                     std::to_string(status.st_uid) + ", who can lead clients elsewhere");
+    }
+    std::error_code error;
+    const fs::path target = fs::read_symlink(place, error);
+    checkLinks(path, (place.parent_path() / target).lexically_normal(), depth + 1);
+  }
+}
+
 /// The socket alone does not keep strangers out: they could put another one in its place.
-void prepareDirectory(const std::string& path, std::optional<gid_t> group) {
-  const std::string directory =
-      std::filesystem::absolute(path).lexically_normal().parent_path().string();
+void prepareDirectory(const std::string& path) {
+  const std::string directory = directoryOfSocket(path);
+  checkLinks(path, directory);
   struct stat status {};
   if (::mkdir(directory.c_str(), 0700) == 0) {
-    if (group) (void)::chown(directory.c_str(), static_cast<uid_t>(-1), *group);
     (void)::chmod(directory.c_str(), DIRECTORY_MODE);  // mkdir's mode is subject to the umask
   } else if (errno != EEXIST) {
     fail(path, "cannot be made: " + directory + ": " + std::generic_category().message(errno));
   }
   if (::stat(directory.c_str(), &status) != 0) {
     fail(path, "cannot be made: " + directory + ": " + std::generic_category().message(errno));
+  }
+  if (!isTrusted(status.st_uid)) {
+    fail(path, "is not safe: its directory " + directory + " belongs to user " +
+                   std::to_string(status.st_uid) + ", who can put another one in its place");
   }
   if ((status.st_mode & S_IRWXO) != 0 || (status.st_mode & S_IWGRP) != 0) {
     fail(path, "is not safe: others can enter or change its directory " + directory +
@@ -69,10 +94,13 @@ void prepareDirectory(const std::string& path, std::optional<gid_t> group) {
 
 }  // namespace
 
-stream_protocol::acceptor listenAt(asio::io_context& io, const std::string& path,
-                                   std::optional<gid_t> group) {
+std::string directoryOfSocket(const std::string& path) {
+  return fs::absolute(path).lexically_normal().parent_path().string();
+}
+
+stream_protocol::acceptor listenAt(asio::io_context& io, const std::string& path) {
   const stream_protocol::endpoint endpoint = endpointAt(path);
-  prepareDirectory(path, group);
+  prepareDirectory(path);
   removeStale(io, endpoint);
   stream_protocol::acceptor acceptor(io);
   asio::error_code error;
@@ -80,17 +108,18 @@ stream_protocol::acceptor listenAt(asio::io_context& io, const std::string& path
   // The library opens sockets without the flag.
   if (!error) (void)::fcntl(acceptor.native_handle(), F_SETFD, FD_CLOEXEC);
   if (!error) (void)acceptor.bind(endpoint, error);
-  if (!error && group && ::chown(path.c_str(), static_cast<uid_t>(-1), *group) != 0) {
-    log(Level::Warning,
-        "the administrators' group cannot use the socket: it is not the agent's own",
-        {{"socket", path}, {"gid", *group}});
-  }
   if (!error && ::chmod(path.c_str(), SOCKET_MODE) != 0) {
     error.assign(errno, asio::error::get_system_category());
   }
   if (!error) (void)acceptor.listen(asio::socket_base::max_listen_connections, error);
   if (error) fail(path, "cannot be listened on: " + error.message());
   return acceptor;
+}
+
+FileIdentity identityOf(const std::string& path) {
+  struct stat status {};
+  if (::lstat(path.c_str(), &status) != 0) return {};
+  return {status.st_dev, status.st_ino};
 }
 
 }  // namespace agent

@@ -5,16 +5,28 @@
 
 #include <asio/io_context.hpp>
 #include <asio/local/stream_protocol.hpp>
-#include <optional>
 #include <string>
 
 namespace agent {
 
 /// Listens on a Unix stream socket. A directory that is not there is made, and a socket that nobody
-/// listens on any more is replaced. The socket can be used by the agent's user and, if given, by
-/// the members of the group. Throws StartFailure if the path cannot be listened on or others can
-/// enter its directory.
-asio::local::stream_protocol::acceptor listenAt(asio::io_context& io, const std::string& path,
-                                                std::optional<gid_t> group);
+/// listens on any more is replaced. The socket can be used by the agent's user and its group.
+/// Throws StartFailure if the path cannot be listened on, others can enter its directory, or
+/// somebody else than root and the agent's user owns that or a link on the way to it.
+asio::local::stream_protocol::acceptor listenAt(asio::io_context& io, const std::string& path);
+
+/// Absolute.
+std::string directoryOfSocket(const std::string& path);
+
+/// Which file has a name. Its number is no other's as long as somebody has it open or bound.
+struct FileIdentity {
+  dev_t device = 0;
+  ino_t number = 0;
+
+  bool operator==(const FileIdentity&) const = default;
+};
+
+/// Of the name itself, if that is a link; all 0 if there is none.
+FileIdentity identityOf(const std::string& path);
 
 }  // namespace agent

@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <system_error>
 
+#include "agent/base/own_user.h"
 #include "agent/base/start_failure.h"
 
 namespace agent {
@@ -38,6 +39,11 @@ void check(const std::string& path, int directory) {
     throw StartFailure(EXIT_BAD_CONFIG, who + "belongs to user " + std::to_string(status.st_uid) +
                                             ", not to the agent's user " +
                                             std::to_string(::geteuid()));
+  }
+  if (!isOwnUser(status.st_uid)) {
+    throw StartFailure(EXIT_BAD_CONFIG,
+                       who + "belongs to user " + std::to_string(status.st_uid) +
+                           ", which stands for every user without a number in this namespace");
   }
   if ((status.st_mode & (S_IWGRP | S_IWOTH)) != 0) {
     throw StartFailure(EXIT_BAD_CONFIG,

@@ -8,7 +8,8 @@
 
 namespace testing_support {
 
-inline constexpr uid_t NOBODY = 65534;
+/// Not 65534, which is several users in a user namespace.
+inline constexpr uid_t NOBODY = 54321;
 
 /// Why a child of this process cannot become another user; empty if it can. REQUIRES: the process
 /// has one thread.

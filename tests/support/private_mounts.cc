@@ -6,32 +6,13 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <fstream>
-
 #include "tests/support/system_error.h"
+#include "tests/support/user_namespace.h"
 
 namespace testing_support {
-namespace {
-
-void writeText(const std::string& path, const std::string& text) {
-  std::ofstream file(path);
-  file << text << std::flush;
-  check(file ? 0 : -1, path);
-}
-
-/// The way for users who may not mount anything: root in a namespace of their own.
-void enterUserNamespace() {
-  const std::string user = std::to_string(geteuid());
-  const std::string group = std::to_string(getegid());
-  check(unshare(CLONE_NEWUSER | CLONE_NEWNS), "unshare of the user and mount namespaces");
-  writeText("/proc/self/setgroups", "deny");
-  writeText("/proc/self/uid_map", "0 " + user + " 1");
-  writeText("/proc/self/gid_map", "0 " + group + " 1");
-}
-
-}  // namespace
 
 void enterPrivateMounts() {
+  // The way for users who may not mount anything: root in a namespace of their own.
   if (unshare(CLONE_NEWNS) != 0) enterUserNamespace();
   check(mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr), "private mounts");
 }

@@ -32,14 +32,14 @@ TEST_F(SystemTest, AnotherUserMayReadButNeitherWriteNorSave) {
     EXPECT_EQ(written.result, 0);
     EXPECT_EQ(written.reason, Reason::NotAuthorised);
     EXPECT_EQ(written.text,
-              "user 65534 may not use module 13 at level 0; the agent's user, root and the members "
+              "user 54321 may not use module 13 at level 0; the agent's user, root and the members "
               "of the group \"no-such-group\" may");
 
     const bridge::Reply saved = client.save();
     EXPECT_EQ(saved.result, 0);
     EXPECT_EQ(saved.reason, Reason::NotAuthorised);
     EXPECT_EQ(saved.text,
-              "user 65534 may not use module 13 at level 2; the agent's user, root and the members "
+              "user 54321 may not use module 13 at level 2; the agent's user, root and the members "
               "of the group \"no-such-group\" may");
 
     // A refusal comes before any look at the input, and is of one command only.

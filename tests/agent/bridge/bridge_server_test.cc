@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 
 #include <filesystem>
+#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -25,7 +26,7 @@ namespace {
 std::string refusalOf(ServedModule& served, const std::string& path) {
   try {
     asio::io_context io;
-    const BridgeServer server(io, path, std::nullopt, served.service());
+    const BridgeServer server(io, path, served.service());
     return "";
   } catch (const StartFailure& error) {
     return error.what();
@@ -38,7 +39,7 @@ TEST(BridgeServer, LeavesASocketAloneThatItMayNotTry) {
   const std::string path = directory.path + "agent.sock";
   asio::io_context io;
   ServedModule served;
-  const BridgeServer server(io, path, std::nullopt, served.service());
+  const BridgeServer server(io, path, served.service());
   ASSERT_EQ(chmod(path.c_str(), 0000), 0);
   if (geteuid() == 0) {
     ASSERT_EQ(chown(directory.path.c_str(), testing_support::NOBODY, testing_support::NOBODY), 0);
@@ -62,7 +63,7 @@ TEST(BridgeServer, TurnsAClientAwayForWhomThereIsNoThread) {
     ServedModule served;
     testing_support::dropRights();
     asio::io_context io;
-    BridgeServer server(io, directory.path + "agent.sock", std::nullopt, served.service());
+    BridgeServer server(io, directory.path + "agent.sock", served.service());
     const agent_testing::RawClient client(directory.path + "agent.sock");
     const rlimit none{0, 0};
     ASSERT_EQ(setrlimit(RLIMIT_NPROC, &none), 0);
@@ -80,6 +81,32 @@ TEST(BridgeServer, RemovesItsSocketAtTheEnd) {
   ServedModule served;
   EXPECT_EQ(refusalOf(served, path), "");
   EXPECT_FALSE(host::exists(path));
+}
+
+TEST(BridgeServer, RemovesNoSocketButItsOwn) {
+  const host::TempDirectory directory;
+  const std::string path = directory.path + "agent.sock";
+  ServedModule served;
+  asio::io_context io;
+  std::optional<BridgeServer> first(std::in_place, io, path, served.service());
+  ASSERT_EQ(unlink(path.c_str()), 0);
+  const BridgeServer second(io, path, served.service());
+  first.reset();
+  EXPECT_TRUE(host::exists(path));
+  EXPECT_NO_THROW(agent_testing::RawClient{path});
+}
+
+TEST(BridgeServer, RemovesItsSocketBeforeItStopsToListen) {
+  const host::TempDirectory directory;
+  const std::string path = directory.path + "agent.sock";
+  ServedModule served;
+  asio::io_context io;
+  BridgeServer first(io, path, served.service());
+  first.stop();
+  EXPECT_FALSE(host::exists(path));
+  const BridgeServer second(io, path, served.service());
+  first.stop();
+  EXPECT_TRUE(host::exists(path));
 }
 
 }  // namespace

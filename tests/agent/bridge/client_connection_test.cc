@@ -66,7 +66,7 @@ class ClientConnection : public testing::Test {
   const std::string socket_ = directory_.at("socket");
   agent_testing::ServedModule module_;
   asio::io_context io_;
-  BridgeServer server_{io_, socket_, std::nullopt, module_.service()};
+  BridgeServer server_{io_, socket_, module_.service()};
   std::list<RawClient> clients_;
   std::thread loop_{[this] { io_.run(); }};
 };

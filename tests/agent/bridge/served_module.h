@@ -38,6 +38,7 @@ class ServedModule {
                  [] { return "{}"; }) {}
 
   LPARAMS::Server::Server_t& server() { return module_.server(); }
+  const agent::AccessRules& rules() const { return rules_; }
   const agent::RecordCheck& check() const { return check_; }
   agent::ChangeTracker& changes() { return changes_; }
   agent::CommandService& service() { return service_; }

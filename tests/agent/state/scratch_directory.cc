@@ -81,6 +81,11 @@ mode_t ScratchDirectory::mode(const std::string& name) const {
   return static_cast<mode_t>(fs::symlink_status(at(name)).permissions());
 }
 
+gid_t ScratchDirectory::group(const std::string& name) const {
+  struct stat status {};
+  return ::lstat(at(name).c_str(), &status) == 0 ? status.st_gid : static_cast<gid_t>(-1);
+}
+
 std::vector<std::string> ScratchDirectory::names() const {
   std::vector<std::string> names = rawNames(path);
   for (std::string& name : names) replaceTime(name);

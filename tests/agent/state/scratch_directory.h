@@ -31,6 +31,7 @@ class ScratchDirectory {
   void remove(const std::string& name) const;
 
   mode_t mode(const std::string& name) const;
+  gid_t group(const std::string& name) const;
 
   /// Sorted. A time in a name is written as TIME: "localsettings.ini.edited-TIME-2".
   std::vector<std::string> names() const;

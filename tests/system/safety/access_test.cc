@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <optional>
 #include <stop_token>
 #include <thread>
 #include <variant>
@@ -12,6 +13,7 @@
 #include "client/record.h"
 #include "client/settings.h"
 #include "tests/support/another_user.h"
+#include "tests/support/user_namespace.h"
 #include "tests/system/safety/agent_test.h"
 
 namespace safety {
@@ -96,6 +98,69 @@ TEST_F(Access, OfMembersOfTheGroupInTheSettings) {
   EXPECT_EQ(tries(group, {}), "done, 2, 2");  // the file names another group
   set(std::string("ADMIN.ADMIN_GROUP=") + GROUP);
   EXPECT_EQ(tries(group, {}), "done, done, 2");  // and writes that one back
+}
+
+TEST_F(Access, OfNoUserWithoutANumber) {
+  if (const auto reason = testing_support::whyNoOtherUser(); !reason.empty()) {
+    GTEST_SKIP() << reason;
+  }
+  if (const auto reason = testing_support::whyNoUserNamespace(); !reason.empty()) {
+    GTEST_SKIP() << reason;
+  }
+  const ::group* const nobodies = ::getgrgid(65534);  // what those are in that have none
+  if (nobodies == nullptr) GTEST_SKIP() << "the system has no group 65534";
+  const std::string name = nobodies->gr_name;
+  start({"--admin-group", name}, {.inChild = testing_support::enterUserNamespace});
+  EXPECT_EQ(state("groupProblem"), "group \"" + name +
+                                       "\": its number stands for every group without one in "
+                                       "this namespace");
+  openDirectory();
+  EXPECT_EQ(tries(STRANGER, {STRANGER}), "done, 2, 2");
+}
+
+class SocketGroup : public Access {
+ protected:
+  /// The number of a group that the agent can give files to; what else to do if there is none.
+  static std::optional<gid_t> another() {
+    const agent_testing::ScratchDirectory scratch;
+    const ::group* const found = ::getgrnam(GROUP);
+    if (found == nullptr || ::chown(scratch.path.c_str(), -1, found->gr_gid) != 0) return {};
+    return found->gr_gid;
+  }
+
+  /// Waits: the files follow after the reply to the write.
+  void waitUntilAllBelongTo(gid_t group) {
+    for (const char* name : {"run", "run/agent.sock"}) {
+      while (place_.group(name) != group) std::this_thread::yield();
+    }
+  }
+};
+
+TEST_F(SocketGroup, FollowsTheSettings) {
+  const auto group = another();
+  if (!group) GTEST_SKIP() << "files cannot be given to group " << GROUP << " here";
+  (void)::mkdir(place_.at("run").c_str(), 0750);
+  start();
+  EXPECT_EQ(state("groupProblem"), "group \"gateway-admins\": the system knows no such group");
+  EXPECT_THAT(log(), HasSubstr("notice: the administrators' group cannot reach the socket "));
+  waitUntilAllBelongTo(::getegid());
+  set(std::string("ADMIN.ADMIN_GROUP=") + GROUP);
+  waitUntilAllBelongTo(*group);
+  while (state("groupProblem") != "no") continue;
+  set("ADMIN.ADMIN_GROUP=no such group");
+  waitUntilAllBelongTo(::getegid());
+  while (state("groupProblem") == "no") continue;
+  EXPECT_EQ(state("groupProblem"), "group \"no such group\": the system knows no such group");
+}
+
+TEST_F(SocketGroup, IsGivenAnExistingDirectory) {
+  const auto group = another();
+  if (!group) GTEST_SKIP() << "files cannot be given to group " << GROUP << " here";
+  (void)::mkdir(place_.at("run").c_str(), 0750);
+  start({"--admin-group", GROUP});
+  EXPECT_EQ(state("groupProblem"), "no");
+  EXPECT_EQ(place_.group("run"), *group);
+  EXPECT_EQ(place_.group("run/agent.sock"), *group);
 }
 
 TEST_F(Access, IllegalValuesAreRefused) {

@@ -106,8 +106,8 @@ TEST_F(CommandLog, NamesWhoWasNotAuthorised) {
                    }),
             "refused");
   EXPECT_EQ(stop(), 0);
-  EXPECT_THAT(linesWith("warning: a command was not authorised reason=\"user 65534 may not use "),
-              HasSubstr(" uid=65534 pid="));
+  EXPECT_THAT(linesWith("warning: a command was not authorised reason=\"user 54321 may not use "),
+              HasSubstr(" uid=54321 pid="));
 }
 
 TEST_F(CommandLog, IsNotFloodedByRefusals) {

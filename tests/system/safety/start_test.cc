@@ -1,10 +1,12 @@
 // How the agent starts, and when it does not.
+#include <sched.h>
 #include <unistd.h>
 
 #include "agent/base/exit_status.h"
 #include "tests/support/another_user.h"
 #include "tests/support/private_mounts.h"
 #include "tests/support/system_directory.h"
+#include "tests/support/user_namespace.h"
 #include "tests/system/safety/agent_test.h"
 
 namespace safety {
@@ -114,6 +116,19 @@ TEST_F(Start, StateDirectoriesOfOtherUsers) {
                      "lparams_agent: error: state directory " + foreign->path +
                          " belongs to user " + std::to_string(foreign->owner) +
                          ", not to the agent's user " + std::to_string(::geteuid()) + "\n"}));
+  EXPECT_THAT(state_.names(), ElementsAre(SETTINGS));
+}
+
+TEST_F(Start, StateDirectoriesOfUsersWithoutANumber) {
+  state_.write(SETTINGS, exampleSettings());
+  if (const auto reason = testing_support::whyNoUserNamespace(); !reason.empty()) {
+    GTEST_SKIP() << reason;
+  }
+  const auto withoutMap = [] { (void)::unshare(CLONE_NEWUSER); };
+  const Outcome outcome = runAgent({}, {.inChild = withoutMap});
+  EXPECT_EQ(outcome.exitCode, agent::EXIT_BAD_CONFIG);
+  EXPECT_THAT(outcome.output, HasSubstr(", which stands for every user without a number in this "
+                                        "namespace\n"));
   EXPECT_THAT(state_.names(), ElementsAre(SETTINGS));
 }
 

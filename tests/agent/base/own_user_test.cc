@@ -1,0 +1,48 @@
+#include "agent/base/own_user.h"
+
+#include <gtest/gtest.h>
+#include <sched.h>
+#include <unistd.h>
+
+#include "tests/module/child_process.h"
+
+namespace agent {
+namespace {
+
+TEST(OwnUser, MapsThatHaveANumberForEveryUser) {
+  const struct {
+    const char* map;
+    bool all;
+  } rows[] = {
+      {"         0          0 4294967295\n", true},
+      {"0 0 1\n1 100000 4294967294\n", true},
+      {"         0     100000      65536\n", false},
+      {"0 0 1\n", false},
+      {"", false},
+      {"nonsense\n", false},
+  };
+  for (const auto& row : rows) EXPECT_EQ(coversAll(row.map), row.all) << row.map;
+}
+
+TEST(OwnUser, IsTheOneThatRunsTheProcess) {
+  EXPECT_EQ(isOwnUser(::geteuid()), isKnownUser(::geteuid()));
+  EXPECT_FALSE(isOwnUser(::geteuid() + 1));
+  EXPECT_TRUE(isKnownUser(0));
+  EXPECT_TRUE(isKnownGroup(0));
+}
+
+TEST(OwnUser, IsNotTheOneWithoutANumber) {
+  constexpr int NO_NAMESPACE = 77;
+  const int status = host::statusOfChild([] {
+    if (::unshare(CLONE_NEWUSER) != 0) ::_exit(NO_NAMESPACE);
+    // Without a map nobody has a number.
+    const bool right = !isKnownUser(::geteuid()) && !isOwnUser(::geteuid()) &&
+                       !isKnownGroup(::getegid()) && isKnownUser(0);
+    ::_exit(right ? 0 : 1);
+  });
+  if (status == NO_NAMESPACE) GTEST_SKIP() << "a process cannot have a user namespace of its own";
+  EXPECT_EQ(status, 0);
+}
+
+}  // namespace
+}  // namespace agent
