@@ -1,0 +1,90 @@
+#!/usr/bin/env bash
+# Boots the machine's systemd as process 1 of namespaces of its own, until it ends or this script is
+# ended. It sees the machine's programs and libraries, with the agent of BUILD_DIR and its unit where
+# a package would put them, and nothing else of the machine: no settings, users, services, network.
+# Prints the number that systemd's process has outside.
+#
+# Needs root's rights on mounts, namespaces and control groups. Usage: boot.sh BUILD_DIR
+set -euo pipefail
+
+build=$1
+tests=$(dirname "$(readlink -f "$0")")
+namespaces=(--pid --fork --kill-child --mount --uts --ipc --net --cgroup)
+
+# Two systemds must not share a control group. The mount shows those of this very place.
+outside() {
+  local room=$1 groups=$1/groups group=$1/groups/lparams-$$ system
+  mount -t tmpfs -o mode=755 tmpfs "$room"
+  mkdir "$groups" "$room/root"
+  mount -t cgroup2 cgroup2 "$groups"
+  mkdir "$group"
+  leave() {
+    local i
+    echo $$ >"$groups/cgroup.procs"
+    for ((i = 0; i < 100; ++i)); do # until the last process is gone
+      find "$group" -depth -type d -exec rmdir {} + 2>/dev/null && break
+      sleep 0.1
+    done
+    umount -l "$room"
+    rmdir "$room"
+  }
+  trap leave EXIT
+  trap 'kill -KILL "$system" 2>/dev/null; wait "$system" || true; exit 1' TERM
+  echo $$ >"$group/cgroup.procs"
+  unshare "${namespaces[@]}" "$0" "$build" inside "$room/root" &
+  system=$!
+  wait "$system"
+}
+
+file_systems() {
+  local link node
+  mount -t tmpfs -o mode=755 tmpfs "$PWD"
+  cd "$PWD" # what is mounted there now
+  mkdir -p .old .usr dev etc proc root run sys tmp usr var/lib
+  mount -t tmpfs -o mode=755 tmpfs .usr
+  mkdir .usr/changes .usr/work
+  mount -t overlay -o lowerdir=/usr,upperdir=.usr/changes,workdir=.usr/work overlay usr
+  for link in bin sbin lib lib32 lib64 libx32; do
+    [[ ! -L /$link ]] || cp -a "/$link" .
+  done
+  mount -t proc proc proc
+  mount --bind proc/sys proc/sys
+  mount -o remount,bind,ro proc/sys # the kernel's variables are everybody's
+  mount -t sysfs -o ro sysfs sys
+  mount -t cgroup2 cgroup2 sys/fs/cgroup
+  mount -t tmpfs -o mode=755 tmpfs run
+  mount -t tmpfs -o mode=1777 tmpfs tmp
+  mount -t tmpfs -o mode=755 tmpfs dev
+  mkdir dev/pts dev/shm
+  mount -t devpts -o newinstance,ptmxmode=0666 devpts dev/pts
+  ln -s pts/ptmx dev/ptmx
+  for node in null zero full random urandom tty; do cp -a "/dev/$node" dev/; done
+}
+
+contents() {
+  cp /etc/ld.so.cache etc/
+  printf '%s\n' root:x:0:0::/root:/bin/sh lparams:x:900:900::/:/bin/false \
+    member:x:901:901::/:/bin/sh stranger:x:902:902::/:/bin/sh >etc/passwd
+  printf '%s\n' root:x:0: lparams:x:900: member:x:901: stranger:x:902: >etc/group
+  printf '%s\n' 'passwd: files' 'group: files' >etc/nsswitch.conf
+  tr -d - </proc/sys/kernel/random/uuid >etc/machine-id
+  mkdir usr/lib/lparams
+  cp "$build"/{lparams_agent,lparams_server.so,lparamsctl} usr/lib/lparams/
+  cp "$tests/../../packaging/lparams-agent.service" usr/lib/systemd/system/
+}
+
+case ${2-} in
+  '') exec unshare --mount --cgroup --propagation private "$0" "$build" outside "$(mktemp -d)" ;;
+  outside) outside "$3" ;;
+  inside)
+    read -r process _ </proc/self/stat # of the /proc from outside
+    cd "$3"
+    file_systems
+    contents
+    pivot_root . .old
+    umount -l /.old
+    echo "$process"
+    exec env -i container=other PATH=/usr/sbin:/usr/bin \
+      /lib/systemd/systemd --log-target=journal --unit=basic.target >/dev/null 2>&1
+    ;;
+esac

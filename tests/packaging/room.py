@@ -1,0 +1,64 @@
+"""A systemd of its own that the tests of the unit talk to."""
+
+import os
+import select
+import subprocess
+import time
+
+HERE = os.path.dirname(os.path.abspath(__file__))
+START_LIMIT = 60  # seconds; some three are enough
+WAIT_LIMIT = 60  # seconds for anything that is to happen
+ENVIRONMENT = ["PATH=/usr/bin:/usr/sbin:/usr/lib/lparams", "LANG=C.UTF-8"]
+
+
+class CannotBoot(Exception):
+    pass
+
+
+class Room:
+    """Throws CannotBoot, with the reason, where systemd cannot be booted."""
+
+    def __init__(self, build):
+        if os.geteuid() != 0:
+            raise CannotBoot("only root can boot it")
+        self.process = subprocess.Popen(
+            ["setpriv", "--pdeathsig", "TERM", os.path.join(HERE, "boot.sh"),
+             os.path.abspath(build)],
+            stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
+        ready, _, _ = select.select([self.process.stdout], [], [], START_LIMIT)
+        line = self.process.stdout.readline().strip() if ready else "nothing happens"
+        if not line.isdigit():
+            self.end()
+            raise CannotBoot(line)
+        self.init = line
+        deadline = time.monotonic() + START_LIMIT
+        while (state := self.state()) not in ("running", "degraded"):
+            if self.process.poll() is not None or time.monotonic() > deadline:
+                self.end()
+                raise CannotBoot(f"it does not come up: {state or 'no answer'}")
+            time.sleep(0.05)
+
+    def state(self):
+        return self.run("systemctl", "is-system-running").stdout.strip()
+
+    def end(self):
+        self.process.terminate()
+        self.process.wait()
+        self.process.stdout.close()
+
+    def run(self, *command, user="root"):
+        """How the command ends in the room."""
+        as_user = [] if user == "root" else ["setpriv", "--reuid", user, "--regid", user,
+                                             "--init-groups"]
+        return subprocess.run(
+            ["nsenter", f"--target={self.init}", "--pid", "--mount", "--uts", "--ipc", "--net",
+             "--cgroup", "--root", "env", "-i", "-C", "/", *ENVIRONMENT, *as_user, *command],
+            stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
+            timeout=WAIT_LIMIT, check=False)
+
+    def shell(self, script):
+        """What the script writes; it has to succeed."""
+        done = self.run("sh", "-ec", script)
+        if done.returncode != 0:
+            raise AssertionError(f"{script}: {done.stdout}")
+        return done.stdout.strip()

@@ -1,0 +1,189 @@
+#!/usr/bin/env python3
+"""Runs the agent's unit under a real systemd: as it is packaged, with its filters, its directories
+and its user. Ends with 77 where none can be booted.
+
+Usage: unit_test.py BUILD_DIR"""
+
+import sys
+import time
+import unittest
+
+sys.dont_write_bytecode = True
+
+from room import WAIT_LIMIT, CannotBoot, Room  # noqa: E402
+
+SKIPPED = 77  # exit status
+UNIT = "lparams-agent.service"
+SETTINGS = "/var/lib/lparams/localsettings.ini"
+GROUP = "admin"  # the default of ADMIN.ADMIN_GROUP
+OTHER_GROUP = "operators"
+
+room = None
+
+
+class Unit(unittest.TestCase):
+    def setUp(self):
+        room.shell(f"""
+            systemctl stop {UNIT}
+            systemctl reset-failed {UNIT} || true
+            for group in {GROUP} {OTHER_GROUP}; do groupdel $group 2>/dev/null || true; done
+            rm -rf /var/lib/lparams /run/systemd/system/{UNIT}.d
+            systemctl daemon-reload
+            journalctl --rotate -q
+            journalctl --vacuum-time=1us -q""")
+
+    def make_group(self, name, members):
+        room.shell(f"groupadd {name}\n"
+                   + "\n".join(f"usermod -aG {name} {member}" for member in members))
+
+    def start(self):
+        done = room.run("systemctl", "start", UNIT)
+        self.assertEqual((done.returncode, self.property("ActiveState")), (0, "active"),
+                         self.log())
+
+    def stop(self):
+        room.shell(f"systemctl stop {UNIT}")
+        self.assertEqual([self.property(name) for name in ("Result", "ExecMainStatus")],
+                         ["success", "0"], self.log())
+        self.assertEqual(room.run("ls", "/run/lparams/agent.sock").returncode, 2)
+
+    def property(self, name):
+        return room.shell(f"systemctl show -P {name} {UNIT}")
+
+    def log(self):
+        return room.shell(f"journalctl --no-pager -o cat -u {UNIT}")
+
+    def wait_until(self, what, condition):
+        deadline = time.monotonic() + WAIT_LIMIT
+        while not condition():
+            self.assertLess(time.monotonic(), deadline, f"{what} did not happen:\n{self.log()}")
+            time.sleep(0.05)
+
+    def ctl(self, *words, user="root"):
+        done = room.run("lparamsctl", *words, user=user)
+        return done.returncode, done.stdout
+
+    def state(self, name):
+        _, text = self.ctl("status")
+        return dict(line.split(": ", 1) for line in text.splitlines())[name]
+
+    def check_writes(self, user, port):
+        self.assertEqual(self.ctl("set", f"IKE.IKE_PORT={port}", user=user), (0, ""))
+        self.assertEqual(self.ctl("save", user=user), (0, "saved\n"))
+        self.assertIn(f"IKE_PORT={port}\n", room.shell(f"cat {SETTINGS}"))
+
+    def check_is_refused(self, user):
+        for words in (["get", "IKE.IKE_PORT"], ["set", "IKE.IKE_PORT=1"], ["save"]):
+            status, text = self.ctl(*words, user=user)
+            self.assertEqual(status, 3)
+            self.assertIn("Permission denied", text)
+
+    def check_comes_back(self, before):
+        self.wait_until("a restart", lambda: self.property("NRestarts") == "1"
+                        and self.property("ActiveState") == "active")
+        self.assertNotEqual(self.property("MainPID"), before)
+        self.assertEqual(self.ctl("get", "IKE.IKE_PORT"), (0, "501\n"))
+
+    def check_belongs_to(self, group):
+        self.assertEqual(room.shell("stat -c '%U:%G %a' /run/lparams /run/lparams/agent.sock"),
+                         f"lparams:{group} 750\nlparams:{group} 660")
+
+    def test_without_the_administrators_group(self):
+        self.start()
+        self.check_belongs_to("lparams")
+        self.assertIn("no such group", self.state("groupProblem"))
+        self.check_writes("root", 501)
+        self.check_is_refused("member")
+        self.check_is_refused("stranger")
+        self.stop()
+
+    def test_with_the_administrators_group(self):
+        self.make_group(GROUP, ["lparams", "member"])
+        self.start()
+        self.assertEqual(self.state("groupProblem"), "no")
+        self.check_belongs_to(GROUP)
+        self.check_writes("member", 501)
+        self.check_writes("root", 502)
+        self.check_is_refused("stranger")
+        self.stop()
+
+    def test_with_another_group_while_it_runs(self):
+        self.make_group(OTHER_GROUP, ["lparams", "member"])
+        self.start()
+        self.check_is_refused("member")
+        self.assertEqual(self.ctl("set", f"ADMIN.ADMIN_GROUP={OTHER_GROUP}"), (0, ""))
+        self.wait_until("a change of the group", lambda: self.state("groupProblem") == "no")
+        self.check_belongs_to(OTHER_GROUP)
+        self.check_writes("member", 501)
+        self.check_is_refused("stranger")
+        self.stop()
+
+    def test_with_a_group_that_the_agent_is_not_in(self):
+        self.make_group(GROUP, ["member"])
+        self.start()
+        self.assertIn("Operation not permitted", self.state("groupProblem"))
+        self.assertIn("warning: the administrators' group cannot reach the socket", self.log())
+        self.check_belongs_to("lparams")
+        self.check_writes("root", 501)
+        self.check_is_refused("member")
+        self.stop()
+
+    def test_comes_back_after_a_kill(self):
+        self.start()
+        self.check_writes("root", 501)
+        self.ctl("set", "IKE.IKE_PORT=502")
+        before = self.property("MainPID")
+        room.shell(f"systemctl kill -s KILL {UNIT}")
+        self.check_comes_back(before)
+        self.stop()
+
+    def test_the_watchdog(self):
+        room.shell(f"""
+            mkdir -p /run/systemd/system/{UNIT}.d
+            printf '[Service]\\nWatchdogSec=6\\n' >/run/systemd/system/{UNIT}.d/watchdog.conf
+            systemctl daemon-reload""")
+        self.start()
+        self.check_writes("root", 501)
+        last = self.property("WatchdogTimestampMonotonic")
+        self.wait_until("a sign of life",
+                        lambda: self.property("WatchdogTimestampMonotonic") != last)
+        before = self.property("MainPID")
+        self.assertEqual(self.property("NRestarts"), "0", self.log())
+        room.shell(f"systemctl kill -s STOP {UNIT}")
+        self.check_comes_back(before)
+        self.assertIn("Watchdog timeout", self.log())
+        self.stop()
+
+    def test_a_reload_of_the_units_changes_nothing(self):
+        self.start()
+        before = self.property("MainPID")
+        room.shell("systemctl daemon-reload")
+        self.assertEqual(room.run("systemctl", "reload", UNIT).returncode, 3)  # has none
+        self.check_writes("root", 501)
+        self.assertEqual(self.property("MainPID"), before)
+        self.stop()
+
+    def test_is_not_started_again_on_damaged_settings(self):
+        room.shell(f"install -d -m 700 -o lparams -g lparams /var/lib/lparams\n"
+                   f"install -m 600 -o lparams -g lparams /dev/null {SETTINGS}")
+        self.assertNotEqual(room.run("systemctl", "start", UNIT).returncode, 0)
+        self.assertEqual([self.property(name) for name in
+                          ("ActiveState", "ExecMainStatus", "NRestarts")], ["failed", "78", "0"])
+
+
+def main():
+    global room
+    try:
+        room = Room(sys.argv.pop())
+    except CannotBoot as reason:
+        print("systemd cannot be booted here:", reason)
+        sys.exit(SKIPPED)
+    try:
+        outcome = unittest.main(exit=False, verbosity=2).result
+    finally:
+        room.end()
+    sys.exit(0 if outcome.wasSuccessful() else 1)
+
+
+if __name__ == "__main__":
+    main()
