@@ -10,6 +10,7 @@
 #include <stop_token>
 #include <thread>
 
+#include "agent/agent_commands.h"
 #include "agent/base/end_signals.h"
 #include "agent/base/exit_status.h"
 #include "agent/base/log.h"
@@ -24,7 +25,6 @@
 #include "agent/settings_locks.h"
 #include "agent/status.h"
 #include "agent/watchdog.h"
-#include "schema/schema.h"
 
 namespace agent {
 namespace {
@@ -54,18 +54,15 @@ void enforceDrainLimit(const std::stop_token& stop) {
 
 void serve(const Options& options, LPARAMS::Server::Server_t& server, SettingsKeeper& keeper) {
   const AccessRules rules(*server.ADMIN, options.adminGroup);
-  std::optional<RecordCheck> check;
-  if (!options.acceptAny) check.emplace(server, options.maxUsers);
+  const RecordCheck check(server, options.maxUsers);
   ChangeTracker changes(server);
 
   asio::io_context io(1);  // runs on this thread alone
   std::optional<BridgeServer> bridge;
   std::optional<SocketGroup> socketGroup;
-  CommandService service(server, keeper.writeTurn(), changes, check ? &*check : nullptr,
+  CommandService service(server, keeper.writeTurn(), changes, options.acceptAny ? nullptr : &check,
                          [&] { return statusOf(options, server, keeper, *bridge, *socketGroup); });
-  service.add("schema", [](BridgeSession& /*session*/, const std::string& /*input*/) {
-    return bridge::Reply{.result = 1, .output = schema::ownSchema()};
-  });
+  const AgentCommands commands(server, keeper, check, service);
   bridge.emplace(io, options.socket, service);
   socketGroup.emplace(io, options.socket, rules, changes);
 

@@ -9,6 +9,7 @@
 #include "agent/bridge/command_log.h"
 #include "agent/bridge/group_values.h"
 #include "agent/bridge/listener_registry.h"
+#include "agent/bridge/secrets.h"
 #include "lparams/interface/access_levels.h"
 #include "lparams/interface/commands.h"
 #include "platform/command_bridge.h"
@@ -119,13 +120,21 @@ Reply CommandService::readGroup(BridgeSession& session, const bridge::Command& c
   const uint64_t revision = changes_.revision(groupName(command.input));
   Reply reply = call(session, command);
   reply.revision = revision;
+  if (reply.result != 0 && check_ != nullptr) hideSecrets(session, groupName(command.input), reply);
   return reply;
+}
+
+/// Who may not write gets no secret.
+void CommandService::hideSecrets(BridgeSession& session, std::string_view group, Reply& reply) {
+  const std::string secrets = secretsOf(group);
+  if (secrets.empty() || mayWrite(session)) return;
+  reply.output = withoutSecrets(group, reply.output);
+  reply.text = "left out, because the session may not write: " + secrets;
 }
 
 Reply CommandService::writeGroup(BridgeSession& session, const bridge::Command& command) {
   // The module authorises the write too; here it comes first, so that a stranger learns nothing.
-  session.command = {};
-  if (!_BridgeServerSide_AuthSession(session, LPARAMS_MODULE_ID, WRITE_ACCESS)) {
+  if (!mayWrite(session)) {
     return refused(session, failure(Reason::NotAuthorised, session.command.refusal));
   }
   RecordCheck::Finding finding;
@@ -135,32 +144,46 @@ Reply CommandService::writeGroup(BridgeSession& session, const bridge::Command& 
   }
   const std::string_view group = groupName(command.input);
   const MutexLock turn(writeTurn_);
-  const uint64_t revision = changes_.revision(group);
-  if (command.revision && *command.revision != revision) {
-    Reply conflict =
-        failure(Reason::Conflict, shortened(group) + " has changed: it was read at revision " +
-                                      std::to_string(*command.revision) + " and is at revision " +
-                                      std::to_string(revision) + "; read it again");
-    conflict.revision = revision;
-    return refused(session, std::move(conflict));
+  if (command.revision) {
+    if (auto conflict = conflictOf(group, *command.revision)) {
+      return refused(session, std::move(*conflict));
+    }
   }
   if (check_ != nullptr) {
-    std::string refusal = check_->refusalOfSize(group, finding.textSize);
+    std::string refusal = check_->refusalOfSize({{group, finding.textSize}});
     if (!refusal.empty()) {
       return refused(session, failure(Reason::IllegalValue, std::move(refusal)));
     }
   }
-  return carryOut(session, command, group);
+  return write(session, command.input);
 }
 
-/// A write whose turn it is.
-Reply CommandService::carryOut(BridgeSession& session, const bridge::Command& command,
-                               std::string_view name) {
+bool CommandService::mayWrite(BridgeSession& session) {
+  session.command = {};
+  return _BridgeServerSide_AuthSession(session, LPARAMS_MODULE_ID, WRITE_ACCESS);
+}
+
+std::optional<Reply> CommandService::conflictOf(std::string_view group, uint64_t stated) const {
+  const uint64_t revision = changes_.revision(group);
+  if (stated == revision) return std::nullopt;
+  Reply conflict =
+      failure(Reason::Conflict, shortened(group) + " has changed: it was read at revision " +
+                                    std::to_string(stated) + " and is at revision " +
+                                    std::to_string(revision) + "; read it again");
+  conflict.revision = revision;
+  return conflict;
+}
+
+Reply CommandService::write(BridgeSession& session, const std::string& input,
+                            const std::function<void()>& prepare) {
+  const bridge::Command command{LPARAMS_MODULE_ID, WRITE_GROUP, input};
+  const std::string_view name = groupName(input);
   const auto groups = settings_.groups();
   const auto group =
       std::ranges::find_if(groups, [&](const ParamGroup* each) { return name == each->name; });
   if (group == groups.end()) return refused(session, call(session, command));
   const GroupValues before(**group);
+  prepare();
   Reply reply = call(session, command);
   if (!mayHaveWritten(reply)) {
     reply.revision = changes_.revision(name);

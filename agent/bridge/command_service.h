@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -16,14 +17,14 @@
 
 namespace agent {
 
-/// Stands in front of the modules: checks writes of settings and their revisions, puts what went
-/// wrong into words, and tells the log of every write, save and refusal. Thread-safe; commands run
-/// side by side, writes of settings take turns.
+/// Stands in front of the modules: checks writes of settings and their revisions, keeps secrets
+/// from who may not write, puts what went wrong into words, and tells the log of every write, save
+/// and refusal. Thread-safe; commands run side by side, writes of settings take turns.
 class CommandService {
  public:
-  /// `settings` are those of the module. `check` may be null: then every value is taken as it
-  /// stands. `status` returns the agent's state as a JSON object. REQUIRES: all of them outlive the
-  /// service.
+  /// `settings` are those of the module. `check` may be null: then every value is taken and given
+  /// as it stands. `status` returns the agent's state as a JSON object. REQUIRES: all of them
+  /// outlive the service.
   CommandService(const LPARAMS::Server::Catalogue& settings, WriteTurn& writeTurn,
                  ChangeTracker& changes, const RecordCheck* check,
                  std::function<std::string()> status)
@@ -46,11 +47,27 @@ class CommandService {
   bridge::Reply status() const;
   ChangeTracker& changes() { return changes_; }
 
+  // For commands of the agent that read or write settings. The write turn is theirs to hold from
+  // the look at a revision to the end of the last write.
+
+  WriteTurn& writeTurn() { return writeTurn_; }
+
+  /// Whether the session may write settings; if not, its `command.refusal` says why.
+  static bool mayWrite(BridgeSession& session);
+
+  /// The reply to who has read the group at a revision that it does not have any more.
+  std::optional<bridge::Reply> conflictOf(std::string_view group, uint64_t stated) const;
+
+  /// Has the module carry out its write command, right behind `prepare`. REQUIRES: the input has
+  /// been checked, the session may write, and the write turn is held.
+  bridge::Reply write(
+      BridgeSession& session, const std::string& input,
+      const std::function<void()>& prepare = [] {});
+
  private:
   bridge::Reply readGroup(BridgeSession& session, const bridge::Command& command);
   bridge::Reply writeGroup(BridgeSession& session, const bridge::Command& command);
-  bridge::Reply carryOut(BridgeSession& session, const bridge::Command& command,
-                         std::string_view name);
+  static void hideSecrets(BridgeSession& session, std::string_view group, bridge::Reply& reply);
 
   const LPARAMS::Server::Catalogue& settings_;
   WriteTurn& writeTurn_;  ///< held from the look at a revision to the end of the write

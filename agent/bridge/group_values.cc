@@ -20,8 +20,8 @@ constexpr size_t MAX_USER_NAME = 40;  // bytes that are shown
 
 std::vector<std::string> valuesOf(const ParamGroup& group) {
   std::vector<std::string> values;
-  values.reserve(group.wireParams.size());
-  for (Param* param : group.wireParams) values.push_back(valueText(*param));
+  values.reserve(group.fileParams.size());
+  for (Param* param : group.fileParams) values.push_back(valueText(*param));
   return values;
 }
 
@@ -57,7 +57,7 @@ using Members = std::list<Param*>;
 
 const Members& membersOf(const ParamGroup& group) {
   static const USER_t user;
-  return group.getTypeId() == TYPE_USER_LIST ? user.wireParams : group.wireParams;
+  return group.getTypeId() == TYPE_USER_LIST ? user.fileParams : group.fileParams;
 }
 
 }  // namespace

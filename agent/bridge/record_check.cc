@@ -14,8 +14,6 @@ namespace {
 
 using namespace LPARAMS::Server;
 
-constexpr size_t MAX_TEXT = 64 * 1024;  // bytes
-
 bool hasText(const Param& param) {
   return param.getTypeId() == TYPE_STRING || param.getTypeId() == TYPE_SECRET;
 }
@@ -41,9 +39,9 @@ void readParam(CommandStreamIn& in, const std::string& subject, Param& param) {
   const char* const bytes = in.data + in.pos;
   readOrRefuse(in, subject, [&] { (void)param.read(in); });
   const size_t size = in.data + in.pos - bytes - sizeof(uint32_t);
-  if (hasText(param) && size > MAX_TEXT) {
+  if (hasText(param) && size > RecordCheck::MAX_TEXT) {
     throw Refusal{subject + ": a text of " + std::to_string(size) +
-                  " bytes is too long; expected at most " + std::to_string(MAX_TEXT)};
+                  " bytes is too long; expected at most " + std::to_string(RecordCheck::MAX_TEXT)};
   }
 
   // The module reads every byte but 1 as false.
@@ -140,14 +138,23 @@ RecordCheck::Finding RecordCheck::look(const std::string& input) const {
   }
 }
 
-std::string RecordCheck::refusalOfSize(std::string_view group, size_t textSize) const {
-  size_t sum = textSize;
+size_t RecordCheck::textSizeOf(ParamGroup& group) { return agent::textSizeOf(group, 1); }
+
+std::string RecordCheck::refusalOfSize(const std::map<std::string_view, size_t>& textSizes) const {
+  std::string names;
+  size_t replaced = 0;
+  for (const auto& [group, size] : textSizes) {
+    names += (names.empty() ? "" : ", ") + std::string(group);
+    replaced += size;
+  }
+  size_t sum = replaced;
   for (ParamGroup* other : settings_.groups()) {
-    if (group != other->name) sum += textSizeOf(*other, 1);
+    if (!textSizes.contains(other->name)) sum += textSizeOf(*other);
   }
   if (sum <= MAX_SETTINGS_TEXT) return {};
-  return std::string(group) + ": the settings would be a text of " + std::to_string(sum) +
-         " bytes, " + std::to_string(textSize) + " of them for this group; expected at most " +
+  return names + ": the settings would be a text of " + std::to_string(sum) + " bytes, " +
+         std::to_string(replaced) + " of them for " +
+         (textSizes.size() == 1 ? "this group" : "these groups") + "; expected at most " +
          std::to_string(MAX_SETTINGS_TEXT);
 }
 

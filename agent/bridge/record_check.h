@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <map>
 #include <string>
 #include <string_view>
 
@@ -19,6 +20,9 @@ class RecordCheck {
   /// little enough that every group fits a reply.
   static constexpr size_t MAX_SETTINGS_TEXT = 8 * 1024 * 1024;
 
+  /// Upper limit of a single text, in bytes.
+  static constexpr size_t MAX_TEXT = 64 * 1024;
+
   /// REQUIRES: the settings outlive the check.
   RecordCheck(LPARAMS::Server::Catalogue& settings, size_t maxUsers)
       : settings_(settings), maxUsers_(maxUsers) {}
@@ -31,9 +35,14 @@ class RecordCheck {
   };
   Finding look(const std::string& input) const;
 
-  /// Why the group may not take so many bytes of the settings file, beside the others as they are;
-  /// empty if it may. Call it while nobody else writes settings.
-  std::string refusalOfSize(std::string_view group, size_t textSize) const;
+  /// How many bytes of the settings file the group takes.
+  static size_t textSizeOf(LPARAMS::Server::ParamGroup& group);
+
+  /// Why these groups may not take so many bytes of the settings file, beside the others as they
+  /// are; empty if they may. Call it while nobody else writes settings.
+  std::string refusalOfSize(const std::map<std::string_view, size_t>& textSizes) const;
+
+  size_t maxUsers() const { return maxUsers_; }
 
  private:
   LPARAMS::Server::Catalogue& settings_;

@@ -54,6 +54,7 @@ void SettingsKeeper::adopt(StartingPoint start, std::string degradedReason, int 
   const MutexLock stateLock(stateMutex_);
   state_.degradedReason = std::move(degradedReason);
   state_.disk = std::move(disk);
+  if (onDisk_) savedText_ = std::make_shared<const std::string>(*onDisk_);
 }
 
 void SettingsKeeper::makeDurable(StartingPoint& start) {
@@ -108,6 +109,7 @@ std::string SettingsKeeper::save(bool force) {
     state_.degradedReason.clear();
     state_.disk.clear();
     state_.lastSave = std::time(nullptr);
+    savedText_ = std::make_shared<const std::string>(*onDisk_);
   }
   state_.lastFailure = failure;
   return failure;
@@ -116,6 +118,11 @@ std::string SettingsKeeper::save(bool force) {
 SettingsKeeper::State SettingsKeeper::state() const {
   const MutexLock lock(stateMutex_);
   return state_;
+}
+
+std::shared_ptr<const std::string> SettingsKeeper::savedText() const {
+  const MutexLock lock(stateMutex_);
+  return savedText_;
 }
 
 /// Why nothing may be written; empty if it may.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <ctime>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -47,6 +48,10 @@ class SettingsKeeper {
   /// Does not wait for a running save.
   State state() const;
 
+  /// The text of what was saved last or, before the first save, loaded; null if no file holds
+  /// settings yet. A whole settings file. Does not wait for a running save.
+  std::shared_ptr<const std::string> savedText() const;
+
   /// Commands that write settings take it; a text that is saved is one of between two of them.
   WriteTurn& writeTurn() { return writeTurn_; }
 
@@ -77,6 +82,7 @@ class SettingsKeeper {
 
   mutable Mutex stateMutex_;
   State state_ GUARDED_BY(stateMutex_);
+  std::shared_ptr<const std::string> savedText_ GUARDED_BY(stateMutex_);
 };
 
 }  // namespace agent

@@ -24,7 +24,8 @@ declare -A may_include=(
   [agent/services]='platform agent/base'
   [agent/state]="$module inspection agent/base"
   [agent/bridge]="$module bridge agent/base"
-  [agent]="$module inspection agent/base agent/services agent/state agent/bridge schema"
+  [agent/access]="$module bridge text agent/base agent/state agent/bridge"
+  [agent]="$module inspection agent/base agent/services agent/state agent/bridge agent/access schema"
   [client]="$model lparams/interface lparams/values bridge text"
   [tools]="$model lparams/values"
 )

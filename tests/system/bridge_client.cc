@@ -81,6 +81,11 @@ bridge::Reply BridgeClient::call(const bridge::Command& command) const {
   return receiveReply();
 }
 
+bridge::Reply BridgeClient::call(const std::string& name, const std::string& input) const {
+  send(bridge::encode(bridge::AgentCommand{name, input}));
+  return receiveReply();
+}
+
 bridge::Reply BridgeClient::read(std::string_view group) const {
   return call({SETTINGS_MODULE, READ_GROUP, groupInput(group)});
 }

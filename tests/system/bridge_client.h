@@ -49,6 +49,9 @@ class BridgeClient {
 
   bridge::Reply call(const bridge::Command& command) const;
 
+  /// A command of the agent itself.
+  bridge::Reply call(const std::string& name, const std::string& input) const;
+
   // Commands of the settings module.
   bridge::Reply read(std::string_view group) const;
   bridge::Reply write(std::string_view group, std::string_view record) const;

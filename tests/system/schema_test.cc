@@ -17,8 +17,7 @@ namespace {
 TEST_F(SystemTest, SchemaIsThatOfTheCatalogueAndTheStatusHasItsHash) {
   start();
   const BridgeClient client = connect();
-  client.send(bridge::encode(bridge::AgentCommand{"schema", ""}));
-  const bridge::Reply reply = client.receiveReply();
+  const bridge::Reply reply = client.call("schema", "");
   EXPECT_EQ(reply.result, 1);
   EXPECT_EQ(reply.text, "");
   EXPECT_EQ(reply.output, schema::ownSchema());
@@ -31,8 +30,7 @@ TEST_F(SystemTest, CommandThatTheAgentDoesNotKnowIsRefusedAndTheSessionGoesOn) {
   start();
   const BridgeClient client = connect();
   for (const std::string name : {"", "Schema", "schema ", "no\nsuch"}) {
-    client.send(bridge::encode(bridge::AgentCommand{name, "input"}));
-    const bridge::Reply reply = client.receiveReply();
+    const bridge::Reply reply = client.call(name, "input");
     EXPECT_EQ(reply.result, 0);
     EXPECT_EQ(reply.reason, Reason::NoSuchCommand);
     EXPECT_EQ(reply.output, "");

@@ -33,6 +33,11 @@ class GroupValuesTest : public testing::Test {
   Catalogue settings_;
 };
 
+TEST_F(GroupValuesTest, NameWhatIsInTheFileOnlyToo) {
+  EXPECT_EQ(changes(settings_.ikeGroup, [&] { settings_.ikeGroup.DPD_IDLE_TIME.value = 77; }),
+            "DPD_IDLE_TIME");
+}
+
 TEST_F(GroupValuesTest, NameWhatHasChangedAndNoValue) {
   EXPECT_EQ(changes(settings_.ikeGroup, [] {}), "none");
   EXPECT_EQ(changes(settings_.ikeGroup,

@@ -1,0 +1,35 @@
+#include "agent/access/copy_group.h"
+
+#include <algorithm>
+#include <string>
+
+namespace agent {
+namespace {
+
+using namespace LPARAMS::Server;
+
+void copyRecord(Param& from, Param& to) {
+  std::string bytes;
+  CommandStreamOut out{bytes};
+  (void)from.write(out);
+  CommandStreamIn in(bytes);
+  (void)to.read(in);
+}
+
+}  // namespace
+
+void copyGroup(ParamGroup& from, ParamGroup& to) {
+  copyRecord(from, to);
+  copyFileOnly(from, to);
+}
+
+void copyFileOnly(ParamGroup& from, ParamGroup& to) {
+  auto target = to.fileParams.begin();
+  for (Param* param : from.fileParams) {
+    const bool onWire = std::ranges::find(from.wireParams, param) != from.wireParams.end();
+    if (!onWire) copyRecord(*param, **target);
+    ++target;
+  }
+}
+
+}  // namespace agent

@@ -1,0 +1,17 @@
+// Values of one catalogue for another.
+#pragma once
+
+#include "lparams/params/param_group.h"
+
+namespace agent {
+
+// Both groups are the same one of two catalogues. The parameters' locks are taken, one by one; the
+// caller keeps others away from the group where it has to change as a whole.
+
+/// Copies the group's values, those that are in the file only too.
+void copyGroup(LPARAMS::Server::ParamGroup& from, LPARAMS::Server::ParamGroup& to);
+
+/// Copies nothing but those that are in the file only. A list has none.
+void copyFileOnly(LPARAMS::Server::ParamGroup& from, LPARAMS::Server::ParamGroup& to);
+
+}  // namespace agent

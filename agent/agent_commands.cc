@@ -1,0 +1,21 @@
+#include "agent/agent_commands.h"
+
+#include "schema/schema.h"
+
+namespace agent {
+
+AgentCommands::AgentCommands(LPARAMS::Server::Server_t& server, const SettingsKeeper& keeper,
+                             const RecordCheck& check, CommandService& service)
+    : saved_(keeper), get_(server, saved_, service), set_(server, check, saved_, service) {
+  service.add("schema", [](BridgeSession& /*session*/, const std::string& /*input*/) {
+    return bridge::Reply{.result = 1, .output = schema::ownSchema()};
+  });
+  service.add("get", [this](BridgeSession& session, const std::string& input) {
+    return get_.execute(session, input);
+  });
+  service.add("set", [this](BridgeSession& session, const std::string& input) {
+    return set_.execute(session, input);
+  });
+}
+
+}  // namespace agent
