@@ -75,16 +75,16 @@ def why_no_tracer():
 class Agent:
     """Runs between its construction and kill()."""
 
-    def __init__(self, build, state, run, stopped=False):
+    def __init__(self, build, state, run, stopped=False, options=(), environment=None):
         """`stopped`: the process waits for go() before it becomes the agent."""
         self.socket = os.path.join(run, "agent.sock")
         command = [os.path.join(build, "lparams_agent"), "--state-dir", state,
-                   "--socket", self.socket]
+                   "--socket", self.socket, *options]
         if stopped:
             command = ["/bin/sh", "-c", 'kill -STOP $$; exec "$0" "$@"'] + command
         self.log = bytearray()
         self.process = subprocess.Popen(command, stderr=subprocess.PIPE, bufsize=0,
-                                        env=ENVIRONMENT)
+                                        env=dict(ENVIRONMENT, **(environment or {})))
         if stopped:
             os.waitpid(self.process.pid, os.WUNTRACED)
 

@@ -4,9 +4,11 @@ import os
 import shutil
 
 from agent_process import Hung
+from disk_trouble import Trouble
 from performance import SAVE, START, Performance
 from power_cut import Disk
-from recovery_check import Lost, read_files, recover, settings_of, write_files
+from recovery_check import Lost, read_files, recover, settings_of, unsealed, write_files
+from scenarios import SETTINGS, SHADOW_COPY
 
 EXIT_CODES = (69, 74, 78)  # module or socket, settings not durable, directory or settings file
 ATTEMPTS = 40  # threads take turns differently each time, the more so on a busy machine
@@ -62,6 +64,8 @@ def kill_at(build, reference, phase, call, directory):
         pass  # the agent went away while it was spoken to
     finally:
         performance.close()
+    if reply and reply.result == 1:
+        check_acknowledged(reference, performance)
     if call:
         ended = [other for other in performance.calls[phase] if other.result is None]
         require_hit(performance, phase, call, ended)
@@ -81,7 +85,26 @@ def fail_call(build, reference, phase, call, error, directory):
                         [other for other in performance.calls[phase] if other.injected])
         if not listens:
             return check_refused_start(build, reference, performance)
-        return check_saves(build, reference, performance, phase, call)
+        return check_saves(build, reference, performance, phase, call=call)
+    except (OSError, Hung) as problem:
+        raise Lost(f"no answer: {problem}; {performance.agent.said()}") from None
+    finally:
+        performance.close()
+
+
+def trouble_disk(build, reference, phase, kind, count, directory):
+    """Lets the disk become full or read-only after so many calls of the phase, until a save has
+    failed; raises Lost. Returns what became of it, in a word."""
+    trouble = Trouble(build, os.path.join(directory, "run"))
+    performance = Performance(build, reference.scenario, directory, disk=trouble)
+    try:
+        if phase == START:
+            trouble.begin(kind, count)
+        if not performance.start():
+            if reference.scenario.is_complete():
+                raise Lost(f"a complete file is not served: {performance.agent.said()}")
+            return check_refused_start(build, reference, performance)
+        return check_saves(build, reference, performance, phase, trouble=(kind, count))
     except (OSError, Hung) as problem:
         raise Lost(f"no answer: {problem}; {performance.agent.said()}") from None
     finally:
@@ -96,23 +119,26 @@ def check_refused_start(build, reference, performance):
     return "no start"
 
 
-def check_saves(build, reference, performance, phase, call):
+def check_saves(build, reference, performance, phase, call=None, trouble=None):
     """After the first save, with the error in it or before it, the agent is killed; or it saves once
     more, without an error."""
     save = reference.scenario.save
     degraded = check_loaded(reference, performance) if phase == START else False
     performance.change()
     at_save = read_files(performance.state)
+    if trouble and phase == SAVE:
+        performance.disk.begin(*trouble)
     reply = performance.save(force=False if degraded else None)
     if reply is None:
         raise Lost(f"the agent ended while it saved: {performance.close()}")
-    if phase == SAVE:
+    if call and phase == SAVE:
         require_hit(performance, phase, call,
                     [other for other in performance.calls[phase] if other.injected])
     if reply.result == 1:
         if degraded or not save.succeeds:
             raise Lost("a save that has to be refused was not")
-        if phase == SAVE:
+        check_acknowledged(reference, performance)
+        if call and phase == SAVE:
             check_durable(build, reference, performance, at_save)
         performance.close()
         recover(build, performance.state, performance.run, reference.after_save)
@@ -123,23 +149,34 @@ def check_saves(build, reference, performance, phase, call):
     check_copy(build, performance, expectation)
     if degraded:
         return "degraded"
+    if trouble:
+        performance.disk.end()
     reply = performance.client.save(save.force or not save.succeeds)
-    if reply.result != 1:
-        raise Lost("the next save failed too: " + reply.text)
+    if (reply.result == 1) != save.ever:
+        raise Lost("the next save answered " + str(reply))
+    if reply.result == 1:
+        check_acknowledged(reference, performance)
     performance.close()
     recover(build, performance.state, performance.run, reference.after_save)
     return "save failed"
 
 
+def check_acknowledged(reference, performance):
+    """Both files hold the settings that were saved."""
+    files = read_files(performance.state)
+    text = reference.after_save.allowed[0].text
+    if files.get(SETTINGS) != text or unsealed(files.get(SHADOW_COPY, b"")) != text:
+        raise Lost("a save was acknowledged, and not both files hold it")
+
+
 def check_loaded(reference, performance):
-    """True: the agent has said that the settings were not loaded whole."""
-    try:
-        found = settings_of(performance.agent, performance.state)
-    except Lost:
+    """True: the agent has said that the settings were not loaded whole, for once."""
+    found = settings_of(performance.agent, performance.state)
+    if found in reference.after_start.allowed:
+        return False
+    if found.degraded:
         return True
-    if found not in reference.after_start.allowed:
-        raise Lost(f"other settings are served, and not as degraded: {performance.agent.said()}")
-    return False
+    raise Lost(f"other settings are served, and not as degraded: {performance.agent.said()}")
 
 
 def check_copy(build, performance, expectation):

@@ -4,7 +4,7 @@ import os
 
 from agent_process import Agent, Hung, Tracer
 from recovery_check import Expectation, Lost, read_files, settings_of, write_files
-from scenarios import CHANGED_GROUP, CHANGED_VALUE, SETTINGS
+from scenarios import CHANGED_GROUP, SETTINGS, SHADOW_COPY
 from trace import parse_trace
 
 START, SAVE = "start", "save"
@@ -14,8 +14,10 @@ class Performance:
     """A scenario under way, in a directory of its own. Used in this order: start(), change(),
     save(), close()."""
 
-    def __init__(self, build, scenario, directory, traced=(), injection=None):
+    def __init__(self, build, scenario, directory, traced=(), injection=None, disk=None):
+        """`disk`: of class Trouble, if the disk is to be in any."""
         self.build, self.scenario, self.directory = build, scenario, directory
+        self.disk = disk
         self.traced, self.injection = traced, injection
         self.state = os.path.join(directory, "state")
         self.run = os.path.join(directory, "run")
@@ -38,7 +40,9 @@ class Performance:
 
     def start(self):
         """True: the agent listens. Else it has ended."""
-        self.agent = Agent(self.build, self.state, self.run, stopped=START in self.traced)
+        self.agent = Agent(self.build, self.state, self.run, START in self.traced,
+                           self.scenario.options(),
+                           self.disk.environment(self.state) if self.disk else None)
         tracer = self.trace(START)
         if tracer:
             self.agent.go()
@@ -47,12 +51,18 @@ class Performance:
         return listens
 
     def change(self):
-        if self.scenario.edit:
-            with open(os.path.join(self.state, SETTINGS), "wb") as file:
-                file.write(self.scenario.edit)
+        for name, content in self.scenario.edits.items():
+            path = os.path.join(self.state, name)
+            if content is None:
+                os.unlink(path)
+                continue
+            with open(path, "wb") as file:
+                file.write(content)
         self.client = self.agent.connect()
+        if not self.scenario.changes:
+            return
         record = self.client.read(CHANGED_GROUP)
-        reply = self.client.write(CHANGED_GROUP, CHANGED_VALUE + record[len(CHANGED_VALUE):])
+        reply = self.client.write(CHANGED_GROUP, self.scenario.changed_record(record))
         if reply.result != 1:
             raise Lost("the change was refused: " + reply.text)
 
@@ -91,25 +101,31 @@ class Reference:
             reply = performance.save()
             if (reply.result == 1) != scenario.save.succeeds:
                 raise RuntimeError(f"{scenario.name}: save answered {reply}")
-            if reply.result != 1 and performance.client.save(force=True).result != 1:
-                raise RuntimeError(f"{scenario.name}: the forced save failed")
-            changed = settings_of(performance.agent, performance.state)
+            forced = reply if reply.result == 1 else performance.client.save(force=True)
+            if (forced.result == 1) != scenario.save.ever:
+                raise RuntimeError(f"{scenario.name}: the forced save answered {forced}")
+            changed = (settings_of(performance.agent, performance.state) if scenario.save.ever
+                       else None)
         finally:
             performance.close()
         self.calls = performance.calls
         self.state = performance.state
-        before = self.edited_settings(build, directory) if scenario.edit else loaded
-        if len({loaded, before, changed}) != (3 if scenario.edit else 2):
-            raise RuntimeError(f"{scenario.name}: its settings do not differ")
+        self.shadow_copy = self.files_at_save.get(SHADOW_COPY)
+        replaced = SETTINGS in scenario.edits
+        before = self.edited_settings(build, directory) if replaced else loaded
+        if (loaded.degraded != scenario.degraded or
+                len({loaded, before, changed}) != 1 + scenario.changes + replaced):
+            raise RuntimeError(f"{scenario.name}: its settings are not what they should be")
 
         at_save = (before, changed) if scenario.save.succeeds else (before,)
-        self.after_start = Expectation((loaded,), () if scenario.edit else scenario.keeps)
+        self.after_start = Expectation((loaded,), () if scenario.edits else scenario.keeps)
         self.during_save = Expectation(at_save, scenario.keeps)
         self.without_success = Expectation((before,), scenario.keeps)
-        self.after_save = Expectation((changed,), scenario.keeps)
+        self.after_save = (Expectation((changed,), scenario.keeps) if changed
+                           else self.without_success)
 
     def edited_settings(self, build, directory):
-        only_edited = self.scenario._replace(files={SETTINGS: self.scenario.edit})
+        only_edited = self.scenario._replace(files={SETTINGS: self.scenario.edits[SETTINGS]})
         performance = Performance(build, only_edited, os.path.join(directory, "edited"))
         try:
             performance.start()

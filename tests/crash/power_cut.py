@@ -8,7 +8,6 @@ import itertools
 import os
 
 from performance import SAVE, START
-from scenarios import SETTINGS
 
 MAX_FREE_CHANGES = 8  # above it only so many subsets: all prefixes, and all but up to two
 
@@ -55,8 +54,8 @@ class Disk:
         return os.path.relpath(path, self.directory)
 
     def put(self, name, content):
-        """Somebody else has written a file and synced it."""
-        self.changes.append({name: File(content)})
+        """Somebody else has written a file and synced it, or removed it: None."""
+        self.changes.append({name: None if content is None else File(content)})
         self.sync_entries()
 
     def sync_entries(self):
@@ -130,8 +129,9 @@ def states_of(reference, points):
     """(state, expectation) at the calls that are in `points`, by phase, and before and after all."""
     disk = Disk(reference.state, reference.scenario.files)
     for phase in (START, SAVE):
-        if phase == SAVE and reference.scenario.edit:
-            disk.put(SETTINGS, reference.scenario.edit)
+        if phase == SAVE:
+            for name, content in reference.scenario.edits.items():
+                disk.put(name, content)
         expectation = reference.expectation(phase)
         yield from ((state, expectation) for state in disk.states())
         for call in reference.calls[phase]:
