@@ -115,14 +115,11 @@ StartingPoint prepareStart(const StateDirectory& directory, bool allowDefaults) 
 }
 
 std::optional<std::string> readShadowCopy(const StateDirectory& directory) {
-  try {
-    auto file = readFile(directory.shadowCopy(), MAX_SEALED_SIZE + 1);
-    if (!file) return {};
-    SealedText text = unsealed(std::move(*file));
-    if (text.seal == SealedText::Intact) return std::move(text.text);
-  } catch (const std::system_error&) {  // no better than none
-  }
-  return {};
+  auto file = readFile(directory.shadowCopy(), MAX_SEALED_SIZE + 1);
+  if (!file) return {};
+  SealedText text = unsealed(std::move(*file));
+  if (text.seal != SealedText::Intact) return {};
+  return std::move(text.text);
 }
 
 std::optional<size_t> keepLegacySettings(const StateDirectory& directory) {

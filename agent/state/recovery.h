@@ -29,7 +29,8 @@ struct StartingPoint {
 /// complete one, unless `allowDefaults` is given. Nothing has been changed then.
 StartingPoint prepareStart(const StateDirectory& directory, bool allowDefaults);
 
-/// The text of the shadow copy if it is intact: what was saved last.
+/// The text of the shadow copy if it is intact: what was saved last. Throws std::system_error if
+/// there is one that cannot be read: that is not the same as none.
 std::optional<std::string> readShadowCopy(const StateDirectory& directory);
 
 /// Keeps the settings of earlier versions while the module imports and deletes them. Brings back

@@ -42,7 +42,7 @@ void SettingsKeeper::adopt(StartingPoint start, std::string degradedReason, int 
       (void)keepCopy(directory_.settings(), "damaged", start.text);
       asFound_ = false;  // once is enough
     }
-  } catch (const std::system_error& error) {
+  } catch (const std::runtime_error& error) {
     if (start.source == StartingPoint::FirstStart) throw;
     disk = error.what();
     log(Level::Warning, "settings are served, but could not be made durable", {{"reason", disk}});
@@ -64,6 +64,7 @@ void SettingsKeeper::makeDurable(StartingPoint& start) {
     replaceFileAtomically(directory_.settings(), start.text);
     onDisk_ = start.text;
   } else {
+    if (!unread_.empty()) throw std::runtime_error(unread_);  // it may be the better one
     writeShadowCopy(start.text);
   }
   finishImport(directory_);
@@ -73,7 +74,18 @@ void SettingsKeeper::makeDurable(StartingPoint& start) {
 /// that leaves it complete. Only the shadow copy can tell, if it is intact.
 void SettingsKeeper::compareWithLastSave(const std::string& found, std::string& degradedReason,
                                          int reports) {
-  const auto saved = readShadowCopy(directory_);
+  std::optional<std::string> saved;
+  try {
+    saved = readShadowCopy(directory_);
+  } catch (const std::system_error& error) {
+    unread_ = error.what();
+    if (reports > 0 && degradedReason.empty()) {
+      degradedReason =
+          "the settings file was loaded with reports, and what was saved last cannot be read: " +
+          unread_;
+    }
+    return;
+  }
   if (!saved || *saved == found || !degradedReason.empty()) return;
   if (reports > 0) {
     degradedReason = "the settings file is not what was saved last, which " +
@@ -137,11 +149,28 @@ std::string SettingsKeeper::refusal(bool force) {
     std::string failure = refuseForeignChange(found, force);
     if (!failure.empty()) return failure;
   }
-  if (degradedReason.empty()) return {};
-  const auto saved = readShadowCopy(directory_);  // may be the better one
-  if (saved && saved != found) (void)keepCopy(directory_.settings(), "former", *saved);
+  if (degradedReason.empty() && unread_.empty()) return {};
+  keepLastSave(found, force);
   forgetSnapshot();
   return {};
+}
+
+/// Before the shadow copy is replaced, which may be better than the settings file. Throws if it
+/// cannot be read, unless that is not to matter: then it gets another name.
+void SettingsKeeper::keepLastSave(const std::optional<std::string>& found, bool force) {
+  std::optional<std::string> saved;
+  try {
+    saved = readShadowCopy(directory_);
+  } catch (const std::system_error& error) {
+    if (!force) throw;
+    const std::string name = nameAside(directory_.shadowCopy(), "damaged");
+    log(Level::Warning, "a damaged file was moved aside",
+        {{"file", directory_.shadowCopy()},
+         {"damage", error.what()},
+         {"kept", moveAside(directory_.shadowCopy(), name)}});
+  }
+  if (saved && saved != found) (void)keepCopy(directory_.settings(), "former", *saved);
+  unread_.clear();
 }
 
 std::string SettingsKeeper::refuseForeignChange(const std::optional<std::string>& found,

@@ -62,6 +62,7 @@ class SettingsKeeper {
   std::string refusal(bool force) REQUIRES(saving_);
   std::string refuseForeignChange(const std::optional<std::string>& found, bool force)
       REQUIRES(saving_);
+  void keepLastSave(const std::optional<std::string>& found, bool force) REQUIRES(saving_);
   void saveDurably() REQUIRES(saving_);
   bool replaceSettings(const std::string& text, std::string& report) REQUIRES(saving_);
   void writeShadowCopy(const std::string& text) REQUIRES(saving_);
@@ -74,9 +75,10 @@ class SettingsKeeper {
 
   WriteTurn writeTurn_;
 
-  Mutex saving_;                                            // taken first
-  std::optional<std::string> onDisk_ GUARDED_BY(saving_);   // the file, as the agent left it
-  bool asFound_ GUARDED_BY(saving_) = false;                // it says what the settings do not hold
+  Mutex saving_;                                           // taken first
+  std::optional<std::string> onDisk_ GUARDED_BY(saving_);  // the file, as the agent left it
+  bool asFound_ GUARDED_BY(saving_) = false;               // it says what the settings do not hold
+  std::string unread_ GUARDED_BY(saving_);  // why what was saved last cannot be read, if so
   std::optional<std::string> foreign_ GUARDED_BY(saving_);  // the last change by somebody else,
   std::string foreignKept_ GUARDED_BY(saving_);             // and the name of its copy
 

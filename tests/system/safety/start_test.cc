@@ -239,6 +239,51 @@ TEST_F(Start, OnADamagedButWellFormedFileKeepsTheShadowCopy) {
   EXPECT_EQ(state_.text(SETTINGS), damaged);
 }
 
+// A shadow copy that cannot be read is not taken for one that is missing.
+TEST_F(Start, WithAShadowCopyThatCannotBeReadKeepsIt) {
+  for (const std::string& found : {exampleSettings(501), settingsWithoutGroups()}) {
+    state_.write(SETTINGS, exampleSettings());
+    start();
+    kill();
+    const std::string saved = state_.text(SHADOW_COPY);
+    place_.write("elsewhere", saved);
+    state_.write(SETTINGS, found);
+    state_.remove(SHADOW_COPY);
+    ASSERT_EQ(::symlink(place_.at("elsewhere").c_str(), state_.at(SHADOW_COPY).c_str()), 0);
+    start();
+    EXPECT_EQ(ctl({"save"}).exitCode, 1);
+    EXPECT_TRUE(std::filesystem::is_symlink(state_.at(SHADOW_COPY)));
+
+    EXPECT_EQ(ctl({"save", "--force"}).exitCode, 0);
+    EXPECT_EQ(state_.unsealedText(SHADOW_COPY), state_.text(SETTINGS));
+    EXPECT_THAT(state_.names(), testing::Contains("localsettings.ini.good.damaged-TIME"));
+    EXPECT_EQ(place_.text("elsewhere"), saved);
+    kill();
+    for (const auto& entry : std::filesystem::directory_iterator(state_.path)) {
+      std::filesystem::remove(entry.path());
+    }
+  }
+}
+
+TEST_F(Start, AfterAShadowCopyThatCouldNotBeReadTheNextSaveKeepsIt) {
+  state_.write(SETTINGS, exampleSettings());
+  start();
+  kill();
+  const std::string saved = state_.text(SHADOW_COPY);
+  state_.write(SETTINGS, exampleSettings(501));  // edited
+  state_.remove(SHADOW_COPY);
+  ASSERT_EQ(::symlink("elsewhere", state_.at(SHADOW_COPY).c_str()), 0);
+  start();
+  EXPECT_EQ(state("degraded"), "no");
+  EXPECT_THAT(state("disk"), HasSubstr(state_.at(SHADOW_COPY) + " cannot be opened: "));
+  state_.remove(SHADOW_COPY);
+  state_.write(SHADOW_COPY, saved);
+  save();
+  EXPECT_EQ(state("disk"), "no");
+  EXPECT_EQ(state_.textOfOnly("localsettings.ini.former-"), exampleSettings());
+  EXPECT_EQ(state_.unsealedText(SHADOW_COPY), exampleSettings(501));
+}
+
 TEST_F(Start, OnAnEditedFileKeepsTheFormerText) {
   state_.write(SETTINGS, exampleSettings());
   start();
