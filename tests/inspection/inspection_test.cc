@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -98,12 +99,28 @@ TEST(Inspection, HasTheValuesThatALoadTakes) {
 struct Row {
   std::string from;
   std::string to;
-  Lines findings;
+  Lines findings;  // with {PIECE} for the number of the first line that holds the piece
 };
+
+std::string lineWith(const std::string& piece, const std::string& text) {
+  const auto at = text.begin() + static_cast<std::ptrdiff_t>(text.find(piece));
+  return std::to_string(1 + std::count(text.begin(), at, '\n'));
+}
+
+Lines withNumbers(Lines findings, const std::string& text) {
+  for (std::string& finding : findings) {
+    for (size_t open; (open = finding.find('{')) != std::string::npos;) {
+      const size_t size = finding.find('}') - open + 1;
+      finding.replace(open, size, lineWith(finding.substr(open + 1, size - 2), text));
+    }
+  }
+  return findings;
+}
 
 void expectFindings(const std::vector<Row>& rows) {
   for (const Row& row : rows) {
-    EXPECT_THAT(findingsIn(edited(row.from, row.to)), ElementsAreArray(row.findings)) << row.to;
+    const std::string text = edited(row.from, row.to);
+    EXPECT_THAT(findingsIn(text), ElementsAreArray(withNumbers(row.findings, text))) << row.to;
   }
 }
 
@@ -122,24 +139,24 @@ TEST(Inspection, TellsWhatTheLoadReportsWithPlaceAndText) {
         R"(expected="a whole number from 5 to 600" value="90")"}},
       {"LANGUAGE=LOG_LANG_ENG",
        "LANGUAGE=English",
-       {R"(!NoSuchName line="47" column="18" parameter="LOG.LANGUAGE" text="English" )"
+       {R"(!NoSuchName line="{LANGUAGE=}" column="18" parameter="LOG.LANGUAGE" text="English" )"
         R"(expected="one of LOG_LANG_ENG, LOG_LANG_RUS" value="LOG_LANG_ENG")"}},
       {"NATT_PORT=",
        "Natt_Port=",
        {R"(!UnknownName line="6" column="9" parameter="IKE.Natt_Port")",
         R"(!MembersMissing line="2" column="6" parameter="IKE" missing="NATT_PORT")"}},
       {"    /LOG=\n",
-       "    /OTHER=\nA=1\n/B=\nC=1\nend=\nend=\n    /LOG=\n",
-       {R"(!UnknownName line="37" column="6" parameter="OTHER")",
-        R"(!UnknownName line="38" column="1" parameter="OTHER.A")",
-        R"(!UnknownName line="39" column="2" parameter="OTHER.B")",
-        R"(!UnknownName line="40" column="1" parameter="B.C")"}},
+       "    /OTHER=\nAA=1\n/BB=\nCC=1\nend=\nend=\n    /LOG=\n",
+       {R"(!UnknownName line="{/OTHER=}" column="6" parameter="OTHER")",
+        R"(!UnknownName line="{AA=1}" column="1" parameter="OTHER.AA")",
+        R"(!UnknownName line="{/BB=}" column="2" parameter="OTHER.BB")",
+        R"(!UnknownName line="{CC=1}" column="1" parameter="BB.CC")"}},
       {"/ROOT=",
        "/TREE=",
        {R"(!OtherRoot line="1" column="1" text="TREE" expected="/ROOT=")", "!NotToItsEnd"}},
       {"    end=\nend=\n",
        "",
-       {R"(!BlockNotClosed line="89" column="6" parameter="USERS")", "!NotToItsEnd"}},
+       {R"(!BlockNotClosed line="{/USERS=}" column="6" parameter="USERS")", "!NotToItsEnd"}},
   });
 }
 
@@ -155,27 +172,28 @@ TEST(Inspection, TellsWhatTheLoadChangesInSilence) {
       {"LOG_LEVEL=_LL_DETAILS", "LOG_LEVEL=_ll_details", {}},
       {"LOG_LEVEL=_LL_DETAILS",
        "LOG_LEVEL=_LL_EVENTS|_LL_DETAILS",
-       {R"(OtherValue line="38" column="19" parameter="LOG.LOG_LEVEL" )"
+       {R"(OtherValue line="{LOG_LEVEL=}" column="19" parameter="LOG.LOG_LEVEL" )"
         R"(text="_LL_EVENTS|_LL_DETAILS" value="_LL_EVENTS")"}},
       {"NATT_PORT=4500",
        "IKE_PORT=501",
        {R"(GivenTwice line="6" column="9" parameter="IKE.IKE_PORT" other-line="5")",
         R"(MembersMissing line="2" column="6" parameter="IKE" missing="NATT_PORT")"}},
       {"    /LOG=\n",
-       "    /IKE=\n    end=\n    /LOG=\n",
-       {R"(GivenTwice line="37" column="6" parameter="IKE" other-line="2")",
-        R"(!MembersMissing line="37" column="6" parameter="IKE" missing="IKE1_STATUS, IKE2_STATUS, )"
+       "    /IKE= \n    end=\n    /LOG=\n",
+       {R"(GivenTwice line="{/IKE= }" column="6" parameter="IKE" other-line="2")",
+        R"(!MembersMissing line="{/IKE= }" column="6" parameter="IKE" missing="IKE1_STATUS, IKE2_STATUS, )"
         "IKE_PORT, NATT_PORT, EXCHANGE_TIMEOUT, SHORT_EXCHANGE_TIMEOUT, MAX_HALFOPEN, "
         R"(WNDSIZE_INITIATOR, WNDSIZE_RESPONDER, SERVERS_POLICY, ...")"}},
-      {"NAME=bob",
-       "NAME=alice",
-       {R"(SecondUser line="104" column="10" parameter="USERS[alice]" other-line="90")"}},
+      {"/USER=\n            NAME=bob",
+       "/USER= \n            NAME=alice",
+       {R"(SecondUser line="{/USER= }" column="10" parameter="USERS[alice]" )"
+        R"(other-line="{/USER=}")"}},
       {"PSK_NAME=\n",
        "PSK_NAME=a\tb\n",
-       {R"(ControlCharacters line="80" column="18" parameter="POLICY.PSK_NAME" text="a\tb")"}},
+       {R"(ControlCharacters line="{PSK_NAME=a}" column="18" parameter="POLICY.PSK_NAME" text="a\tb")"}},
       {"    end=\n    /LOG=",
        "    end=x    /LOG=",
-       {R"(LostBehindEnd line="36" column="9" parameter="IKE")"}},
+       {R"(LostBehindEnd line="{end=x}" column="9" parameter="IKE")"}},
   });
 }
 
@@ -209,14 +227,14 @@ TEST(Inspection, FindingsInUsersHaveTheirNames) {
   expectFindings({
       {"PMP_TIMEOUT=10",
        "PMP_TIMEOUT=x",
-       {R"(!UnreadableValue line="114" column="25" parameter="USERS[bob].PMP_TIMEOUT" text="x")" +
+       {R"(!UnreadableValue line="{PMP_TIMEOUT=x}" column="25" parameter="USERS[bob].PMP_TIMEOUT" text="x")" +
         expected}},
       {"NAME=alice\n",
        "NAME=\nFOO=1\n",
-       {R"(!UnknownName line="92" column="1" parameter="USERS[0].FOO")"}},
+       {R"(!UnknownName line="{FOO=1}" column="1" parameter="USERS[0].FOO")"}},
       {"            NAME=bob\n",
        "            FOO=1\n            NAME=b b\n",
-       {R"(!UnknownName line="105" column="13" parameter="USERS[b b].FOO")"}},
+       {R"(!UnknownName line="{FOO=1}" column="13" parameter="USERS[b b].FOO")"}},
   });
 }
 

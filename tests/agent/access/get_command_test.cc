@@ -74,7 +74,7 @@ TEST_F(Get, UsersWhoWereSavedAndRemovedHaveNoRunningValue) {
     EXPECT_TRUE(value.saved) << value.name;
     removed += isBob ? 1 : 0;
   }
-  EXPECT_EQ(removed, 12U);
+  EXPECT_EQ(removed, LPARAMS::Server::USER_t().fileParams.size());
 }
 
 TEST_F(Get, TellsAllMistakesAtOnce) {
