@@ -1,5 +1,6 @@
 #include "agent/load_settings.h"
 
+#include <exception>
 #include <sstream>
 #include <utility>
 
@@ -7,6 +8,7 @@
 #include "agent/load_report.h"
 #include "agent/load_timeout.h"
 #include "agent/services/markup_report.h"
+#include "agent/state/settings_review.h"
 #include "inspection/settings_completeness.h"
 
 namespace agent {
@@ -31,22 +33,41 @@ std::string importFailure() {
   return "the settings of earlier versions could not be imported (" + reason + "); they are kept";
 }
 
+/// Looks at the text before the module loads its file. Settings are served without such a look too.
+inspection::Findings review(const StartingPoint& start) {
+  if (start.source == StartingPoint::FirstStart) return {};
+  try {
+    return reviewText(start.text);
+  } catch (const std::exception& error) {
+    log(Level::Warning, "the settings file could not be looked at", {{"reason", error.what()}});
+    return {};
+  }
+}
+
 }  // namespace
 
 LoadOutcome loadSettings(LPARAMS::Server::Server_t& server, const StateDirectory& directory,
                          const StartingPoint& start, std::optional<size_t> importing) {
   std::ostringstream defaults;
   (void)server.save(defaults, 0);
-  LoadReport report(server);
+  inspection::Findings findings = review(start);
+  LoadReport report;
   bool loaded = false;
   {
     const LoadTimeout timeout(start.text.size() + importing.value_or(0));
     loaded = server.load(&report);
   }
+  logFindings(Level::Warning, findings);
+  if (report.reports() != static_cast<int>(findings.reported)) {
+    log(Level::Warning, "the module reports of its file what is not found in the text of it",
+        {{"reports", report.reports()}, {"found", static_cast<long long>(findings.reported)}});
+  }
   log(Level::Info, "settings loaded",
-      {{"state-dir", directory.path()}, {"reports", report.reports()}});
+      {{"state-dir", directory.path()},
+       {"reports", report.reports()},
+       {"findings", static_cast<long long>(findings.count)}});
   const auto degraded = [&](std::string reason) {
-    return LoadOutcome{std::move(reason), report.reports()};
+    return LoadOutcome{std::move(reason), report.reports(), std::move(findings)};
   };
   if (!loaded) return degraded("the settings file was not read to its end");
   if (report.groupsMissing()) return degraded("the settings file lacks groups");

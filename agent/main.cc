@@ -54,7 +54,8 @@ int run(const Options& options) {
   LoadOutcome loaded = loadSettings(module.server(), directory, start, importing);
   SettingsKeeper keeper(module.server(), directory);
   startStep(EXIT_NOT_SAVED, [&] {
-    keeper.adopt(std::move(start), std::move(loaded.degradedReason), loaded.reports);
+    keeper.adopt(std::move(start), std::move(loaded.degradedReason), loaded.reports,
+                 std::move(loaded.findings));
   });
   const SaveHook hook(module.server(), keeper);
 

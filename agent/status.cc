@@ -24,6 +24,17 @@ json utc(const std::optional<std::time_t>& time) {
   return text;
 }
 
+/// What is found in the settings file, each as an object of texts.
+json listOf(const inspection::Findings& findings) {
+  json list = json::array();
+  for (const inspection::Finding& finding : findings.first) {
+    json entry = {{"what", inWords(finding.kind)}};
+    for (const auto& [name, value] : fieldsOf(finding)) entry[name] = value;
+    list.push_back(std::move(entry));
+  }
+  return list;
+}
+
 }  // namespace
 
 std::string statusOf(const Options& options, LPARAMS::Server::Server_t& server,
@@ -31,13 +42,21 @@ std::string statusOf(const Options& options, LPARAMS::Server::Server_t& server,
                      const SocketGroup& socketGroup) {
   const SettingsKeeper::State state = keeper.state();
   const json status = {
-      {"version", LPARAMS_VERSION},      {"pid", ::getpid()},
-      {"stateDir", options.stateDir},    {"strict", !options.acceptAny},
-      {"catalogue", schema::ownHash()},  {"degraded", orNull(state.degradedReason)},
-      {"disk", orNull(state.disk)},      {"changed", server.isChanged()},
-      {"lastSave", utc(state.lastSave)}, {"lastFailure", orNull(state.lastFailure)},
-      {"sessions", bridge.sessions()},   {"groupProblem", orNull(socketGroup.problem())},
+      {"version", LPARAMS_VERSION},
+      {"pid", ::getpid()},
+      {"stateDir", options.stateDir},
+      {"strict", !options.acceptAny},
+      {"catalogue", schema::ownHash()},
+      {"degraded", orNull(state.degradedReason)},
+      {"disk", orNull(state.disk)},
+      {"changed", server.isChanged()},
+      {"lastSave", utc(state.lastSave)},
+      {"lastFailure", orNull(state.lastFailure)},
+      {"sessions", bridge.sessions()},
+      {"groupProblem", orNull(socketGroup.problem())},
       {"logClosed", logIsClosed()},
+      {"findings", state.findings.count},
+      {"findingList", listOf(state.findings)},
   };
   // A path may hold any bytes; JSON holds UTF-8.
   return status.dump(-1, ' ', false, json::error_handler_t::replace);

@@ -13,7 +13,8 @@ namespace agent {
 
 /// A JSON object: version, stateDir, pid, strict, catalogue (its hash), degraded (null or why),
 /// changed, lastSave (null or UTC), lastFailure (null or why), sessions, groupProblem (null or why
-/// the administrators' group cannot reach the socket), logClosed. Thread-safe.
+/// the administrators' group cannot reach the socket), logClosed, findings (their
+/// number) and findingList (the first of them, each an object of texts). Thread-safe.
 std::string statusOf(const Options& options, LPARAMS::Server::Server_t& server,
                      const SettingsKeeper& keeper, const BridgeServer& bridge,
                      const SocketGroup& socketGroup);

@@ -31,8 +31,11 @@ void addUser(Store& store, const std::string& name, const std::vector<std::strin
 /// Removes the entry with the name or, if no entry has it, with that index.
 void deleteUser(Store& store, const std::string& nameOrIndex);
 
-/// Prints the agent's state, one "name: value" line each.
+/// Prints the agent's state, one "name: value" line each, but for the list of findings().
 void status(Store& store, std::ostream& out);
+
+/// Prints what the agent found in its settings file, one line each.
+void findings(Store& store, std::ostream& out);
 
 /// Prints a line at each change of a group, until the agent goes or the process is ended.
 void watch(Store& store, std::ostream& out);

@@ -88,7 +88,9 @@ agent keeps a copy of what it replaces then.)~";
 
 inline constexpr const char* STATUS_NOTES =
     R"~(Whether saves are refused (degraded) and why, whether there are unsaved changes (changed),
-the last save and how it failed, the sessions on the bridge.)~";
+the last save and how it failed, the sessions on the bridge, and how many things in the
+settings file were not taken as they stand there (findings). --findings lists these: lines
+that were ignored or changed, with their places, until a save has replaced the file.)~";
 
 inline constexpr const char* WATCH_NOTES =
     R"~(One line for each write of a group, with its revision and the process that wrote it, until

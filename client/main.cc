@@ -21,6 +21,7 @@ struct Arguments {
   unsigned timeout = 30;  // seconds
   bool secrets = false;
   bool force = false;
+  bool findings = false;
   std::string name;
   std::vector<std::string> assignments;
 };
@@ -96,8 +97,11 @@ void addSave(CLI::App& app, Arguments& arguments) {
 }
 
 void addStatus(CLI::App& app, Arguments& arguments) {
-  addCommand(app, "status", "Print the agent's state", STATUS_NOTES, arguments,
-             [](Store& store, const Arguments& /*given*/) { status(store, std::cout); });
+  const Action action = [](Store& store, const Arguments& given) {
+    given.findings ? findings(store, std::cout) : status(store, std::cout);
+  };
+  addCommand(app, "status", "Print the agent's state", STATUS_NOTES, arguments, action)
+      .add_flag("--findings", arguments.findings, "List what was found in the settings file");
 }
 
 void addDescribe(CLI::App& app, Arguments& arguments) {

@@ -35,7 +35,7 @@ bool isPlain(const std::string& value) {
   return !value.empty() && std::ranges::all_of(value, isPlainByte);
 }
 
-std::string lineOf(Level level, std::string_view message, std::initializer_list<Field> fields) {
+std::string lineOf(Level level, std::string_view message, std::span<const Field> fields) {
   std::string line;
   if (g_journal) line.append("<").append(std::to_string(static_cast<int>(level))).append(">");
   line.append("lparams_agent: ").append(nameOf(level)).append(": ");
@@ -60,11 +60,16 @@ std::string quoted(std::string_view foreign) { return text::inQuotes(shortened(f
 void logForJournal() { g_journal = true; }
 
 void log(Level level, std::string_view message, std::initializer_list<Field> fields) {
+  log(level, message, std::span(fields.begin(), fields.size()));
+}
+
+void log(Level level, std::string_view message, std::span<const Field> fields) {
   const std::string line = lineOf(level, message, fields);
   const MutexLock lock(g_writing);
   if (g_lost != 0) {
+    const Field lines("lines", g_lost);
     const std::string lost =
-        lineOf(Level::Warning, "nobody read the log, and lines were lost", {{"lines", g_lost}});
+        lineOf(Level::Warning, "nobody read the log, and lines were lost", std::span(&lines, 1));
     if (!writeStandardError(lost)) {
       ++g_lost;
       return;

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <initializer_list>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -28,6 +29,9 @@ void logForJournal();
 /// Writes one line, with control characters as text::escaped() has them. Never waits: lines that
 /// nobody reads are lost, and the next one that is read says how many they were. Thread-safe.
 void log(Level level, std::string_view message, std::initializer_list<Field> fields = {});
+
+/// The same with fields that are not known beforehand.
+void log(Level level, std::string_view message, std::span<const Field> fields);
 
 /// The same for what clients can cause as often as they like: one line of a message in a second,
 /// which says how many were left out since the one before.

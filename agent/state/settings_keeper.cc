@@ -10,6 +10,7 @@
 #include "agent/state/durable_file.h"
 #include "agent/state/kept_copies.h"
 #include "agent/state/sealed_text.h"
+#include "agent/state/settings_review.h"
 #include "inspection/settings_completeness.h"
 
 namespace agent {
@@ -27,12 +28,15 @@ void refuseUnreadable(const std::string& text) {
 
 }  // namespace
 
-void SettingsKeeper::adopt(StartingPoint start, std::string degradedReason, int reports) {
+void SettingsKeeper::adopt(StartingPoint start, std::string degradedReason, int reports,
+                           inspection::Findings findings) {
   const MutexLock lock(saving_);
-  if (start.source != StartingPoint::FirstStart) {
+  if (start.source == StartingPoint::FirstStart) {
+    reviewImported(degradedReason, findings);
+  } else {
     onDisk_ = start.text;
     asFound_ = inspection::withoutByteOrderMark(start.text) != currentText();
-    compareWithLastSave(start.text, degradedReason, reports);
+    compareWithLastSave(start.text, degradedReason, reports, findings);
   }
   std::string disk;
   try {
@@ -55,6 +59,17 @@ void SettingsKeeper::adopt(StartingPoint start, std::string degradedReason, int 
   state_.degradedReason = std::move(degradedReason);
   state_.disk = std::move(disk);
   if (onDisk_) savedText_ = std::make_shared<const std::string>(*onDisk_);
+  state_.findings = std::move(findings);
+}
+
+/// Settings of earlier versions may hold values that a settings file would not give back.
+void SettingsKeeper::reviewImported(std::string& degradedReason, inspection::Findings& findings) {
+  findings = reviewReread(server_, currentText());
+  logFindings(Level::Warning, findings);
+  const std::string names = namesNotReadBack(findings);
+  if (names.empty() || !degradedReason.empty()) return;
+  degradedReason = "the settings of earlier versions hold what a settings file cannot (" + names +
+                   "); they are kept";
 }
 
 void SettingsKeeper::makeDurable(StartingPoint& start) {
@@ -73,7 +88,7 @@ void SettingsKeeper::makeDurable(StartingPoint& start) {
 /// The settings file need not be what was saved last: it may have been edited, or damaged in a way
 /// that leaves it complete. Only the shadow copy can tell, if it is intact.
 void SettingsKeeper::compareWithLastSave(const std::string& found, std::string& degradedReason,
-                                         int reports) {
+                                         int reports, inspection::Findings& findings) {
   std::optional<std::string> saved;
   try {
     saved = readShadowCopy(directory_);
@@ -86,7 +101,12 @@ void SettingsKeeper::compareWithLastSave(const std::string& found, std::string& 
     }
     return;
   }
-  if (!saved || *saved == found || !degradedReason.empty()) return;
+  if (!saved || *saved == found) return;
+  inspection::Findings edits = reviewEdit(*saved, server_);
+  logFindings(Level::Notice, edits);
+  const auto differences = static_cast<long long>(edits.count);
+  append(findings, std::move(edits));
+  if (!degradedReason.empty()) return;
   if (reports > 0) {
     degradedReason = "the settings file is not what was saved last, which " +
                      directory_.shadowCopy() + " holds, and it was loaded with reports";
@@ -104,7 +124,7 @@ void SettingsKeeper::compareWithLastSave(const std::string& found, std::string& 
   }
   log(Level::Notice,
       "the settings file is not what was saved last: it was edited, or a save was cut short",
-      {{"file", directory_.settings()}, {"saved", kept}});
+      {{"file", directory_.settings()}, {"saved", kept}, {"differences", differences}});
 }
 
 std::string SettingsKeeper::save(bool force) {
@@ -120,6 +140,7 @@ std::string SettingsKeeper::save(bool force) {
   if (failure.empty()) {
     state_.degradedReason.clear();
     state_.disk.clear();
+    state_.findings = std::move(reviewed_);
     state_.lastSave = std::time(nullptr);
     savedText_ = std::make_shared<const std::string>(*onDisk_);
   }
@@ -198,8 +219,9 @@ void SettingsKeeper::saveDurably() {
   {
     const MutexLock turn(writeTurn_);
     text = currentText();
+    refuseUnreadable(text);
+    review(text);
   }
-  refuseUnreadable(text);
   // The shadow copy first: from here on the new settings are safe, whatever becomes of the file.
   writeShadowCopy(text);
   if (onDisk_ == text && text == snapshot()) return;  // the file, just looked at, holds them
@@ -238,9 +260,18 @@ void SettingsKeeper::saveDurably() {
 /// Has the module write the file, of settings that no start would refuse. Returns what it returns.
 bool SettingsKeeper::replaceSettings(const std::string& text, std::string& report) {
   const MutexLock turn(writeTurn_);
-  if (const std::string now = currentText(); now != text) refuseUnreadable(now);
+  if (const std::string now = currentText(); now != text) {
+    refuseUnreadable(now);
+    review(now);
+  }
   if (onDisk_ != text) forgetSnapshot();  // it may hold them, and the file does not
   return server_.save(&report);
+}
+
+/// Tells what a start would find in the text that is to be saved. REQUIRES: the write turn.
+void SettingsKeeper::review(const std::string& text) {
+  reviewed_ = reviewReread(server_, text);
+  logFindings(Level::Warning, reviewed_, state().findings);
 }
 
 void SettingsKeeper::writeShadowCopy(const std::string& text) {

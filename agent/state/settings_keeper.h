@@ -10,6 +10,7 @@
 #include "agent/base/write_turn.h"
 #include "agent/state/recovery.h"
 #include "agent/state/state_directory.h"
+#include "inspection/finding.h"
 #include "lparams/server.h"
 
 namespace agent {
@@ -26,13 +27,15 @@ class SettingsKeeper {
   SettingsKeeper(LPARAMS::Server::Server_t& server, const StateDirectory& directory)
       : server_(server), directory_(directory) {}
 
-  /// Makes durable what the module has loaded, with so many reports. `degradedReason` says why the
-  /// load was not whole, or is empty; a file that is not what was saved last and gives reports is
-  /// another reason. Then nothing but a copy is written, and saves are refused until one is forced.
+  /// Makes durable what the module has loaded, with so many reports and these findings in the file.
+  /// `degradedReason` says why the load was not whole, or is empty; a file that is not what was
+  /// saved last and gives reports is another reason, and so are imported settings that a file
+  /// cannot hold. Then nothing but a copy is written, and saves are refused until one is forced.
   ///
   /// A disk that takes nothing does not keep complete settings from being served: state() tells,
   /// and the next save makes good. Throws std::system_error only if they are in no file at all.
-  void adopt(StartingPoint start, std::string degradedReason, int reports = 0);
+  void adopt(StartingPoint start, std::string degradedReason, int reports = 0,
+             inspection::Findings findings = {});
 
   /// Saves the settings. Returns why it was refused or failed, in words; empty after a success.
   /// `force` confirms settings that were not loaded whole, and replaces a file that somebody else
@@ -44,6 +47,9 @@ class SettingsKeeper {
     std::optional<std::time_t> lastSave;  ///< the last success in this process
     std::string disk;  ///< what could not be made durable at the start; empty after a success
     std::string lastFailure;  ///< of the last save, in words; empty after a success
+    /// What a load of the settings file makes of it, and what differed at the start from what was
+    /// saved last. A success replaces them by those of the text that was saved.
+    inspection::Findings findings;
   };
   /// Does not wait for a running save.
   State state() const;
@@ -57,8 +63,10 @@ class SettingsKeeper {
 
  private:
   void makeDurable(StartingPoint& start) REQUIRES(saving_);
-  void compareWithLastSave(const std::string& found, std::string& degradedReason, int reports)
-      REQUIRES(saving_);
+  void compareWithLastSave(const std::string& found, std::string& degradedReason, int reports,
+                           inspection::Findings& findings) REQUIRES(saving_);
+  void reviewImported(std::string& degradedReason, inspection::Findings& findings);
+  void review(const std::string& text) REQUIRES(saving_);
   std::string refusal(bool force) REQUIRES(saving_);
   std::string refuseForeignChange(const std::optional<std::string>& found, bool force)
       REQUIRES(saving_);
@@ -81,6 +89,8 @@ class SettingsKeeper {
   std::string unread_ GUARDED_BY(saving_);  // why what was saved last cannot be read, if so
   std::optional<std::string> foreign_ GUARDED_BY(saving_);  // the last change by somebody else,
   std::string foreignKept_ GUARDED_BY(saving_);             // and the name of its copy
+
+  inspection::Findings reviewed_ GUARDED_BY(saving_);  // of the text that is being saved
 
   mutable Mutex stateMutex_;
   State state_ GUARDED_BY(stateMutex_);

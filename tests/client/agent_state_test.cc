@@ -51,6 +51,22 @@ TEST(ClientStatus, PrintsOneLineForEachField) {
   EXPECT_EQ(agent.commands(), Commands{"status"});
 }
 
+TEST(ClientStatus, ListsFindingsOnRequest) {
+  const std::string state = R"({"findings":3,"findingList":[)"
+                            R"({"what":"wrong","line":"7","column":"2","parameter":"IKE.A\n",)"
+                            R"("text":"x\u001b","value":"1"},{"what":"missing"}]})";
+  const auto printedWith = [](const std::string& answer, std::vector<std::string> command) {
+    ScriptedAgent agent({done(answer)});
+    command.insert(command.begin(), {"--socket", agent.socketPath});
+    return runClient(command);
+  };
+  EXPECT_EQ(printedWith(state, {"status"}), printed("findings: 3\n"));
+  EXPECT_EQ(printedWith(state, {"status", "--findings"}),
+            printed("line 7, column 2: IKE.A\\x0a: wrong (text \"x\\x1b\", value \"1\")\n"
+                    "missing\nand more: 3 in all\n"));
+  EXPECT_EQ(printedWith("{}", {"status", "--findings"}), printed("")) << "of an earlier agent";
+}
+
 TEST(ClientStatus, StateThatIsNone) {
   for (const char* state : {"", "{", "[]", "7"}) {
     ScriptedAgent agent({done(state)});

@@ -67,7 +67,7 @@ TEST_F(SettingsStore, ShowsEveryGroupOfTheFile) {
   host::writeFile(settingsPath, example);
   start();
   EXPECT_THAT(agent->log(), HasSubstr("info: settings loaded "));
-  EXPECT_THAT(agent->log(), HasSubstr("reports=0\n"));
+  EXPECT_THAT(agent->log(), HasSubstr("reports=0 findings=0\n"));
   EXPECT_EQ(ctl({"show", "--secrets"}), printed(shown(valuesOf(example))));
   for (const char* group : {"IKE", "LOG", "UPDATE", "POLICY", "ADMIN", "USERS"}) {
     EXPECT_THAT(ctl({"show", group}).out, ContainsRegex("^" + std::string(group) + ".*=")) << group;

@@ -35,7 +35,7 @@ class KeptSettings {
     if (start.source == agent::StartingPoint::FirstStart) agent::keepLegacySettings(state_);
     agent::setSystemVarDir(directory.path);
     module_.emplace(PRODUCTS_DIR "/lparams_server.so");
-    agent::LoadReport report(server());
+    agent::LoadReport report;
     loaded = server().load(&report);
     keeper_.emplace(server(), state_);
     keeper_->adopt(std::move(start), degradedReason, report.reports());
