@@ -1,11 +1,13 @@
 #include "agent/bridge/record_check.h"
 
 #include <cstdint>
+#include <optional>
 #include <ostream>
 #include <streambuf>
 #include <utility>
 
 #include "agent/base/log.h"
+#include "agent/bridge/standing_values.h"
 #include "lparams/catalogue/catalogue.h"
 #include "lparams/values/values.h"
 
@@ -13,10 +15,6 @@ namespace agent {
 namespace {
 
 using namespace LPARAMS::Server;
-
-bool hasText(const Param& param) {
-  return param.getTypeId() == TYPE_STRING || param.getTypeId() == TYPE_SECRET;
-}
 
 /// What the check finds wrong.
 struct Refusal {
@@ -35,18 +33,40 @@ void readOrRefuse(const CommandStreamIn& in, const std::string& subject, Read re
   }
 }
 
-void readParam(CommandStreamIn& in, const std::string& subject, Param& param) {
-  const char* const bytes = in.data + in.pos;
-  readOrRefuse(in, subject, [&] { (void)param.read(in); });
-  const size_t size = in.data + in.pos - bytes - sizeof(uint32_t);
-  if (hasText(param) && size > RecordCheck::MAX_TEXT) {
-    throw Refusal{subject + ": a text of " + std::to_string(size) +
-                  " bytes is too long; expected at most " + std::to_string(RecordCheck::MAX_TEXT)};
+/// The settings' own group, as far as it is needed.
+class Standing {
+ public:
+  explicit Standing(ParamGroup& group) : group_(group) {}
+
+  /// Looks at the group when it is asked first: few writes hold what none may set.
+  bool holds(const std::string& user, Param& param) {
+    if (!values_) values_.emplace(group_);
+    return values_->hold(user, param);
   }
 
+  size_t users() const {
+    const basekit::ObjectLevelLockable::Lock lock(group_);
+    return static_cast<ParamVector<USER_t>&>(group_).items.size();
+  }
+
+ private:
+  ParamGroup& group_;
+  std::optional<StandingValues> values_;
+};
+
+/// `name` is that of the entry of the user list, which is read first; null elsewhere.
+void readParam(CommandStreamIn& in, const std::string& subject, Param& param, Standing& standing,
+               StStParam* name) {
+  const char* const bytes = in.data + in.pos;
+  readOrRefuse(in, subject, [&] { (void)param.read(in); });
   // The module reads every byte but 1 as false.
   const auto byte = static_cast<unsigned char>(param.getTypeId() == TYPE_BOOL ? *bytes : 0);
-  if (byte <= 1 && isLegal(param)) return;
+  if (byte <= 1 && mayBeWritten(param)) return;
+  if (byte <= 1 && standing.holds(name != nullptr ? valueText(*name) : "", param)) return;
+  if (byte <= 1 && isLegal(param)) {
+    throw Refusal{subject + ": a text of " + std::to_string(valueText(param).size()) +
+                  " bytes is too long; expected at most " + std::to_string(RecordCheck::MAX_TEXT)};
+  }
   const bool isText = param.getTypeId() == TYPE_STRING;
   const std::string value = isSecret(param) ? "the value"
                             : isText        ? quoted(valueText(param))
@@ -78,22 +98,26 @@ size_t textSizeOf(Param& group, int level) {
   return buffer.count;
 }
 
-void readMembers(CommandStreamIn& in, const std::string& subject, ParamGroup& group) {
-  for (Param* param : group.wireParams) readParam(in, subject + "." + param->name, *param);
+void readMembers(CommandStreamIn& in, const std::string& subject, ParamGroup& group,
+                 Standing& standing, StStParam* name = nullptr) {
+  for (Param* param : group.wireParams) {
+    readParam(in, subject + "." + param->name, *param, standing, name);
+  }
 }
 
 /// Returns the size of their text.
-size_t readUsers(CommandStreamIn& in, const std::string& subject, size_t maxUsers) {
+size_t readUsers(CommandStreamIn& in, const std::string& subject, size_t maxUsers,
+                 Standing& standing) {
   uint32_t count = 0;
   readOrRefuse(in, subject, [&] { take(in, count); });
-  if (count > maxUsers) {
+  if (count > maxUsers && count > standing.users()) {
     throw Refusal{subject + ": " + std::to_string(count) +
                   " entries are too many; expected at most " + std::to_string(maxUsers)};
   }
   USER_t user;
   size_t size = 0;
   for (uint32_t i = 0; i < count; ++i) {
-    readMembers(in, subject + "[" + std::to_string(i) + "]", user);
+    readMembers(in, subject + "[" + std::to_string(i) + "]", user, standing, &user.NAME);
     size += textSizeOf(user, 2);
   }
   return size;
@@ -109,17 +133,18 @@ ParamGroup& findGroup(const Catalogue& catalogue, const std::string& name) {
 }
 
 /// Returns the size of the group's text.
-size_t check(const std::string& input, size_t maxUsers) {
+size_t check(const std::string& input, const Catalogue& settings, size_t maxUsers) {
   CommandStreamIn in(input);
   std::string name;
   readOrRefuse(in, "the group's name", [&] { take(in, name); });
   const Catalogue catalogue;
   ParamGroup& group = findGroup(catalogue, name);
+  Standing standing(findGroup(settings, name));
   size_t size = 0;
   if (&group == catalogue.USERS) {
-    size = readUsers(in, name, maxUsers);
+    size = readUsers(in, name, maxUsers, standing);
   } else {
-    readMembers(in, name, group);
+    readMembers(in, name, group, standing);
   }
   if (in.pos < in.size) {
     throw Refusal{name + ": " + std::to_string(in.size - in.pos) +
@@ -132,7 +157,7 @@ size_t check(const std::string& input, size_t maxUsers) {
 
 RecordCheck::Finding RecordCheck::look(const std::string& input) const {
   try {
-    return {{}, check(input, maxUsers_)};
+    return {{}, check(input, settings_, maxUsers_)};
   } catch (Refusal& refused) {
     return {std::move(refused.inWords), 0};
   }
@@ -148,10 +173,11 @@ std::string RecordCheck::refusalOfSize(const std::map<std::string_view, size_t>&
     replaced += size;
   }
   size_t sum = replaced;
-  for (ParamGroup* other : settings_.groups()) {
-    if (!textSizes.contains(other->name)) sum += textSizeOf(*other);
+  size_t now = 0;  // those that would be replaced
+  for (ParamGroup* each : settings_.groups()) {
+    (textSizes.contains(each->name) ? now : sum) += textSizeOf(*each);
   }
-  if (sum <= MAX_SETTINGS_TEXT) return {};
+  if (sum <= MAX_SETTINGS_TEXT || replaced <= now) return {};
   return names + ": the settings would be a text of " + std::to_string(sum) + " bytes, " +
          std::to_string(replaced) + " of them for " +
          (textSizes.size() == 1 ? "this group" : "these groups") + "; expected at most " +

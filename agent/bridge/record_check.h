@@ -7,13 +7,16 @@
 #include <string_view>
 
 #include "lparams/catalogue/catalogue.h"
+#include "lparams/values/values.h"
 
 namespace agent {
 
 /// Decodes the whole input of a write command as the module does, into a catalogue that is thrown
 /// away: exact length, numbers within their limits, named values only, no control characters in
 /// strings (a newline would write other settings into the file), no text of more than 64 KiB, no
-/// more users than allowed. Thread-safe.
+/// more users than allowed. What the settings hold already, from a file or from before the check,
+/// may stay: the same value of the same parameter (and user), as many users, as large a group.
+/// Thread-safe.
 class RecordCheck {
  public:
   /// Upper limit of the whole settings as a text, in bytes: half of what a start accepts, and
@@ -21,7 +24,7 @@ class RecordCheck {
   static constexpr size_t MAX_SETTINGS_TEXT = 8 * 1024 * 1024;
 
   /// Upper limit of a single text, in bytes.
-  static constexpr size_t MAX_TEXT = 64 * 1024;
+  static constexpr size_t MAX_TEXT = LPARAMS::Server::MAX_TEXT_SIZE;
 
   /// REQUIRES: the settings outlive the check.
   RecordCheck(LPARAMS::Server::Catalogue& settings, size_t maxUsers)

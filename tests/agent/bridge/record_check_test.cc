@@ -291,6 +291,75 @@ TEST_F(RecordCheckTest, ATextMayBeAsLongAsTheLimitAndNoLonger) {
             "IKE.QCD_SECRET: a text of 65537 bytes is too long; expected at most 65536");
 }
 
+// A settings file may hold what no write may set. It must not refuse every write of its group.
+TEST_F(RecordCheckTest, WhatIsThereAndUnchangedPasses) {
+  const std::string tab = "a\tb";
+  module_.server().POLICY->PSK_NAME.value = tab;
+  module_.server().POLICY->PMP_SERVERS.value = std::string(64 * 1024 + 1, 'x');
+  settings_.policyGroup.PSK_NAME.value = tab;
+  settings_.policyGroup.PMP_SERVERS.value = std::string(64 * 1024 + 1, 'x');
+  settings_.policyGroup.PMP_TIMEOUT.value = 77;
+  EXPECT_EQ(module_.write(client::encodeRecord(settings_.policyGroup)).result, 1);
+  EXPECT_EQ(module_.server().POLICY->PMP_TIMEOUT.value, 77u);
+
+  settings_.policyGroup.PMP_SERVERS.value += 'x';
+  EXPECT_THAT(refusal(client::encodeRecord(settings_.policyGroup)),
+              StartsWith("POLICY.PMP_SERVERS: a text of 65538 bytes is too long"));
+  settings_.policyGroup.PMP_SERVERS.value = "now legal";
+  settings_.policyGroup.PMP_IDDATA.value = tab;  // another parameter
+  EXPECT_THAT(refusal(client::encodeRecord(settings_.policyGroup)),
+              StartsWith("POLICY.PMP_IDDATA: \"a\\x09b\" is not legal"));
+  settings_.policyGroup.PMP_IDDATA.value.clear();
+  EXPECT_EQ(module_.write(client::encodeRecord(settings_.policyGroup)).result, 1);
+  settings_.policyGroup.PSK_NAME.value = "now legal too";
+  EXPECT_EQ(module_.write(client::encodeRecord(settings_.policyGroup)).result, 1);
+  settings_.policyGroup.PSK_NAME.value = tab;  // gone, so it may not come back
+  EXPECT_THAT(refusal(client::encodeRecord(settings_.policyGroup)), StartsWith("POLICY.PSK_NAME"));
+
+  module_.server().IKE->QCD_SECRET.value = tab;
+  settings_.ikeGroup.QCD_SECRET.value = tab;
+  EXPECT_EQ(refusal(client::encodeRecord(settings_.ikeGroup)), "");
+  settings_.ikeGroup.QCD_SECRET.value += "\n";
+  EXPECT_THAT(refusal(client::encodeRecord(settings_.ikeGroup)), StartsWith("IKE.QCD_SECRET"));
+}
+
+TEST_F(RecordCheckTest, WhatIsThereOfAUserPassesWhereverTheUserStands) {
+  auto& there = module_.server().userList;
+  for (const char* name : {"first", "tab\tname"}) {
+    LPARAMS::Server::USER_t& user = *LPARAMS::Server::listAdd(there);
+    user.NAME.value = name;
+    user.PMP_IDDATA.value = std::string(name) + "\t";
+  }
+  const auto clear = [&] { settings_.userList.destroyEntries(); };
+  const auto add = [&](const std::string& name, const std::string& data) {
+    USER_t& user = *settings_.userList.append();
+    user.NAME.value = name;
+    user.PMP_IDDATA.value = data;
+  };
+  clear();
+  add("tab\tname", "tab\tname\t");
+  add("new", "");
+  add("first", "first\t");
+  EXPECT_EQ(refusal(client::encodeRecord(settings_.userList)), "");
+  clear();
+  add("new", "first\t");
+  EXPECT_THAT(refusal(client::encodeRecord(settings_.userList)), StartsWith("USERS[0].PMP_IDDATA"));
+  clear();
+  add("new\tname", "");
+  EXPECT_THAT(refusal(client::encodeRecord(settings_.userList)), StartsWith("USERS[0].NAME"));
+}
+
+TEST_F(RecordCheckTest, AsManyUsersAsAreTherePass) {
+  for (size_t i = 0; i < MAX_USERS + 2; ++i) {
+    (void)LPARAMS::Server::listAdd(module_.server().userList);
+  }
+  while (settings_.userList.items.size() < MAX_USERS + 2) (void)settings_.userList.append();
+  EXPECT_EQ(refusal(client::encodeRecord(settings_.userList)), "");
+  (void)settings_.userList.append();
+  EXPECT_EQ(refusal(client::encodeRecord(settings_.userList)),
+            "USERS: 6 entries are too many; expected at most 3");
+}
+
 TEST_F(RecordCheckTest, TellsTheSizeOfTheGroupInTheFile) {
   for (ParamGroup* group : settings_.groups()) {
     std::ostringstream text;
@@ -328,6 +397,11 @@ TEST(WholeSettings, MayNotOutgrowTheirLimit) {
   EXPECT_THAT(refused.text, StartsWith("UPDATE: the settings would be a text of 83"));
   EXPECT_THAT(refused.text, EndsWith(" of them for this group; expected at most 8388608"));
   EXPECT_EQ(module.server().UPDATE->URL.value, "");
+  // A file may have brought as much; then it may stay, and become less.
+  module.server().UPDATE->UPDATE_URI.value = std::string(200 * 1024, 'y');
+  EXPECT_EQ(module.write(client::encodeRecord(settings.updateGroup)).result, 1);
+  settings.updateGroup.AVAILABLE_UPDATE_NAME.value = "x";
+  EXPECT_EQ(module.write(client::encodeRecord(settings.updateGroup)).result, 0);
   settings.updateGroup.DOWNLOAD_PATH.value.clear();
   settings.updateGroup.UPDATE_URI.value.clear();
   EXPECT_EQ(module.write(client::encodeRecord(settings.updateGroup)).result, 1);

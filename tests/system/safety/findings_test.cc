@@ -127,6 +127,23 @@ TEST_F(Findings, OfAFileThatMakesTheAgentDegradedSayWhatDiffersToo) {
                             HasSubstr("IKE.IKE_PORT: the settings file has another value")));
 }
 
+// What no write may add may stay, and is told.
+TEST_F(Findings, OfAValueThatNoWriteMaySetDoNotKeepItsGroupFromBeingWritten) {
+  state_.write(SETTINGS, edited("PSK_NAME=\n", "PSK_NAME=a\tb\n"));
+  start();
+  EXPECT_THAT(log(), HasSubstr("warning: the text holds control characters, which no write may add "
+                               "line=80 column=18 parameter=POLICY.PSK_NAME text=\"a\\x09b\"\n"));
+  set("POLICY.PMP_TIMEOUT=77");
+  save();
+  EXPECT_EQ(get("POLICY.PSK_NAME"), "a\tb\n");
+  EXPECT_EQ(state("findings"), "1");  // the file still has it
+  set("POLICY.PSK_NAME=ab");
+  save();
+  EXPECT_EQ(state("findings"), "0");
+  EXPECT_EQ(stop(), 0);
+  EXPECT_EQ(linesWith("control characters"), 1u);
+}
+
 // A text with a line end is another text, or another setting, once it is read back.
 TEST_F(Findings, OfASaveAreWhatTheNextStartWouldNotGiveBack) {
   state_.write(SETTINGS, exampleSettings());
