@@ -64,7 +64,7 @@ void SocketGroup::follow() {
 }
 
 std::string SocketGroup::giveTo(const std::string& group) const {
-  const std::string who = "group \"" + group + "\": ";
+  const std::string who = "group " + quoted(group) + ": ";
   const auto number = AccessRules::numberOf(group);
   if (!number) return who + "the system knows no such group";
   if (!isKnownGroup(*number)) {
