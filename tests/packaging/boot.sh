@@ -13,7 +13,10 @@ namespaces=(--pid --fork --kill-child --mount --uts --ipc --net --cgroup)
 
 # Two systemds must not share a control group. The mount shows those of this very place.
 outside() {
-  local room=$1 groups=$1/groups group=$1/groups/lparams-$$ system
+  room=$(mktemp -d)
+  groups=$room/groups
+  group=$groups/lparams-$$
+  trap 'umount -l "$room" 2>/dev/null || true; rmdir "$room"' EXIT
   mount -t tmpfs -o mode=755 tmpfs "$room"
   mkdir "$groups" "$room/root"
   mount -t cgroup2 cgroup2 "$groups"
@@ -74,8 +77,8 @@ contents() {
 }
 
 case ${2-} in
-  '') exec unshare --mount --cgroup --propagation private "$0" "$build" outside "$(mktemp -d)" ;;
-  outside) outside "$3" ;;
+  '') exec unshare --mount --cgroup --propagation private "$0" "$build" outside ;;
+  outside) outside ;;
   inside)
     read -r process _ </proc/self/stat # of the /proc from outside
     cd "$3"
