@@ -24,11 +24,15 @@ TEST(OwnUser, MapsThatHaveANumberForEveryUser) {
   for (const auto& row : rows) EXPECT_EQ(coversAll(row.map), row.all) << row.map;
 }
 
+// A process asks once about its namespace: each test is a process.
+
 TEST(OwnUser, IsTheOneThatRunsTheProcess) {
-  EXPECT_EQ(isOwnUser(::geteuid()), isKnownUser(::geteuid()));
-  EXPECT_FALSE(isOwnUser(::geteuid() + 1));
-  EXPECT_TRUE(isKnownUser(0));
-  EXPECT_TRUE(isKnownGroup(0));
+  host::runInChild([] {
+    EXPECT_EQ(isOwnUser(::geteuid()), isKnownUser(::geteuid()));
+    EXPECT_FALSE(isOwnUser(::geteuid() + 1));
+    EXPECT_TRUE(isKnownUser(0));
+    EXPECT_TRUE(isKnownGroup(0));
+  });
 }
 
 TEST(OwnUser, IsNotTheOneWithoutANumber) {
