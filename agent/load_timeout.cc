@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "agent/base/exit_status.h"
+#include "agent/base/log.h"
 
 namespace agent {
 namespace {
@@ -23,8 +24,10 @@ void setTimer(time_t seconds) {
 /// Runs in the middle of anything: no memory, no streams, no log.
 void endProcess(int /*signal*/) {
   constexpr std::string_view LINE =
-      "lparams_agent: error: the settings file could not be read: the module does not come back\n";
-  (void)!::write(STDERR_FILENO, LINE.data(), LINE.size());
+      "<3>lparams_agent: error: the settings file could not be read: the module does not come "
+      "back\n";
+  const std::string_view line = LINE.substr(logsForJournal() ? 0 : LINE.find('>') + 1);
+  (void)!::write(STDERR_FILENO, line.data(), line.size());
   ::_exit(EXIT_UNAVAILABLE);
 }
 

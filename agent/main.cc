@@ -2,10 +2,12 @@
 // on a Unix stream socket.
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <csignal>
 #include <exception>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "agent/base/end_signals.h"
@@ -66,11 +68,12 @@ int run(const Options& options) {
 }
 
 int runOrExplain(int argc, char** argv) {
+  // Before anything is told, of a wrong command line too.
+  if (std::count(argv, argv + argc, std::string_view("--journal")) != 0) logForJournal();
   try {
     const std::string closed = openClosedStreams();
     const auto options = readOptions(argc, argv);
     if (!options) return EXIT_OK;
-    if (options->journal) logForJournal();
     if (!closed.empty()) {
       log(Level::Warning, "started with closed standard streams", {{"streams", closed}});
     }

@@ -19,10 +19,16 @@ test compares it. How to add a row: [README](../README.md).
 
 - **#** counts the rows of a group in file order. The order on the bridge is the same, without the
   rows that are in the file only.
-- **Class** and **type identifier** decide the encodings: `lparams/params/` has a header per class.
-- **Limits** are inclusive. A load of the settings file moves a number to the nearer one; the bridge
-  takes every value as it stands, so a client checks before it sends. The numbers behind the names
-  are what the bridge carries.
+- **Class** and **type identifier** decide the encodings: on the bridge as in
+  [its protocol](bridge-protocol.md), in the file as in
+  [numeric_param.h](../lparams/params/numeric_param.h) (BoolParam, PortParam, UIntParam),
+  [enum_param.h](../lparams/params/enum_param.h) and
+  [line_string_param.h](../lparams/params/line_string_param.h) (StStParam, QcdSParam).
+- **Limits** are inclusive. The agent refuses a write of any other value, unless it runs with
+  `--accept-any`. A load of the settings file moves a number that is out of its limits to the nearer
+  one. A negative number counts from above the largest of its type (2 or 4 bytes, unsigned): `-1`
+  ends at the upper limit. What is too large for the type is reported, and the setting keeps its
+  value. The numbers behind the names are what the bridge carries.
 - **Meaning** is empty where the name has to say it.
 )";
 

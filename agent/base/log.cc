@@ -59,6 +59,8 @@ std::string quoted(std::string_view foreign) { return text::inQuotes(shortened(f
 
 void logForJournal() { g_journal = true; }
 
+bool logsForJournal() { return g_journal; }
+
 void log(Level level, std::string_view message, std::initializer_list<Field> fields) {
   log(level, message, std::span(fields.begin(), fields.size()));
 }

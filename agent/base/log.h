@@ -25,6 +25,7 @@ struct Field {
 /// Makes every line begin with its priority as the journal reads it, "<4>" (sd-daemon(3)). Call
 /// before the first thread starts.
 void logForJournal();
+bool logsForJournal();
 
 /// Writes one line, with control characters as text::escaped() has them. Never waits: lines that
 /// nobody reads are lost, and the next one that is read says how many they were. Thread-safe.

@@ -145,6 +145,13 @@ std::optional<size_t> keepLegacySettings(const StateDirectory& directory) {
   return {};
 }
 
+void giveUpImport(const StateDirectory& directory) {
+  if (!readLegacy(directory.importing())) return;
+  const std::string kept =
+      moveAside(directory.importing(), nameAside(directory.legacy(), "damaged"));
+  log(Level::Notice, "the settings of earlier versions were given up", {{"kept", kept}});
+}
+
 void finishImport(const StateDirectory& directory) {
   if (!readLegacy(directory.importing())) return;
   const std::string kept =

@@ -38,6 +38,10 @@ std::optional<std::string> readShadowCopy(const StateDirectory& directory);
 /// there are no such settings. REQUIRES: it is a first start.
 std::optional<size_t> keepLegacySettings(const StateDirectory& directory);
 
+/// Gives kept settings that could not be imported, if there are any, their final name. REQUIRES:
+/// somebody wants to do without them, and the settings are durable.
+void giveUpImport(const StateDirectory& directory);
+
 /// Gives the kept settings, if there are any, their final name. REQUIRES: what was imported from
 /// them is durable.
 void finishImport(const StateDirectory& directory);

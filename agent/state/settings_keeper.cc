@@ -52,6 +52,7 @@ void SettingsKeeper::adopt(StartingPoint start, std::string degradedReason, int 
     log(Level::Warning, "settings are served, but could not be made durable", {{"reason", disk}});
   }
   if (!degradedReason.empty()) {
+    importFailed_ = start.source == StartingPoint::FirstStart;
     log(Level::Warning, "degraded: settings are served, but not saved",
         {{"reason", degradedReason}});
   }
@@ -132,7 +133,11 @@ std::string SettingsKeeper::save(bool force) {
   std::string failure;
   try {
     failure = refusal(force);
-    if (failure.empty()) saveDurably();
+    if (failure.empty()) {
+      saveDurably();
+      if (importFailed_) giveUpImport(directory_);
+      importFailed_ = false;
+    }
   } catch (const std::exception& error) {
     failure = error.what();
   }

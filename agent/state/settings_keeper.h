@@ -86,6 +86,7 @@ class SettingsKeeper {
   Mutex saving_;                                           // taken first
   std::optional<std::string> onDisk_ GUARDED_BY(saving_);  // the file, as the agent left it
   bool asFound_ GUARDED_BY(saving_) = false;               // it says what the settings do not hold
+  bool importFailed_ GUARDED_BY(saving_) = false;          // of settings of earlier versions
   std::string unread_ GUARDED_BY(saving_);  // why what was saved last cannot be read, if so
   std::optional<std::string> foreign_ GUARDED_BY(saving_);  // the last change by somebody else,
   std::string foreignKept_ GUARDED_BY(saving_);             // and the name of its copy

@@ -4,6 +4,10 @@
 #include <sys/time.h>
 
 #include <csignal>
+#include <string>
+
+#include "agent/base/exit_status.h"
+#include "agent/base/log.h"
 
 namespace agent {
 namespace {
@@ -37,6 +41,17 @@ TEST(LoadTimeout, IsOffAfterwards) {
 TEST(LoadTimeout, GrowsWithTheFile) {
   const LoadTimeout timeout(16 * 1024 * 1024);
   EXPECT_GT(left(), 60);
+}
+
+TEST(LoadTimeout, EndsTheProcessWithALineOfTheLog) {
+  const auto spin = [] {
+    const LoadTimeout timeout(0);
+    for (volatile bool forever = true; forever;) continue;
+  };
+  const std::string line = "lparams_agent: error: the settings file could not be read: the module";
+  EXPECT_EXIT(spin(), testing::ExitedWithCode(EXIT_UNAVAILABLE), "^" + line);
+  logForJournal();
+  EXPECT_EXIT(spin(), testing::ExitedWithCode(EXIT_UNAVAILABLE), "^<3>" + line);
 }
 
 }  // namespace

@@ -95,6 +95,13 @@ TEST_F(Messages, AreWholeHoweverLongTheirPathsAre) {
   EXPECT_TRUE(logTells(how + "\" uid="));
 }
 
+TEST_F(Messages, HaveTheJournalsPriorityFromTheFirstOn) {
+  EXPECT_THAT(runHere({"--no-such-option", "--journal"}).output,
+              StartsWith("<3>lparams_agent: error: "));
+  EXPECT_THAT(runHere({"--journal", "--state-dir", "absent"}).output,
+              StartsWith("<3>lparams_agent: error: "));
+}
+
 TEST_F(Messages, OfAWrongCommandLineNameTheProgram) {
   const Arguments rows[] = {
       {"--max-users", "-1"},         {"--max-users=-1"},       {"--max-users", "-4294967291"},

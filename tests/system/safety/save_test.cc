@@ -156,6 +156,57 @@ TEST_F(Save, DefaultsThatAnEditorHasMarkedAreNoDoubt) {
   expectBothHold(marked);
 }
 
+TEST_F(Save, CorrectsWhatWasWrittenIntoTheFileByHand) {
+  const std::string right = "EXCHANGE_TIMEOUT=90\n";
+  std::string edited = exampleSettings();
+  edited.replace(edited.find(right), right.size(), "EXCHANGE_TIMEOUT=soon\n");
+  const auto correct = [&](const Arguments& command) {
+    set("IKE.EXCHANGE_TIMEOUT=90");
+    EXPECT_EQ(ctl(command), (Outcome{0, "saved\n"}));
+    kill();
+    start();
+    EXPECT_EQ(state("degraded"), "no");
+    EXPECT_THAT(log(), HasSubstr(" reports=0 "));
+    expectBothHold(exampleSettings());
+    kill();
+  };
+  state_.write(SETTINGS, edited);
+  start();
+  EXPECT_THAT(log(), HasSubstr(" reports=1 "));
+  EXPECT_EQ(state("degraded"), "no");  // there is nothing that was saved
+  correct({"save"});
+
+  state_.write(SETTINGS, edited);
+  start();
+  expectRefused("the settings were not loaded whole");
+  correct({"save", "--force"});
+}
+
+// What stands in the module's temporary file is of a save that failed: the next one removes it.
+TEST_F(Save, RemovesTheTemporaryFileOfOneThatFailed) {
+  start();
+  state_.write(BACKUP, "the beginning of a text");
+  save();
+  EXPECT_EQ(state_.text(BACKUP), "the beginning of a text");  // there was nothing to write
+  set("IKE.IKE_PORT=501");
+  save();
+  EXPECT_EQ(state_.text(BACKUP), "(absent)");
+  expectBothHold(exampleSettings(501));
+}
+
+TEST_F(Save, ForceDoesNotReplaceAnEditThatCannotBeKept) {
+  start();
+  set("IKE.IKE_PORT=501");
+  const std::string large(16 * 1024 * 1024 + 1, 'x');
+  state_.write(SETTINGS, large);
+  expectRefused(" was edited while the agent was running; it is too large now to be kept: move it",
+                {"--force"});
+  EXPECT_TRUE(state_.text(SETTINGS) == large);
+  state_.remove(SETTINGS);
+  EXPECT_EQ(ctl({"save", "--force"}), (Outcome{0, "saved\n"}));
+  expectBothHold(exampleSettings(501));
+}
+
 TEST_F(Save, TheStateTellsOfIt) {
   start();
   EXPECT_EQ(state("changed"), "no");

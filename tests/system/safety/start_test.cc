@@ -381,6 +381,36 @@ TEST_F(Import, OfABrokenDocumentIsNone) {
   expectImported();
 }
 
+TEST_F(Import, OfARepairedDocumentKeepsTheBrokenOne) {
+  const std::string broken = legacy_.substr(0, legacy_.size() - 20);
+  state_.write("localsettings.xml", broken);
+  start();
+  EXPECT_THAT(state("degraded"), HasSubstr(", line "));
+  kill();
+  state_.write("localsettings.xml", legacy_);
+  start();
+  EXPECT_EQ(state("degraded"), "no");
+  EXPECT_EQ(get("POLICY.PMP_SERVERS"), "pmp1.example.com, pmp2.example.com\n");
+  EXPECT_EQ(state_.text("localsettings.xml.importing"), "(absent)");
+  const auto contents = state_.contents();
+  for (const std::string& text : {broken, legacy_}) {
+    EXPECT_THAT(contents, testing::Contains(HasSubstr(text)));
+  }
+}
+
+TEST_F(Import, ThatFailedMayBeGivenUp) {
+  const std::string broken = legacy_.substr(0, legacy_.size() - 20);
+  state_.write("localsettings.xml", broken);
+  start();
+  EXPECT_EQ(ctl({"save", "--force"}).exitCode, 0);
+  EXPECT_EQ(state("degraded"), "no");
+  EXPECT_EQ(state_.textOfOnly("localsettings.xml.damaged-"), broken);
+  kill();
+  start();
+  EXPECT_EQ(state("degraded"), "no");
+  EXPECT_THAT(log(), testing::Not(HasSubstr("imported")));
+}
+
 using SystemImport = testing_support::EachWay<Import>;
 INSTANTIATE_EACH_WAY(SystemImport);
 
