@@ -18,7 +18,11 @@ namespace {
 using namespace LPARAMS::Server;
 using namespace std::string_literals;
 
+#ifdef __SANITIZE_THREAD__
+constexpr int TEXTS = 300;  // more would take a minute there, and nothing runs side by side
+#else
 constexpr int TEXTS = 3000;
+#endif
 
 /// One report: what it is about, and the bytes in front of and at its place.
 struct Report {
@@ -171,8 +175,8 @@ TEST(Inspection, AgreesWithTheModuleOnThousandsOfSpoiltTexts) {
   testing_support::fakePlatform().varDir = directory.path + "/";
   const std::string whole = agent_testing::exampleSettings();
   Spoiler spoiler;
-  size_t reports = 0;
-  size_t silent = 0;
+  int reports = 0;
+  int silent = 0;
   for (int i = 0; i < TEXTS; ++i) {
     const std::string text = i == 0 ? whole : spoiler.spoil(whole);
     SCOPED_TRACE(i);
@@ -210,8 +214,8 @@ TEST(Inspection, AgreesWithTheModuleOnThousandsOfSpoiltTexts) {
       ++report;
     }
   }
-  EXPECT_GT(reports, 2000u);
-  EXPECT_GT(silent, 1000u);
+  EXPECT_GT(reports, TEXTS);
+  EXPECT_GT(silent, TEXTS / 4);
 }
 
 }  // namespace
