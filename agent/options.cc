@@ -32,7 +32,7 @@ std::optional<Options> readOptions(int argc, char** argv) {
 
   CLI::App app(
       "Loads the settings module and offers its commands on a Unix stream socket, until "
-      "SIGTERM or SIGINT.",
+      "SIGTERM, SIGINT or SIGHUP.",
       "lparams_agent");
   app.set_version_flag("--version", "lparams_agent " LPARAMS_VERSION);
   app.add_option("--state-dir", options.stateDir, "Directory of localsettings.ini")

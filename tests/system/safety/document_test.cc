@@ -1,0 +1,65 @@
+// What the documents list is what there is.
+#include <algorithm>
+#include <fstream>
+#include <iterator>
+#include <regex>
+#include <set>
+
+#include "agent/base/exit_status.h"
+#include "tests/system/safety/agent_test.h"
+
+namespace safety {
+namespace {
+
+using testing::Contains;
+using testing::HasSubstr;
+
+class Documents : public AgentTest {
+ protected:
+  static std::string document(const std::string& name) {
+    std::ifstream file(SOURCE_DIR "/docs/" + name);
+    return {std::istreambuf_iterator<char>(file), {}};
+  }
+
+  /// What the expression's group matches in the text.
+  static std::set<std::string> all(const std::string& text, const std::string& expression) {
+    const std::regex regex(expression);
+    std::set<std::string> found;
+    for (std::sregex_iterator match(text.begin(), text.end(), regex), end; match != end; ++match) {
+      found.insert((*match)[1].str());
+    }
+    return found;
+  }
+};
+
+TEST_F(Documents, ListEveryFieldOfTheState) {
+  start();
+  const auto fields = all(ctl({"status"}).output, "(?:^|\n)([A-Za-z]+): ");
+  EXPECT_GT(fields.size(), 10U);
+  const std::string protocol = document("bridge-protocol.md");
+  for (const std::string& field : fields) EXPECT_THAT(protocol, HasSubstr("`" + field + "`"));
+}
+
+TEST_F(Documents, NameNoOptionThatIsNotThere) {
+  std::string help = runAgent({"--help"}).output;
+  for (const Arguments& command : {Arguments{}, {"save"}, {"status"}, {"show"}}) {
+    Arguments arguments = command;
+    arguments.push_back("--help");
+    help += ctl(arguments).output;
+  }
+  const auto named = all(document("operations.md"), "(--[a-z][a-z-]+)");
+  EXPECT_GT(named.size(), 8U);
+  for (const std::string& option : named) EXPECT_THAT(help, HasSubstr(option + " "));
+}
+
+TEST_F(Documents, ListEveryExitStatusOfTheAgent) {
+  const auto listed = all(document("operations.md"), "\n\\| ([0-9]+) \\|");
+  EXPECT_EQ(listed, (std::set<std::string>{
+                        std::to_string(agent::EXIT_OK), std::to_string(agent::EXIT_BAD_USAGE),
+                        std::to_string(agent::EXIT_UNAVAILABLE), std::to_string(agent::EXIT_STUCK),
+                        std::to_string(agent::EXIT_NOT_SAVED), std::to_string(agent::EXIT_IN_USE),
+                        std::to_string(agent::EXIT_BAD_CONFIG)}));
+}
+
+}  // namespace
+}  // namespace safety
