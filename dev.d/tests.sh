@@ -35,11 +35,11 @@ lint_style() {
   done
 }
 
-# Says so where no test can have mounts of its own. A stand-in serves each of them there, so that
-# none is skipped.
-note_mounts() {
+# Says so where no process can have mounts or a user namespace of its own. Tests that use them are not
+# there then: others show the same with a stand-in.
+note_namespaces() {
   unshare -m true 2>/dev/null || unshare -Urm true 2>/dev/null ||
-    result note "no process can have mounts of its own here: only stand-ins took their place"
+    result note "no process can have mounts or users of its own here: only stand-ins took their place"
 }
 
 lint_tidy() { lint "$root/tests/lint/tidy.sh"; }

@@ -2,8 +2,8 @@
 
 #include <grp.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 
+#include "tests/support/child_trial.h"
 #include "tests/support/system_error.h"
 
 namespace testing_support {
@@ -18,21 +18,9 @@ void becomeNobody() {
 }  // namespace
 
 std::string whyNoOtherUser() {
-  const pid_t child = fork();
-  check(child < 0 ? -1 : 0, "fork");
-  if (child == 0) {
-    try {
-      becomeNobody();
-    } catch (const std::system_error& error) {
-      _exit(error.code().value());
-    }
-    _exit(0);
-  }
-  int status = 0;
-  check(waitpid(child, &status, 0) == child ? 0 : -1, "waitpid");
-  if (status == 0) return {};
-  return "a process cannot become another user here: " +
-         std::generic_category().message(WEXITSTATUS(status));
+  const int error = errorInChild(becomeNobody);
+  if (error == 0) return {};
+  return "a process cannot become another user here: " + std::generic_category().message(error);
 }
 
 std::string whyRightsStay() { return geteuid() == 0 ? whyNoOtherUser() : ""; }

@@ -3,9 +3,9 @@
 #include <sched.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
+#include "tests/support/child_trial.h"
 #include "tests/support/system_error.h"
 #include "tests/support/user_namespace.h"
 
@@ -18,21 +18,12 @@ void enterPrivateMounts() {
 }
 
 std::vector<Way> ways() {
-  const pid_t child = fork();
-  check(child < 0 ? -1 : 0, "fork");
-  if (child == 0) {
-    try {
-      enterPrivateMounts();
-      mountEmpty("/mnt");
-    } catch (const std::system_error&) {
-      _exit(1);
-    }
-    _exit(0);
-  }
-  int status = 0;
-  check(waitpid(child, &status, 0) == child ? 0 : -1, "waitpid");
-  if (status == 0) return {Way::StandIn, Way::Mount};
-  return {Way::StandIn};
+  const int error = errorInChild([] {
+    enterPrivateMounts();
+    mountEmpty("/mnt");
+  });
+  if (error != 0) return {Way::StandIn};
+  return {Way::StandIn, Way::Mount};
 }
 
 void mountEmpty(const std::string& directory, const std::string& options) {

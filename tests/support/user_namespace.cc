@@ -1,11 +1,12 @@
 #include "tests/support/user_namespace.h"
 
 #include <sched.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <fstream>
+#include <string>
 
+#include "tests/support/child_trial.h"
 #include "tests/support/system_error.h"
 
 namespace testing_support {
@@ -28,23 +29,9 @@ void enterUserNamespace() {
   writeText("/proc/self/gid_map", "0 " + group + " 1");
 }
 
-std::string whyNoUserNamespace() {
-  const pid_t child = fork();
-  check(child < 0 ? -1 : 0, "fork");
-  if (child == 0) {
-    try {
-      enterUserNamespace();
-    } catch (const std::system_error& error) {
-      _exit(error.code().value());
-    }
-    _exit(0);
-  }
-  int status = 0;
-  check(waitpid(child, &status, 0) == child ? 0 : -1, "waitpid");
-  if (status == 0) return {};
-  return "a process cannot have a user namespace of its own here: " +
-         (WIFEXITED(status) ? std::generic_category().message(WEXITSTATUS(status))
-                            : "signal " + std::to_string(WTERMSIG(status)));
+std::vector<Namespace> userNamespaces() {
+  if (errorInChild(enterUserNamespace) != 0) return {};
+  return {Namespace::Own};
 }
 
 }  // namespace testing_support

@@ -119,11 +119,11 @@ TEST_F(Start, StateDirectoriesOfOtherUsers) {
   EXPECT_THAT(state_.names(), ElementsAre(SETTINGS));
 }
 
-TEST_F(Start, StateDirectoriesOfUsersWithoutANumber) {
+using StartInUserNamespace = testing_support::InUserNamespace<Start>;
+INSTANTIATE_IN_USER_NAMESPACE(StartInUserNamespace);
+
+TEST_P(StartInUserNamespace, StateDirectoriesOfUsersWithoutANumber) {
   state_.write(SETTINGS, exampleSettings());
-  if (const auto reason = testing_support::whyNoUserNamespace(); !reason.empty()) {
-    GTEST_SKIP() << reason;
-  }
   const auto withoutMap = [] { (void)::unshare(CLONE_NEWUSER); };
   const Outcome outcome = runAgent({}, {.inChild = withoutMap});
   EXPECT_EQ(outcome.exitCode, agent::EXIT_BAD_CONFIG);
