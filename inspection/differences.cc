@@ -29,8 +29,8 @@ class Comparison {
       const std::string is = valueText(**other++);
       if (was == is) continue;
       const bool secret = isSecret(*param);
-      add(path + "." + param->name, secret ? DIFFERS : shown_.text(was),
-          secret ? DIFFERS : shown_.text(is));
+      add(path + "." + param->name, secret ? DIFFERS : shown_.value(was),
+          secret ? DIFFERS : shown_.value(is));
     }
   }
 
@@ -56,7 +56,7 @@ class Comparison {
   }
 
  private:
-  std::string pathOf(const std::string& name) const { return "USERS[" + shown_.text(name) + "]"; }
+  std::string pathOf(const std::string& name) const { return "USERS[" + shown_.value(name) + "]"; }
 
   void add(std::string path, std::string was, std::string is) {
     findings_.add(

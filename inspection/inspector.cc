@@ -1,10 +1,9 @@
 #include "inspection/inspector.h"
 
 #include <algorithm>
-#include <charconv>
-#include <cstdint>
 #include <utility>
 
+#include "inspection/as_given.h"
 #include "lparams/storage/settings_reader.h"
 #include "lparams/values/values.h"
 #include "lparams/values/visit.h"
@@ -19,32 +18,6 @@ constexpr std::string_view NAMELESS =
     "USERS[]";                         // the path of an entry whose name is not known yet
 constexpr size_t MAX_SHOWN_NAME = 64;  // bytes of a user's
 constexpr size_t MAX_MISSING = 10;     // names that a finding tells
-
-/// Whether a value that could be read is the one that the text says, in whatever spelling.
-struct IsAsGiven {
-  std::string_view given;
-
-  bool operator()(const BoolParam&) const { return true; }
-
-  template <typename T, int TypeId>
-  bool operator()(const NumericParam<T, TypeId>& param) const {
-    std::string_view digits = given;
-    if (digits.starts_with('+')) digits.remove_prefix(1);
-    int64_t number = 0;
-    const auto parsed = std::from_chars(digits.data(), digits.data() + digits.size(), number);
-    return parsed.ec == std::errc() && number == static_cast<int64_t>(param.value);
-  }
-
-  bool operator()(const EnumParam& param) const {
-    const Variant* const taken = findVariant(param.variants, param.value);
-    return taken != nullptr && equalNames(given, taken->name);
-  }
-
-  template <int TypeId>
-  bool operator()(const SimpleParam<std::string, TypeId>&) const {
-    return true;
-  }
-};
 
 bool hasText(const Param& param) {
   return param.getTypeId() == TYPE_STRING || param.getTypeId() == TYPE_SECRET;
@@ -259,7 +232,9 @@ void Inspector::addValue(Finding::Kind kind, bool reported) {
                   .reported = reported,
                   .place = valuePlace_,
                   .path = pathOf(param_->name),
-                  .given = isSecret(*param_) ? HIDDEN : shown_.text(given_)};
+                  .given = isSecret(*param_)  ? HIDDEN
+                           : hasText(*param_) ? shown_.value(given_)
+                                              : shown_.text(given_)};
   if (reported) finding.expected = legalValues(*param_);
   add(std::move(finding));
 }

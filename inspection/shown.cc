@@ -45,14 +45,28 @@ std::string Shown::hidden(std::string_view key) {
   return std::string("(").append(std::to_string(key.size())).append(" bytes, not shown)");
 }
 
+std::string Shown::value(std::string_view value) const {
+  return upTo(secretIn(value.substr(0, MAX_TEXT + 1)), value);
+}
+
 std::string Shown::text(std::string_view text) const {
-  text = text.substr(0, MAX_TEXT + 1);
-  size_t end = text.find(KEY_MARK);
-  if (end != std::string_view::npos) ++end;
+  const std::string_view beginning = text.substr(0, MAX_TEXT + 1);
+  const size_t mark = beginning.find(KEY_MARK);
+  return upTo(std::min(secretIn(beginning), mark == std::string_view::npos ? mark : mark + 1),
+              text);
+}
+
+/// Where a secret can begin.
+size_t Shown::secretIn(std::string_view text) const {
+  size_t first = std::string_view::npos;
   for (const std::string_view secret : secrets_) {
     const size_t at = text.find(secret);
-    if (at != std::string_view::npos) end = std::min(end, at + secret.size());
+    if (at != std::string_view::npos) first = std::min(first, at + secret.size());
   }
+  return first;
+}
+
+std::string Shown::upTo(size_t end, std::string_view text) {
   if (end != std::string_view::npos) return std::string(text.substr(0, end)) + HIDDEN;
   if (text.size() <= MAX_TEXT) return std::string(text);
   return std::string(text.substr(0, MAX_TEXT)) + "...";

@@ -23,10 +23,17 @@ class Shown {
   /// What stands in the place of any key.
   static std::string hidden(std::string_view key);
 
-  /// The beginning of a text from behind a "=", up to where a secret could begin.
+  /// The beginning of a value of a parameter that is no secret.
+  std::string value(std::string_view value) const;
+
+  /// The beginning of what stands in the place of a number or a name, up to where a secret could
+  /// begin: it may be the line of another parameter.
   std::string text(std::string_view text) const;
 
  private:
+  size_t secretIn(std::string_view text) const;
+  static std::string upTo(size_t end, std::string_view text);
+
   std::vector<std::string_view> names_;    // of groups and parameters
   std::vector<std::string_view> secrets_;  // of those that hold secrets
 };

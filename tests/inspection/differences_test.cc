@@ -70,6 +70,14 @@ TEST_F(Differences, OfEveryParameterAreSeenAndThoseOfSecretsHidden) {
   }
 }
 
+TEST_F(Differences, ShowTextsButNoSecretInThem) {
+  before_.policyGroup.LOCAL_CERT_SUBJECT.value = "CN=a";
+  after_.policyGroup.LOCAL_CERT_SUBJECT.value = "CN=b";
+  after_.policyGroup.PSK_NAME.value = "key\nQCD_SECRET=open sesame";
+  EXPECT_THAT(differences(), ElementsAre("POLICY.LOCAL_CERT_SUBJECT: CN=a -> CN=b",
+                                         "POLICY.PSK_NAME:  -> key\nQCD_SECRET(hidden)"));
+}
+
 TEST_F(Differences, OfUsersAreToldByName) {
   addUser(before_, "gone");
   addUser(before_, "moved");

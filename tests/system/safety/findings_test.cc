@@ -166,7 +166,7 @@ TEST_F(Findings, OfASaveAreWhatTheNextStartWouldNotGiveBack) {
       AllOf(HasSubstr("warning: " + words + " one parameter=IKE.MAX_HALFOPEN was=257 value=256\n"),
             HasSubstr(words + " one parameter=IKE.QCD_SECRET was=\"(differs, hidden)\" "),
             HasSubstr(words + " one parameter=POLICY.PSK_NAME was=\"key\\x0a        PMP_TIMEOUT="
-                              "(hidden)\" value=key\n"),
+                              "77\" value=key\n"),
             Not(HasSubstr("sesame"))));
   EXPECT_EQ(linesWith(words), 3u);
   start({"--accept-any"});
