@@ -38,14 +38,14 @@ int endWithUnsaved(const Options& options, Module& module, SettingsKeeper& keepe
   const std::string failure = keeper.save(false);
   if (failure.empty()) return EXIT_OK;
   log(Level::Error, "the changes could not be saved at the end", {{"reason", failure}});
-  return EXIT_NOT_SAVED;
+  return EXIT_IO;
 }
 
 /// Returns the exit status.
 int run(const Options& options) {
   const StateDirectory directory(options.stateDir);
   std::optional<size_t> importing;  // bytes
-  StartingPoint start = startStep(EXIT_BAD_CONFIG, [&] {
+  StartingPoint start = startStep(EXIT_BAD_FILE, [&] {
     StartingPoint prepared = prepareStart(directory, options.allowDefaults);
     if (prepared.source == StartingPoint::FirstStart) importing = keepLegacySettings(directory);
     return prepared;
@@ -55,7 +55,7 @@ int run(const Options& options) {
   Module module(options.module);
   LoadOutcome loaded = loadSettings(module.server(), directory, start, importing);
   SettingsKeeper keeper(module.server(), directory);
-  startStep(EXIT_NOT_SAVED, [&] {
+  startStep(EXIT_IO, [&] {
     keeper.adopt(std::move(start), std::move(loaded.degradedReason), loaded.reports,
                  std::move(loaded.findings));
   });

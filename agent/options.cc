@@ -51,12 +51,12 @@ std::optional<Options> readOptions(int argc, char** argv) {
                "Start with the defaults although only damaged settings were found; those are kept");
   app.add_flag("--save-on-exit", options.saveOnExit, "Save unsaved changes at the end");
   app.add_flag("--journal", options.journal, "Begin log lines with the journal's priorities");
+  app.footer(EXIT_STATUSES);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& outcome) {
     if (outcome.get_exit_code() != 0) {
-      throw StartFailure(EXIT_BAD_USAGE,
-                         std::string(outcome.what()) + " (see lparams_agent --help)");
+      throw StartFailure(EXIT_USAGE, std::string(outcome.what()) + " (see lparams_agent --help)");
     }
     (void)app.exit(outcome);  // prints the help or the version
     return std::nullopt;

@@ -1,24 +1,21 @@
 // Assignments of the command line.
 #pragma once
 
+#include <optional>
 #include <string>
 
-#include "lparams/values/values.h"
+#include "bridge/named_values.h"
 
 namespace client {
 
-/// NAME=VALUE of the command line.
-struct Assignment {
-  std::string name;
-  std::string value;
-};
+/// What is said of a text that is none. The text is not shown: it may be a misspelt secret.
+inline constexpr const char* NO_ASSIGNMENT = "an assignment has no \"=\"; write NAME=VALUE";
 
-/// Splits at the first "=". Throws Failure if there is none.
-Assignment parseAssignment(const std::string& text);
-
-/// Stores what `value` stands for. Throws Failure if it is not legal, with the parameter
-/// unchanged; `fullName` is what the message calls it. REQUIRES: a parameter of the catalogue that
-/// is not a group.
-void assign(LPARAMS::Server::Param& param, const std::string& value, const std::string& fullName);
+/// NAME=VALUE as the step of a change, split at the first "="; nothing if there is none.
+inline std::optional<bridge::Change> parseAssignment(const std::string& text) {
+  const size_t equals = text.find('=');
+  if (equals == std::string::npos) return std::nullopt;
+  return bridge::Change{bridge::Change::Set, text.substr(0, equals), text.substr(equals + 1)};
+}
 
 }  // namespace client

@@ -1,4 +1,5 @@
-// The sub-commands of the client. Each throws Failure if it cannot do what it is for.
+// The sub-commands of the client, each in a file of its own. Each throws Failure if it cannot do
+// what it is for, and prints nothing unless it has all that it needs.
 #pragma once
 
 #include <iosfwd>
@@ -9,27 +10,52 @@
 
 namespace client {
 
-/// Prints a group, or all of them if `groupName` is empty: one line GROUP.NAME=value for every
-/// parameter that the bridge carries, in the order of the bridge. Secrets show only if `secrets`.
-/// What `set` would not take back as it stands is a comment, a line that begins with "#". Prints
-/// nothing unless everything has been read.
-void show(Store& store, std::ostream& out, const std::string& groupName, bool secrets);
+/// What `list` lists.
+struct ListFilter {
+  std::string glob = {};  ///< with "*" and "?", in any case; all if empty
+  bool changed = false;   ///< only what is not at its default
+  bool unsaved = false;   ///< only what is not as saved
+  bool fileOnly = false;  ///< only what the records of the bridge do not carry
+};
 
-/// Prints the value of one parameter, byte for byte, and a newline.
-void get(Store& store, std::ostream& out, const std::string& fullName);
+/// Prints a table of parameters: name, value, default, saved value and legal values; or the values
+/// as one JSON document. The glob is for the full name, the name without its group, or the group.
+void list(Store& store, std::ostream& out, const ListFilter& filter, bool json);
 
-/// Carries out assignments GROUP.NAME=VALUE; "-" stands for the lines of `in`. All of them are
-/// checked before the agent is asked for anything, and all groups are read before one is written.
-/// Every group is written as a whole, in one command, in the order in which they are first named.
-/// If one fails, the message says which groups have been written.
-void set(Store& store, const std::vector<std::string>& assignments, std::istream& in);
+/// Prints what is known of each parameter of the name: of a parameter, with or without its group
+/// ("USERS" for the fields of a user), or of a whole group. Values if an agent can be reached.
+void describe(Store& store, std::ostream& out, const std::string& name, bool json);
 
-/// Appends an entry to the user list, with assignments FIELD=VALUE. Refuses a name that is empty or
-/// taken.
+/// Prints each value in a line of its own, byte for byte; or all as one JSON document.
+void get(Store& store, std::ostream& out, const std::vector<std::string>& names, bool json);
+
+/// Prints a group, a user, or everything if `name` is empty, as lines NAME=value that `set` takes
+/// back. Secrets show only if `secrets`. What `set` would not take as it stands is a comment, a
+/// line that begins with "#".
+void show(Store& store, std::ostream& out, const std::string& name, bool secrets);
+
+/// Carries out all assignments NAME=VALUE or none; "-" stands for the lines of `in`. Prints what
+/// has changed. With `save` the agent saves then.
+void set(Store& store, std::ostream& out, const std::vector<std::string>& assignments,
+         std::istream& in, bool save);
+
+/// Prints the users' names, one a line.
+void listUsers(Store& store, std::ostream& out, bool json);
+
+/// What `show` and the agent call a user.
+std::string userName(const std::string& name);
+
+/// Appends a user, with assignments FIELD=VALUE.
 void addUser(Store& store, const std::string& name, const std::vector<std::string>& fields);
 
-/// Removes the entry with the name or, if no entry has it, with that index.
-void deleteUser(Store& store, const std::string& nameOrIndex);
+/// Changes fields of a user. Prints what has changed.
+void setUser(Store& store, std::ostream& out, const std::string& name,
+             const std::vector<std::string>& fields);
+
+void renameUser(Store& store, const std::string& name, const std::string& newName);
+
+/// Removes all of the users or, if one is not there, none.
+void deleteUsers(Store& store, const std::vector<std::string>& names);
 
 /// Prints the agent's state, one "name: value" line each, but for the list of findings().
 void status(Store& store, std::ostream& out);

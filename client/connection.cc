@@ -40,12 +40,13 @@ class Connection::Stream {
     try {
       socket_.connect(path);
     } catch (const std::system_error& error) {
-      throw Failure(ExitCode::NoAgent, "cannot reach " + agent_ + ": " + error.code().message());
+      throw Failure(programs::EXIT_UNAVAILABLE,
+                    "cannot reach " + agent_ + ": " + error.code().message());
     }
   }
 
   [[noreturn]] void fail(const std::string& what) const {
-    throw Failure(ExitCode::NoAgent, agent_ + " " + what);
+    throw Failure(programs::EXIT_UNAVAILABLE, agent_ + " " + what);
   }
 
   Deadline deadline() const { return std::chrono::steady_clock::now() + timeout_; }
@@ -83,7 +84,8 @@ class Connection::Stream {
     if (!context_.stopped()) {
       socket_.close();
       context_.run();  // the operation refers to the caller's bytes until it has been called off
-      fail("did not answer within " + std::to_string(timeout_.count()) + " s");
+      throw Failure(programs::EXIT_TRY_AGAIN,
+                    agent_ + " did not answer within " + std::to_string(timeout_.count()) + " s");
     }
     for (const std::error_code closed :
          {std::error_code(asio::error::eof), std::error_code(asio::error::broken_pipe),
@@ -123,9 +125,9 @@ Connection::~Connection() = default;
 bridge::Reply Connection::exchange(const bridge::Request& request) {
   const std::string frame = bridge::encode(request);
   if (frame.size() - bridge::FRAME_HEAD_SIZE > bridge::MAX_FRAME_SIZE) {
-    throw Failure(ExitCode::Refused, "the command is longer than the " +
-                                         std::to_string(bridge::MAX_FRAME_SIZE) +
-                                         " bytes that the bridge takes");
+    throw Failure(programs::EXIT_ILLEGAL, "the command is longer than the " +
+                                              std::to_string(bridge::MAX_FRAME_SIZE) +
+                                              " bytes that the bridge takes");
   }
   stream_->write(frame);
   bridge::Message message = receive();

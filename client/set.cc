@@ -1,88 +1,133 @@
 #include <algorithm>
+#include <cstdio>
 #include <istream>
-#include <span>
+#include <map>
+#include <ostream>
 
 #include "client/assignment.h"
 #include "client/commands.h"
 #include "client/failure.h"
-#include "client/settings.h"
+#include "client/values.h"
+#include "lparams/values/values.h"
+#include "text/escape.h"
 
 namespace client {
 namespace {
 
-using namespace LPARAMS::Server;
+using bridge::Change;
 
-struct Change {
-  Place place;
-  Assignment assignment;
+constexpr const char* NOTHING_WRITTEN = "nothing was written";
+
+/// The assignments of a command line.
+struct Assignments {
+  std::vector<Change> changes = {};
+  std::vector<std::string> mistakes = {};
+  std::map<std::string, size_t> lines = {};  ///< of the standard input, by the shown name
+
+  void add(const std::string& text, size_t line = 0) {
+    const auto change = parseAssignment(text);
+    if (!change) {
+      mistakes.push_back(inLine(line) + NO_ASSIGNMENT);
+      return;
+    }
+    if (line > 0) lines.emplace(text::escaped(change->name), line);
+    changes.push_back(*change);
+  }
+
+  static std::string inLine(size_t line) {
+    return line == 0 ? "" : "line " + std::to_string(line) + ": ";
+  }
+
+  void addLines(std::istream& in) {
+    size_t number = 0;
+    for (std::string line; std::getline(in, line);) {
+      ++number;
+      if (!line.empty() && line.front() != '#') add(line, number);
+    }
+    // A standard stream takes a read error for the end of its input.
+    if (in.bad() || std::ferror(stdin) != 0) {
+      throw Failure(programs::EXIT_IO,
+                    "cannot read the standard input; " + std::string(NOTHING_WRITTEN));
+    }
+  }
 };
 
 /// A hidden secret stays what it is, so that the output of `show` can be taken back.
-void apply(const Change& change, Param& param) {
-  if (isSecret(param) && change.assignment.value == HIDDEN) return;
-  assign(param, change.assignment.value, change.assignment.name);
-}
-
-/// Checks everything but that an entry exists.
-Change parseChange(Settings& settings, const std::string& text) {
-  const Assignment assignment = parseAssignment(text);
-  Change change{settings.place(assignment.name), assignment};
-  apply(change, settings.example(change.place));
-  return change;
-}
-
-/// The assignments with the lines of `in` in the place of "-".
-std::vector<std::string> expand(const std::vector<std::string>& assignments, std::istream& in) {
-  std::vector<std::string> texts;
-  for (const std::string& text : assignments) {
-    if (text != "-") {
-      texts.push_back(text);
-      continue;
-    }
-    for (std::string line; std::getline(in, line);) {
-      if (!line.empty() && line.front() != '#') texts.push_back(line);
-    }
+void dropHidden(Store& store, std::vector<Change>& changes) {
+  const auto isHidden = [](const Change& change) {
+    return change.value == LPARAMS::Server::HIDDEN;
+  };
+  bridge::Names names;
+  for (const Change& change : changes) {
+    if (isHidden(change)) names.push_back(change.name);
   }
-  return texts;
+  if (names.empty()) return;
+  const bridge::NamedValues found = store.get(names);
+  std::erase_if(changes, [&](const Change& change) {
+    return isHidden(change) && std::ranges::any_of(found.values, [&](const auto& value) {
+             return value.secret && value.name == change.name;
+           });
+  });
 }
 
-using Groups = std::span<ParamGroup* const>;
-
-std::string listed(const char* heading, Groups groups) {
-  return groups.empty() ? std::string() : heading + namesOf(groups);
-}
-
-void writeAll(Store& store, Groups groups) {
-  for (size_t i = 0; i < groups.size(); ++i) {
-    try {
-      store.write(*groups[i]);
-    } catch (const Failure& failure) {
-      // A group whose reply is missing may have arrived.
-      const size_t doubtful = failure.code == ExitCode::NoAgent ? 1 : 0;
-      throw Failure(failure.code, failure.what() + listed("; written: ", groups.first(i)) +
-                                      listed("; perhaps written: ", groups.subspan(i, doubtful)) +
-                                      listed("; not written: ", groups.subspan(i + doubtful)));
-    }
+/// The mistakes with the lines that they are in.
+std::string located(const std::string& mistakes, const Assignments& given) {
+  std::string located;
+  for (size_t at = 0; at < mistakes.size();) {
+    const size_t end = std::min(mistakes.find('\n', at), mistakes.size());
+    const std::string mistake = mistakes.substr(at, end - at);
+    const auto line = given.lines.find(mistake.substr(0, mistake.find(": ")));
+    if (line != given.lines.end()) located += Assignments::inLine(line->second);
+    located += mistake + "\n";
+    at = end + 1;
   }
+  return located + NOTHING_WRITTEN;
+}
+
+std::string linesOf(const bridge::NamedValues& done, bool saved) {
+  std::string lines;
+  for (const bridge::NamedValue& value : done.values) {
+    lines += changeLine(value, saved || value.running == value.saved) + "\n";
+  }
+  return lines;
 }
 
 }  // namespace
 
-void set(Store& store, const std::vector<std::string>& assignments, std::istream& in) {
-  Settings settings;
-  std::vector<Change> changes;
-  for (const std::string& text : expand(assignments, in)) {
-    changes.push_back(parseChange(settings, text));
+void set(Store& store, std::ostream& out, const std::vector<std::string>& assignments,
+         std::istream& in, bool save) {
+  Assignments given;
+  for (const std::string& text : assignments) {
+    if (text == "-") {
+      given.addLines(in);
+    } else {
+      given.add(text);
+    }
   }
-
-  std::vector<ParamGroup*> groups;
-  for (const Change& change : changes) {
-    if (std::ranges::find(groups, change.place.group) != groups.end()) continue;
-    groups.push_back(change.place.group);
-    store.read(*change.place.group);
+  if (!given.mistakes.empty()) {
+    std::string message;
+    for (const std::string& mistake : given.mistakes) message += mistake + "\n";
+    throw Failure(programs::EXIT_USAGE, message + NOTHING_WRITTEN);
   }
-  for (const Change& change : changes) apply(change, settings.param(change.place));
-  writeAll(store, groups);
+  bridge::NamedValues done;
+  try {
+    dropHidden(store, given.changes);
+    if (!given.changes.empty()) done = store.set({{}, given.changes});
+  } catch (const Failure& failure) {
+    if (failure.status != programs::EXIT_ILLEGAL) throw;
+    throw Failure(failure.status, located(failure.what(), given));
+  }
+  if (!save) {
+    out << linesOf(done, false);
+    return;
+  }
+  try {
+    store.save(false);
+  } catch (const Failure&) {
+    out << linesOf(done, false);
+    throw;
+  }
+  out << linesOf(done, true);
 }
 
 }  // namespace client

@@ -27,7 +27,8 @@ std::string inQuotes(const json& value) {
 
 json stateOf(Store& store) {
   json state = json::parse(store.status(), nullptr, false);
-  if (!state.is_object()) throw Failure(ExitCode::NoAgent, "the agent's state cannot be read");
+  if (!state.is_object())
+    throw Failure(programs::EXIT_UNAVAILABLE, "the agent's state cannot be read");
   return state;
 }
 

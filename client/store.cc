@@ -1,9 +1,9 @@
 #include "client/store.h"
 
-#include <utility>
+#include <algorithm>
+#include <string_view>
 
 #include "client/failure.h"
-#include "client/record.h"
 #include "lparams/interface/commands.h"
 #include "platform/command_bridge.h"
 #include "text/escape.h"
@@ -11,35 +11,65 @@
 namespace client {
 namespace {
 
-using LPARAMS::Server::READ_GROUP;
-using LPARAMS::Server::SAVE;
-using LPARAMS::Server::WRITE_GROUP;
+using bridge::Reason;
+using programs::ExitStatus;
+
+ExitStatus statusOf(Reason reason) {
+  switch (reason) {
+    case Reason::NotAuthorised:
+      return programs::EXIT_NOT_AUTHORISED;
+    case Reason::IllegalValue:
+    case Reason::MalformedInput:
+      return programs::EXIT_ILLEGAL;
+    case Reason::Conflict:
+      return programs::EXIT_TRY_AGAIN;
+    case Reason::SaveRefused:
+    case Reason::ReplyTooLarge:
+      return programs::EXIT_IO;
+    default:
+      return programs::EXIT_UNAVAILABLE;
+  }
+}
 
 std::string reasonOf(const bridge::Reply& reply) {
   if (!reply.text.empty()) return text::escaped(reply.text);
   return "the agent gave no reason (" + std::to_string(static_cast<uint32_t>(reply.reason)) + ")";
 }
 
-}  // namespace
-
-void Store::read(LPARAMS::Server::ParamGroup& group) {
-  const bridge::Reply reply =
-      call(bridge::Command{LPARAMS_MODULE_ID, READ_GROUP, encodeName(group)},
-           std::string("reading ") + group.name);
-  decodeRecord(group, reply.output);
-  revisions_[&group] = reply.revision;
+/// The agent says each mistake in a line of its own.
+std::string linesOf(const std::string& text) {
+  std::string lines;
+  for (size_t at = 0; at <= text.size();) {
+    const size_t end = std::min(text.find('\n', at), text.size());
+    if (!lines.empty()) lines += '\n';
+    lines += text::escaped(std::string_view(text).substr(at, end - at));
+    at = end + 1;
+  }
+  return lines;
 }
 
-void Store::write(LPARAMS::Server::ParamGroup& group) {
-  bridge::Command command{LPARAMS_MODULE_ID, WRITE_GROUP, encodeRecord(group)};
-  if (const auto read = revisions_.find(&group); read != revisions_.end()) {
-    command.revision = read->second;
-  }
-  revisions_[&group] = call(command, std::string("writing ") + group.name).revision;
+bridge::NamedValues valuesIn(const bridge::Reply& reply) {
+  auto values = bridge::decodeNamedValues(reply.output);
+  if (!values) throw Failure(programs::EXIT_UNAVAILABLE, "the agent's values cannot be read");
+  return std::move(*values);
+}
+
+}  // namespace
+
+bridge::NamedValues Store::get(const bridge::Names& names) {
+  return valuesIn(call(bridge::AgentCommand{"get", bridge::encode(names)}, "reading"));
+}
+
+bridge::NamedValues Store::set(const bridge::NamedChanges& changes) {
+  return valuesIn(call(bridge::AgentCommand{"set", bridge::encode(changes)}, "writing"));
+}
+
+std::string Store::schema() {
+  return call(bridge::AgentCommand{"schema", {}}, "asking for the catalogue").output;
 }
 
 void Store::save(bool force) {
-  bridge::Command command{LPARAMS_MODULE_ID, SAVE};
+  bridge::Command command{LPARAMS_MODULE_ID, LPARAMS::Server::SAVE};
   command.force = force;
   (void)call(command, "saving");
 }
@@ -51,8 +81,13 @@ void Store::subscribe() { (void)call(bridge::Subscription{}, "subscribing"); }
 bridge::Reply Store::call(const bridge::Request& request, const std::string& what) {
   if (!connection_) connection_.emplace(socketPath_, timeout_);
   bridge::Reply reply = connection_->exchange(request);
-  if (reply.result == 0) throw Failure(ExitCode::Refused, what + " failed: " + reasonOf(reply));
-  return reply;
+  if (reply.result != 0) return reply;
+  if (reply.reason == Reason::IllegalValue) {
+    throw Failure(programs::EXIT_ILLEGAL, linesOf(reply.text));
+  }
+  std::string message = what + " failed: " + reasonOf(reply);
+  if (reply.reason == Reason::MalformedFrame) message += "; the agent may be an earlier version";
+  throw Failure(statusOf(reply.reason), message);
 }
 
 }  // namespace client

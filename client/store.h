@@ -2,29 +2,31 @@
 #pragma once
 
 #include <chrono>
-#include <cstdint>
-#include <map>
 #include <optional>
 #include <string>
+#include <utility>
 
+#include "bridge/named_values.h"
 #include "client/connection.h"
-#include "lparams/params/param_group.h"
 
 namespace client {
 
 /// Connects with the first command, so that a command line with a mistake never reaches the agent.
-/// Each operation throws Failure with the agent's reason if it is refused.
+/// Each operation throws Failure with the agent's reason if it is refused. Settings go by their
+/// names: what the agent's catalogue holds need not be known here.
 class Store {
  public:
   Store(std::string socketPath, std::chrono::seconds timeout)
       : socketPath_(std::move(socketPath)), timeout_(timeout) {}
 
-  /// Fills the group with the agent's values.
-  void read(LPARAMS::Server::ParamGroup& group);
+  /// The agent's values of these parameters, groups and users; all if nothing is named.
+  bridge::NamedValues get(const bridge::Names& names);
 
-  /// Makes the group's values the agent's. In memory only: the settings file follows with save.
-  /// Refused if somebody else has written the group since it was read here.
-  void write(LPARAMS::Server::ParamGroup& group);
+  /// Carries out all of the changes, or none. In memory only: the settings file follows with save.
+  bridge::NamedValues set(const bridge::NamedChanges& changes);
+
+  /// The agent's catalogue, a JSON object.
+  std::string schema();
 
   /// Has the agent write its settings file. `force` confirms what the agent would refuse otherwise.
   void save(bool force);
@@ -43,8 +45,6 @@ class Store {
   const std::string socketPath_;
   const std::chrono::seconds timeout_;
   std::optional<Connection> connection_;
-  std::map<const LPARAMS::Server::ParamGroup*, uint64_t>
-      revisions_;  // of the groups that were read
 };
 
 }  // namespace client

@@ -21,7 +21,7 @@ std::string words(int error) { return std::generic_category().message(error); }
 std::string resolved(const std::string& path) {
   char* const found = ::realpath(path.c_str(), nullptr);
   if (found == nullptr) {
-    throw StartFailure(EXIT_BAD_CONFIG,
+    throw StartFailure(EXIT_BAD_FILE,
                        "state directory " + path + " cannot be used: " + words(errno));
   }
   std::string result = found;
@@ -33,20 +33,20 @@ void check(const std::string& path, int directory) {
   const std::string who = "state directory " + path + " ";
   struct stat status {};
   if (::fstat(directory, &status) != 0) {
-    throw StartFailure(EXIT_BAD_CONFIG, who + "cannot be used: " + words(errno));
+    throw StartFailure(EXIT_BAD_FILE, who + "cannot be used: " + words(errno));
   }
   if (status.st_uid != ::geteuid()) {
-    throw StartFailure(EXIT_BAD_CONFIG, who + "belongs to user " + std::to_string(status.st_uid) +
-                                            ", not to the agent's user " +
-                                            std::to_string(::geteuid()));
+    throw StartFailure(EXIT_BAD_FILE, who + "belongs to user " + std::to_string(status.st_uid) +
+                                          ", not to the agent's user " +
+                                          std::to_string(::geteuid()));
   }
   if (!isOwnUser(status.st_uid)) {
-    throw StartFailure(EXIT_BAD_CONFIG,
+    throw StartFailure(EXIT_BAD_FILE,
                        who + "belongs to user " + std::to_string(status.st_uid) +
                            ", which stands for every user without a number in this namespace");
   }
   if ((status.st_mode & (S_IWGRP | S_IWOTH)) != 0) {
-    throw StartFailure(EXIT_BAD_CONFIG,
+    throw StartFailure(EXIT_BAD_FILE,
                        who + "can be written to by other users; mode 0700 would be right");
   }
 }
@@ -54,9 +54,9 @@ void check(const std::string& path, int directory) {
 void lock(const std::string& path, int directory) {
   if (::flock(directory, LOCK_EX | LOCK_NB) == 0) return;
   if (errno == EWOULDBLOCK) {
-    throw StartFailure(EXIT_IN_USE, "state directory " + path + " is in use by another agent");
+    throw StartFailure(EXIT_TRY_AGAIN, "state directory " + path + " is in use by another agent");
   }
-  throw StartFailure(EXIT_BAD_CONFIG,
+  throw StartFailure(EXIT_BAD_FILE,
                      "state directory " + path + " cannot be locked: " + words(errno));
 }
 
@@ -66,10 +66,9 @@ StateDirectory::StateDirectory(const std::string& path)
     : path_(resolved(path)),
       descriptor_(::open(path_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NOFOLLOW)) {
   if (descriptor_ < 0) {
-    throw StartFailure(
-        EXIT_BAD_CONFIG,
-        "state directory " + path_ +
-            (errno == ENOTDIR ? " is not a directory" : " cannot be used: " + words(errno)));
+    throw StartFailure(EXIT_BAD_FILE, "state directory " + path_ +
+                                          (errno == ENOTDIR ? " is not a directory"
+                                                            : " cannot be used: " + words(errno)));
   }
   try {
     check(path_, descriptor_);

@@ -1,40 +1,45 @@
-// What the client does beyond reading and writing: revisions, forced saves, the state, events.
+// What the client does beyond reading and writing: saves, the state, events.
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
 
-#include "client/settings.h"
 #include "tests/client/client_process.h"
 #include "tests/client/scripted_agent.h"
-#include "tests/support/param_forms.h"
-#include "tests/support/readable_bytes.h"
 
 namespace client_testing {
 namespace {
 
-using testing_support::hex;
-using testing_support::wireBytes;
 using Commands = std::vector<std::string>;
 
-TEST(ClientRevision, WriteStatesTheRevisionOfTheRead) {
-  client::Settings settings;
-  bridge::Reply read = done(wireBytes(settings.adminGroup));
-  read.revision = 7;
-  ScriptedAgent agent({read, done()});
-  EXPECT_EQ(runClient({"--socket", agent.socketPath, "set", "ADMIN.ADMIN_GROUP=x"}), printed(""));
-  settings.adminGroup.ADMIN_GROUP.value = "x";
-  EXPECT_EQ(agent.commands(), (Commands{"read ADMIN", "write ADMIN at revision 7 " +
-                                                          hex(wireBytes(settings.adminGroup))}));
+TEST(ClientSave, SaysThatItIsDone) {
+  ScriptedAgent agent({done()});
+  EXPECT_EQ(runClient({"--socket", agent.socketPath, "save"}), printed("saved\n"));
+  EXPECT_EQ(agent.commands(), Commands{"save"});
 }
 
-TEST(ClientRevision, ConflictIsTold) {
-  client::Settings settings;
-  ScriptedAgent agent({done(wireBytes(settings.adminGroup)),
-                       refused("ADMIN has changed; read it again", bridge::Reason::Conflict)});
-  EXPECT_EQ(
-      runClient({"--socket", agent.socketPath, "set", "ADMIN.ADMIN_GROUP=x"}),
-      failed(1, "writing ADMIN failed: ADMIN has changed; read it again; not written: ADMIN"));
+TEST(ClientSave, SaysWhyItIsNotAndTheStatusSaysOfWhatKindTheReasonIs) {
+  const struct {
+    bridge::Reason reason;
+    int status;
+  } ROWS[] = {
+      {bridge::Reason::ModuleRefused, 69},  {bridge::Reason::NotAuthorised, 77},
+      {bridge::Reason::MalformedInput, 65}, {bridge::Reason::NoSuchModule, 69},
+      {bridge::Reason::ModuleFailed, 69},   {bridge::Reason::ReplyTooLarge, 74},
+      {bridge::Reason::Conflict, 75},       {bridge::Reason::SaveRefused, 74},
+      {bridge::Reason::NoSuchCommand, 69},  {static_cast<bridge::Reason>(999), 69},
+  };
+  for (const auto& row : ROWS) {
+    ScriptedAgent agent({refused("write failed: /var/lib/x\n.bak", row.reason)});
+    EXPECT_EQ(runClient({"--socket", agent.socketPath, "save"}),
+              failed(row.status, "saving failed: write failed: /var/lib/x\\x0a.bak"));
+  }
+}
+
+TEST(ClientSave, RefusalWithoutWordsHasItsNumber) {
+  ScriptedAgent agent({refused("", bridge::Reason::NotAuthorised)});
+  EXPECT_EQ(runClient({"--socket", agent.socketPath, "save"}),
+            failed(77, "saving failed: the agent gave no reason (2)"));
 }
 
 TEST(ClientSave, IsForcedOnlyIfAsked) {
@@ -71,7 +76,7 @@ TEST(ClientStatus, StateThatIsNone) {
   for (const char* state : {"", "{", "[]", "7"}) {
     ScriptedAgent agent({done(state)});
     EXPECT_EQ(runClient({"--socket", agent.socketPath, "status"}),
-              failed(3, "the agent's state cannot be read"))
+              failed(69, "the agent's state cannot be read"))
         << state;
   }
 }
@@ -87,7 +92,7 @@ TEST(ClientWatch, PrintsEventsUntilTheAgentGoes) {
   });
   const Outcome outcome = runClient({"--socket", agent.socketPath, "watch"});
   EXPECT_EQ(outcome.out, "IKE revision 3 by uid 1000 pid 42\nLOG revision 2 by uid 0 pid 43\n");
-  EXPECT_EQ(outcome.exitCode, 3);
+  EXPECT_EQ(outcome.exitCode, 69);
 }
 
 }  // namespace

@@ -71,7 +71,9 @@ std::ostream& operator<<(std::ostream& os, const Outcome& outcome) {
 Outcome printed(std::string out) { return {0, std::move(out), ""}; }
 
 Outcome failed(int exitCode, const std::string& message) {
-  return {exitCode, "", "lparamsctl: " + message + "\n"};
+  std::string err = "lparamsctl: ";
+  for (const char c : message) err += c == '\n' ? "\nlparamsctl: " : std::string(1, c);
+  return {exitCode, "", err + "\n"};
 }
 
 Outcome runClient(std::vector<std::string> arguments, const Surroundings& surroundings) {

@@ -21,7 +21,7 @@ std::ostream& operator<<(std::ostream& os, const Outcome& outcome);
 /// A run that prints this and succeeds.
 Outcome printed(std::string out);
 
-/// A run that prints nothing but the one line of its error.
+/// A run that prints nothing but the lines of its error.
 Outcome failed(int exitCode, const std::string& message);
 
 /// Besides the arguments of the command line.

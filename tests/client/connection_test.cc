@@ -4,28 +4,25 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
-#include "client/settings.h"
-#include "tests/catalogue/expected_groups.h"
+#include "bridge/named_values.h"
+
 #include "tests/client/client_process.h"
 #include "tests/client/scripted_agent.h"
-#include "tests/support/param_forms.h"
 #include "tests/support/readable_bytes.h"
 
 namespace client_testing {
 namespace {
 
-using LPARAMS::Server::expectedGroup;
-using LPARAMS::Server::initially;
 using testing_support::unhex;
-using testing_support::wireBytes;
 
 Outcome runSave(const std::string& socketPath) {
   return runClient({"--socket", socketPath, "--timeout", "60", "save"});
 }
 
 Outcome cannotReach(const std::string& socketPath, const std::string& reason) {
-  return failed(3, "cannot reach the agent at " + socketPath + ": " + reason);
+  return failed(69, "cannot reach the agent at " + socketPath + ": " + reason);
 }
 
 TEST(ClientConnection, NoSocket) {
@@ -94,7 +91,7 @@ TEST(ClientConnection, HelloThatIsNotTheRightOne) {
   for (const HelloRow& row : HELLO_ROWS) {
     std::string agentName;
     const Outcome outcome = answeredWith(unhex(row.bytes), agentName);
-    EXPECT_EQ(outcome, failed(3, agentName + " " + row.complaint)) << row.bytes;
+    EXPECT_EQ(outcome, failed(69, agentName + " " + row.complaint)) << row.bytes;
   }
 }
 
@@ -128,7 +125,7 @@ TEST(ClientConnection, ReplyThatIsNone) {
   for (const HelloRow& row : REPLY_ROWS) {
     std::string agentName;
     const Outcome outcome = repliedWith(unhex(row.bytes), agentName);
-    EXPECT_EQ(outcome, failed(3, agentName + " " + row.complaint)) << row.bytes;
+    EXPECT_EQ(outcome, failed(69, agentName + " " + row.complaint)) << row.bytes;
   }
 }
 
@@ -137,48 +134,67 @@ TEST(ClientConnection, ReplyThatIsCutOff) {
   for (size_t size = 0; size < reply.size(); ++size) {
     std::string agentName;
     const Outcome outcome = repliedWith(reply.substr(0, size), agentName);
-    EXPECT_EQ(outcome, failed(3, agentName + " closed the connection")) << size;
+    EXPECT_EQ(outcome, failed(69, agentName + " closed the connection")) << size;
   }
   std::string agentName;
-  EXPECT_EQ(repliedWith(reply, agentName), failed(1, "saving failed: no"));
+  EXPECT_EQ(repliedWith(reply, agentName), failed(69, "saving failed: no"));
 }
 
 TEST(ClientConnection, ReplyThatIsCutOffThoughTheLongestIsAnnounced) {
   std::string agentName;
   const Outcome outcome = repliedWith(unhex("00 00 00 01 01"), agentName);
-  EXPECT_EQ(outcome, failed(3, agentName + " closed the connection"));
+  EXPECT_EQ(outcome, failed(69, agentName + " closed the connection"));
 }
 
-TEST(ClientConnection, RecordsThatAreNone) {
-  const std::string whole = expectedGroup("ADMIN").record(initially);
+TEST(ClientConnection, ValuesCataloguesAndStatesThatAreNone) {
   const struct {
-    std::string record;
+    std::vector<std::string> command;
     const char* complaint;
   } ROWS[] = {
-      {"", "too short"},
-      {whole.substr(0, whole.size() - 1), "too short"},
-      {unhex("0A 00 00 00 01 FF FF FF FF 61"), "too short"},
-      {whole + '\0', "too long; bytes left over: 1"},
+      {{"get", "A.B"}, "the agent's values cannot be read"},
+      {{"set", "A.B=1"}, "the agent's values cannot be read"},
+      {{"list"}, "the agent's catalogue cannot be read"},
+      {{"status"}, "the agent's state cannot be read"},
   };
   for (const auto& row : ROWS) {
-    ScriptedAgent agent({done(row.record)});
-    EXPECT_EQ(runClient({"--socket", agent.socketPath, "show", "ADMIN"}),
-              failed(3, std::string("the agent's record of ADMIN is ") + row.complaint));
+    for (const char* output : {"x", "{", "{}x"}) {
+      ScriptedAgent agent({done(output)});
+      std::vector<std::string> arguments = {"--socket", agent.socketPath};
+      arguments.insert(arguments.end(), row.command.begin(), row.command.end());
+      EXPECT_EQ(runClient(arguments), failed(69, row.complaint)) << output;
+    }
   }
 }
 
 TEST(ClientConnection, AgentThatStaysSilent) {
   ScriptedAgent agent([](const Peer& peer) { peer.readToEnd(); });
   EXPECT_EQ(runClient({"--socket", agent.socketPath, "--timeout", "1", "save"}),
-            failed(3, "the agent at " + agent.socketPath + " did not answer within 1 s"));
+            failed(75, "the agent at " + agent.socketPath + " did not answer within 1 s"));
+}
+
+TEST(ClientConnection, AgentThatKnowsNoNames) {
+  ScriptedAgent agent({refused("the frame holds no request", bridge::Reason::MalformedFrame)});
+  EXPECT_EQ(runClient({"--socket", agent.socketPath, "get", "IKE.IKE_PORT"}),
+            failed(69,
+                   "reading failed: the frame holds no request; the agent may be an earlier "
+                   "version"));
+}
+
+TEST(ClientConnection, CommandThatIsTooLongForTheBridgeIsNotSent) {
+  ScriptedAgent agent({done()});
+  const std::string longText(bridge::MAX_FRAME_SIZE, 'x');
+  EXPECT_EQ(runClient({"--socket", agent.socketPath, "set", "-"}, {.in = "A.B=" + longText}),
+            failed(65,
+                   "the command is longer than the 16777216 bytes that the bridge takes\n"
+                   "nothing was written"));
+  EXPECT_TRUE(agent.commands().empty());
 }
 
 TEST(ClientConnection, ReplyInSmallPieces) {
-  client::Settings settings;
-  ScriptedAgent agent([&settings](const Peer& peer) {
+  const bridge::NamedValues values{{}, {{.name = "ADMIN.ADMIN_GROUP", .running = "admin"}}};
+  ScriptedAgent agent([&](const Peer& peer) {
     (void)peer.read(bridge::HELLO_SIZE);
-    for (const char byte :
-         bridge::encodeHello() + bridge::encode(done(wireBytes(settings.adminGroup)))) {
+    for (const char byte : bridge::encodeHello() + bridge::encode(done(bridge::encode(values)))) {
       peer.write({byte});
     }
     peer.readToEnd();

@@ -41,6 +41,7 @@ int listenAt(const std::string& path) {
 std::string describe(const bridge::Request& request) {
   if (std::holds_alternative<bridge::StatusRequest>(request)) return "status";
   if (std::holds_alternative<bridge::Subscription>(request)) return "subscribe";
+  if (const auto* command = std::get_if<bridge::AgentCommand>(&request)) return command->name;
   const auto& command = std::get<bridge::Command>(request);
   if (command.module != 13) return "module " + std::to_string(command.module);
   if (command.command == 2) {

@@ -44,7 +44,8 @@ class ScriptedAgent {
   ScriptedAgent& operator=(const ScriptedAgent&) = delete;
 
   /// The requests that were answered: "read IKE", "write ADMIN" or "write ADMIN at revision 7" and
-  /// the record as hexadecimal digits, "save", "forced save", "status", "subscribe". REQUIRES: the
+  /// the record as hexadecimal digits, "save", "forced save", "status", "subscribe", or the
+  /// name of a command of the agent. REQUIRES: the
   /// client has ended.
   std::vector<std::string> commands();
 

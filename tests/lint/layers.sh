@@ -19,14 +19,15 @@ declare -A may_include=(
   [bridge]=''
   [schema]="$model lparams/values"
   [text]=''
+  [programs]=''
   [inspection]="$model lparams/storage lparams/values"
-  [agent/base]='platform lparams/params text'
+  [agent/base]='platform lparams/params text programs'
   [agent/services]='platform agent/base'
   [agent/state]="$module inspection agent/base"
   [agent/bridge]="$module bridge agent/base"
   [agent/access]="$module bridge text agent/base agent/state agent/bridge"
   [agent]="$module inspection agent/base agent/services agent/state agent/bridge agent/access schema"
-  [client]="$model lparams/interface lparams/values bridge text"
+  [client]="$model lparams/interface lparams/values bridge text schema programs"
   [tools]="$model lparams/values"
 )
 

@@ -8,8 +8,7 @@
 #include <thread>
 #include <vector>
 
-#include "client/record.h"
-#include "client/settings.h"
+#include "tests/support/records.h"
 #include "tests/system/system_test.h"
 
 using LPARAMS::Server::ParamGroup;
@@ -21,16 +20,17 @@ constexpr int CLIENTS = 8;
 constexpr unsigned ROUNDS = 25;
 
 void read(const BridgeClient& client, ParamGroup& group) {
-  client::decodeRecord(group, client.read(group.name).output);
+  testing_support::decodeRecord(group, client.read(group.name).output);
 }
 
 bool write(const BridgeClient& client, ParamGroup& group) {
-  return client.call({SETTINGS_MODULE, WRITE_GROUP, client::encodeRecord(group)}).result == 1;
+  return client.call({SETTINGS_MODULE, WRITE_GROUP, testing_support::encodeRecord(group)}).result ==
+         1;
 }
 
 /// One client's work. Counts what fails and what no order of whole commands explains.
 void work(const BridgeClient& client, unsigned number, std::atomic<int>& faults) {
-  client::Settings settings;
+  testing_support::Settings settings;
   for (unsigned round = 0; round < ROUNDS; ++round) {
     for (ParamGroup* group : settings.groups()) read(client, *group);
     // Every write sets both to the same, so every read finds them so.

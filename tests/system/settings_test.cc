@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "client/settings.h"
+#include "tests/support/records.h"
 #include "tests/system/system_test.h"
 
 using client_testing::printed;
@@ -40,20 +40,21 @@ std::map<std::string, std::string> valuesOf(const std::string& settings) {
 
 /// What `show --secrets` prints of these values.
 std::string shown(const std::map<std::string, std::string>& values) {
-  client::Settings settings;
+  testing_support::Settings settings;
   std::string text;
-  const auto add = [&](const std::string& group, const LPARAMS::Server::ParamGroup& members) {
-    for (const auto* param : members.wireParams) {
-      const std::string name = group + "." + param->name;
-      text += name + "=" + values.at(name) + "\n";
+  const auto add = [&](const std::string& group, const LPARAMS::Server::ParamGroup& members,
+                       const std::string& shownName) {
+    for (const auto* param : members.fileParams) {
+      text += shownName + "." + param->name + "=" + values.at(group + "." + param->name) + "\n";
     }
   };
   for (const auto* group : settings.groups()) {
-    if (group != &settings.userList) add(group->name, *group);
+    if (group != &settings.userList) add(group->name, *group, group->name);
   }
   const LPARAMS::Server::USER_t user;
   for (int i = 0; values.contains("USERS[" + std::to_string(i) + "].NAME"); ++i) {
-    add("USERS[" + std::to_string(i) + "]", user);
+    const std::string entry = "USERS[" + std::to_string(i) + "]";
+    add(entry, user, "USERS[" + values.at(entry + ".NAME") + "]");
   }
   return text;
 }

@@ -12,7 +12,7 @@ namespace {
 /// "STATUS: the message" of what the step throws; "no failure" if it returns.
 std::string failureOf(const std::function<void()>& step) {
   try {
-    startStep(EXIT_NOT_SAVED, step);
+    startStep(EXIT_IO, step);
     return "no failure";
   } catch (const StartFailure& failure) {
     return std::to_string(failure.exitStatus) + ": " + failure.what();
@@ -20,7 +20,7 @@ std::string failureOf(const std::function<void()>& step) {
 }
 
 TEST(StartFailure, SaysWhyAndCarriesTheExitStatus) {
-  EXPECT_EQ(failureOf([] { throw StartFailure(EXIT_IN_USE, "taken"); }), "75: taken");
+  EXPECT_EQ(failureOf([] { throw StartFailure(EXIT_TRY_AGAIN, "taken"); }), "75: taken");
 }
 
 TEST(StartFailure, IsWhatAStepOfTheStartThrows) {
@@ -33,7 +33,7 @@ TEST(StartFailure, IsWhatAStepOfTheStartThrows) {
 }
 
 TEST(StartFailure, AStepReturnsItsResult) {
-  EXPECT_EQ(startStep(EXIT_NOT_SAVED, [] { return 5; }), 5);
+  EXPECT_EQ(startStep(EXIT_IO, [] { return 5; }), 5);
 }
 
 }  // namespace

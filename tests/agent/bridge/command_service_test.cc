@@ -58,8 +58,8 @@ TEST_F(Service, RepliesCarryTheRevision) {
 TEST_F(Service, EachGroupHasARevisionOfItsOwn) {
   (void)module_.write(adminRecord(20));
   (void)module_.write(adminRecord(20));  // a write is one, whether or not it changes a value
-  client::Settings settings;
-  (void)module_.write(client::encodeRecord(settings.userList));
+  testing_support::Settings settings;
+  (void)module_.write(testing_support::encodeRecord(settings.userList));
   EXPECT_EQ(module_.read("ADMIN").revision, 3u);
   EXPECT_EQ(module_.read("USERS").revision, 2u);
   EXPECT_EQ(module_.read("IKE").revision, 1u);

@@ -62,7 +62,7 @@ class RecordCheckTest : public testing::Test {
 
   /// The legal record of the member's group with these bytes for the member.
   std::string recordWith(const Member& member, const std::string& bytes) {
-    std::string record = client::encodeRecord(member.group);
+    std::string record = testing_support::encodeRecord(member.group);
     std::string from;
     CommandStreamOut out{from};
     // Everything from the member to the end of its group stands at the end of the record.
@@ -102,12 +102,12 @@ class RecordCheckTest : public testing::Test {
   }
 
   agent_testing::ServedModule module_;
-  client::Settings settings_;
+  testing_support::Settings settings_;
 };
 
 TEST_F(RecordCheckTest, EveryGroupOfTheModulePassesAtItsDefaults) {
   for (ParamGroup* group : settings_.groups()) {
-    EXPECT_EQ(refusal(client::encodeRecord(*group)), "") << group->name;
+    EXPECT_EQ(refusal(testing_support::encodeRecord(*group)), "") << group->name;
   }
 }
 
@@ -212,18 +212,18 @@ TEST_F(RecordCheckTest, Messages) {
 TEST_F(RecordCheckTest, ASecretIsNotRepeated) {
   settings_.ikeGroup.QCD_SECRET.value = "open sesame";
   settings_.ikeGroup.EXCHANGE_TIMEOUT.value = 4;
-  EXPECT_THAT(refusal(client::encodeRecord(settings_.ikeGroup)), Not(HasSubstr("sesame")));
+  EXPECT_THAT(refusal(testing_support::encodeRecord(settings_.ikeGroup)), Not(HasSubstr("sesame")));
   settings_.ikeGroup.EXCHANGE_TIMEOUT.value = 5;
   settings_.ikeGroup.QCD_SECRET.value = "open\nsesame";
-  EXPECT_EQ(refusal(client::encodeRecord(settings_.ikeGroup)),
+  EXPECT_EQ(refusal(testing_support::encodeRecord(settings_.ikeGroup)),
             std::string("IKE.QCD_SECRET: the value") + NOT_ONE_LINE);
 }
 
 TEST_F(RecordCheckTest, EveryStrictPrefixIsTooShort) {
   settings_.ikeGroup.QCD_SECRET.value = "open sesame";
   for (ParamGroup* group : settings_.groups()) {
-    const std::string record = client::encodeRecord(*group);
-    const size_t nameSize = client::encodeName(*group).size();
+    const std::string record = testing_support::encodeRecord(*group);
+    const size_t nameSize = testing_support::encodeName(*group).size();
     for (size_t size = 0; size < record.size(); ++size) {
       const std::string subject = size < nameSize ? "the group's name" : group->name;
       const std::string why = refusal(record.substr(0, size));
@@ -262,32 +262,33 @@ TEST_F(RecordCheckTest, UnknownGroups) {
 }
 
 TEST_F(RecordCheckTest, TooManyUsers) {
-  const std::string head = client::encodeName(settings_.userList);
+  const std::string head = testing_support::encodeName(settings_.userList);
   const std::string expected = " entries are too many; expected at most 3";
   for (const uint32_t count : {4u, 0x7FFFFFFFu, 0xFFFFFFFFu}) {
     EXPECT_EQ(refusal(head + bytesOf(count)), "USERS: " + std::to_string(count) + expected);
   }
   (void)settings_.userList.append();
   ASSERT_EQ(settings_.userList.items.size(), MAX_USERS);
-  EXPECT_EQ(refusal(client::encodeRecord(settings_.userList)), "");
+  EXPECT_EQ(refusal(testing_support::encodeRecord(settings_.userList)), "");
   (void)settings_.userList.append();
-  EXPECT_EQ(refusal(client::encodeRecord(settings_.userList)), "USERS: 4" + expected);
+  EXPECT_EQ(refusal(testing_support::encodeRecord(settings_.userList)), "USERS: 4" + expected);
 }
 
 TEST_F(RecordCheckTest, AnAbsurdCountEndsAtTheFirstEntryThatIsMissing) {
   const RecordCheck check(settings_, 0xFFFFFFFF);
-  EXPECT_EQ(check.look(client::encodeName(settings_.userList) + bytesOf(0xFFFFFFFFu)).refusal,
-            "USERS[0].NAME: the record ends here; 0 bytes are left, which are too few");
+  EXPECT_EQ(
+      check.look(testing_support::encodeName(settings_.userList) + bytesOf(0xFFFFFFFFu)).refusal,
+      "USERS[0].NAME: the record ends here; 0 bytes are left, which are too few");
 }
 
 TEST_F(RecordCheckTest, ATextMayBeAsLongAsTheLimitAndNoLonger) {
   settings_.policyGroup.PSK_NAME.value = std::string(64 * 1024, 'x');
-  EXPECT_EQ(refusal(client::encodeRecord(settings_.policyGroup)), "");
+  EXPECT_EQ(refusal(testing_support::encodeRecord(settings_.policyGroup)), "");
   settings_.policyGroup.PSK_NAME.value += 'x';
-  EXPECT_EQ(refusal(client::encodeRecord(settings_.policyGroup)),
+  EXPECT_EQ(refusal(testing_support::encodeRecord(settings_.policyGroup)),
             "POLICY.PSK_NAME: a text of 65537 bytes is too long; expected at most 65536");
   settings_.ikeGroup.QCD_SECRET.value = std::string(64 * 1024 + 1, 'x');
-  EXPECT_EQ(refusal(client::encodeRecord(settings_.ikeGroup)),
+  EXPECT_EQ(refusal(testing_support::encodeRecord(settings_.ikeGroup)),
             "IKE.QCD_SECRET: a text of 65537 bytes is too long; expected at most 65536");
 }
 
@@ -299,28 +300,30 @@ TEST_F(RecordCheckTest, WhatIsThereAndUnchangedPasses) {
   settings_.policyGroup.PSK_NAME.value = tab;
   settings_.policyGroup.PMP_SERVERS.value = std::string(64 * 1024 + 1, 'x');
   settings_.policyGroup.PMP_TIMEOUT.value = 77;
-  EXPECT_EQ(module_.write(client::encodeRecord(settings_.policyGroup)).result, 1);
+  EXPECT_EQ(module_.write(testing_support::encodeRecord(settings_.policyGroup)).result, 1);
   EXPECT_EQ(module_.server().POLICY->PMP_TIMEOUT.value, 77u);
 
   settings_.policyGroup.PMP_SERVERS.value += 'x';
-  EXPECT_THAT(refusal(client::encodeRecord(settings_.policyGroup)),
+  EXPECT_THAT(refusal(testing_support::encodeRecord(settings_.policyGroup)),
               StartsWith("POLICY.PMP_SERVERS: a text of 65538 bytes is too long"));
   settings_.policyGroup.PMP_SERVERS.value = "now legal";
   settings_.policyGroup.PMP_IDDATA.value = tab;  // another parameter
-  EXPECT_THAT(refusal(client::encodeRecord(settings_.policyGroup)),
+  EXPECT_THAT(refusal(testing_support::encodeRecord(settings_.policyGroup)),
               StartsWith("POLICY.PMP_IDDATA: \"a\\x09b\" is not legal"));
   settings_.policyGroup.PMP_IDDATA.value.clear();
-  EXPECT_EQ(module_.write(client::encodeRecord(settings_.policyGroup)).result, 1);
+  EXPECT_EQ(module_.write(testing_support::encodeRecord(settings_.policyGroup)).result, 1);
   settings_.policyGroup.PSK_NAME.value = "now legal too";
-  EXPECT_EQ(module_.write(client::encodeRecord(settings_.policyGroup)).result, 1);
+  EXPECT_EQ(module_.write(testing_support::encodeRecord(settings_.policyGroup)).result, 1);
   settings_.policyGroup.PSK_NAME.value = tab;  // gone, so it may not come back
-  EXPECT_THAT(refusal(client::encodeRecord(settings_.policyGroup)), StartsWith("POLICY.PSK_NAME"));
+  EXPECT_THAT(refusal(testing_support::encodeRecord(settings_.policyGroup)),
+              StartsWith("POLICY.PSK_NAME"));
 
   module_.server().IKE->QCD_SECRET.value = tab;
   settings_.ikeGroup.QCD_SECRET.value = tab;
-  EXPECT_EQ(refusal(client::encodeRecord(settings_.ikeGroup)), "");
+  EXPECT_EQ(refusal(testing_support::encodeRecord(settings_.ikeGroup)), "");
   settings_.ikeGroup.QCD_SECRET.value += "\n";
-  EXPECT_THAT(refusal(client::encodeRecord(settings_.ikeGroup)), StartsWith("IKE.QCD_SECRET"));
+  EXPECT_THAT(refusal(testing_support::encodeRecord(settings_.ikeGroup)),
+              StartsWith("IKE.QCD_SECRET"));
 }
 
 TEST_F(RecordCheckTest, WhatIsThereOfAUserPassesWhereverTheUserStands) {
@@ -340,13 +343,15 @@ TEST_F(RecordCheckTest, WhatIsThereOfAUserPassesWhereverTheUserStands) {
   add("tab\tname", "tab\tname\t");
   add("new", "");
   add("first", "first\t");
-  EXPECT_EQ(refusal(client::encodeRecord(settings_.userList)), "");
+  EXPECT_EQ(refusal(testing_support::encodeRecord(settings_.userList)), "");
   clear();
   add("new", "first\t");
-  EXPECT_THAT(refusal(client::encodeRecord(settings_.userList)), StartsWith("USERS[0].PMP_IDDATA"));
+  EXPECT_THAT(refusal(testing_support::encodeRecord(settings_.userList)),
+              StartsWith("USERS[0].PMP_IDDATA"));
   clear();
   add("new\tname", "");
-  EXPECT_THAT(refusal(client::encodeRecord(settings_.userList)), StartsWith("USERS[0].NAME"));
+  EXPECT_THAT(refusal(testing_support::encodeRecord(settings_.userList)),
+              StartsWith("USERS[0].NAME"));
 }
 
 TEST_F(RecordCheckTest, AsManyUsersAsAreTherePass) {
@@ -354,9 +359,9 @@ TEST_F(RecordCheckTest, AsManyUsersAsAreTherePass) {
     (void)LPARAMS::Server::listAdd(module_.server().userList);
   }
   while (settings_.userList.items.size() < MAX_USERS + 2) (void)settings_.userList.append();
-  EXPECT_EQ(refusal(client::encodeRecord(settings_.userList)), "");
+  EXPECT_EQ(refusal(testing_support::encodeRecord(settings_.userList)), "");
   (void)settings_.userList.append();
-  EXPECT_EQ(refusal(client::encodeRecord(settings_.userList)),
+  EXPECT_EQ(refusal(testing_support::encodeRecord(settings_.userList)),
             "USERS: 6 entries are too many; expected at most 3");
 }
 
@@ -364,7 +369,8 @@ TEST_F(RecordCheckTest, TellsTheSizeOfTheGroupInTheFile) {
   for (ParamGroup* group : settings_.groups()) {
     std::ostringstream text;
     (void)group->save(text, 1);
-    EXPECT_EQ(module_.check().look(client::encodeRecord(*group)).textSize, text.str().size())
+    EXPECT_EQ(module_.check().look(testing_support::encodeRecord(*group)).textSize,
+              text.str().size())
         << group->name;
   }
 }
@@ -373,7 +379,7 @@ TEST_F(RecordCheckTest, TellsTheSizeOfTheGroupInTheFile) {
 TEST(WholeSettings, MayNotOutgrowTheirLimit) {
   agent_testing::ServedModule module({.maxUsers = 4096});
   const std::string large(64 * 1024, 'x');
-  client::Settings settings;
+  testing_support::Settings settings;
   for (int i = 0; i < 20; ++i) {
     USER_t& user = *settings.userList.append();
     for (StStParam* param : {&user.NAME, &user.LSP_FILE, &user.PMP_SERVERS, &user.PMP_IDDATA,
@@ -381,30 +387,30 @@ TEST(WholeSettings, MayNotOutgrowTheirLimit) {
       param->value = large;
     }
   }
-  ASSERT_EQ(module.write(client::encodeRecord(settings.userList)).result, 1);
+  ASSERT_EQ(module.write(testing_support::encodeRecord(settings.userList)).result, 1);
   for (StStParam* param :
        {&settings.policyGroup.SYSTEM_LSP_FROM_FILE, &settings.policyGroup.PMP_SERVERS,
         &settings.policyGroup.PMP_IDDATA, &settings.policyGroup.LOCAL_CERT_SUBJECT,
         &settings.policyGroup.PSK_NAME}) {
     param->value = large;
   }
-  ASSERT_EQ(module.write(client::encodeRecord(settings.policyGroup)).result, 1);
+  ASSERT_EQ(module.write(testing_support::encodeRecord(settings.policyGroup)).result, 1);
   settings.updateGroup.URL.value = large;
   settings.updateGroup.UPDATE_URI.value = large;
   settings.updateGroup.DOWNLOAD_PATH.value = large;
-  const bridge::Reply refused = module.write(client::encodeRecord(settings.updateGroup));
+  const bridge::Reply refused = module.write(testing_support::encodeRecord(settings.updateGroup));
   EXPECT_EQ(refused.reason, bridge::Reason::IllegalValue);
   EXPECT_THAT(refused.text, StartsWith("UPDATE: the settings would be a text of 83"));
   EXPECT_THAT(refused.text, EndsWith(" of them for this group; expected at most 8388608"));
   EXPECT_EQ(module.server().UPDATE->URL.value, "");
   // A file may have brought as much; then it may stay, and become less.
   module.server().UPDATE->UPDATE_URI.value = std::string(200 * 1024, 'y');
-  EXPECT_EQ(module.write(client::encodeRecord(settings.updateGroup)).result, 1);
+  EXPECT_EQ(module.write(testing_support::encodeRecord(settings.updateGroup)).result, 1);
   settings.updateGroup.AVAILABLE_UPDATE_NAME.value = "x";
-  EXPECT_EQ(module.write(client::encodeRecord(settings.updateGroup)).result, 0);
+  EXPECT_EQ(module.write(testing_support::encodeRecord(settings.updateGroup)).result, 0);
   settings.updateGroup.DOWNLOAD_PATH.value.clear();
   settings.updateGroup.UPDATE_URI.value.clear();
-  EXPECT_EQ(module.write(client::encodeRecord(settings.updateGroup)).result, 1);
+  EXPECT_EQ(module.write(testing_support::encodeRecord(settings.updateGroup)).result, 1);
   EXPECT_EQ(module.read("USERS").result, 1);
 }
 

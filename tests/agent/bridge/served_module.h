@@ -13,8 +13,7 @@
 #include "agent/bridge/record_check.h"
 #include "agent/module.h"
 #include "bridge/protocol.h"
-#include "client/record.h"
-#include "client/settings.h"
+#include "tests/support/records.h"
 
 namespace agent_testing {
 
@@ -45,7 +44,8 @@ class ServedModule {
 
   bridge::Reply read(const std::string& group) { return read(root_, group); }
   bridge::Reply read(BridgeSession& session, const std::string& group) {
-    return service_.execute(session, {13, 1, client::encodeName(client::Settings().group(group))});
+    return service_.execute(
+        session, {13, 1, testing_support::encodeName(testing_support::Settings().group(group))});
   }
 
   bridge::Reply write(const std::string& input, std::optional<uint64_t> revision = {}) {
@@ -68,15 +68,15 @@ class ServedModule {
 
 /// The input of a write of ADMIN with this SESSION_EXPTIME.
 inline std::string adminRecord(unsigned seconds) {
-  client::Settings settings;
+  testing_support::Settings settings;
   settings.adminGroup.SESSION_EXPTIME.value = seconds;
-  return client::encodeRecord(settings.adminGroup);
+  return testing_support::encodeRecord(settings.adminGroup);
 }
 
 /// SESSION_EXPTIME in the output of a read of ADMIN.
 inline unsigned exptimeIn(const bridge::Reply& reply) {
-  client::Settings settings;
-  client::decodeRecord(settings.adminGroup, reply.output);
+  testing_support::Settings settings;
+  testing_support::decodeRecord(settings.adminGroup, reply.output);
   return settings.adminGroup.SESSION_EXPTIME.value;
 }
 

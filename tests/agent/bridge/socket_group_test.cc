@@ -28,9 +28,9 @@ class SocketGroupTest : public testing::Test {
   }
 
   void name(const std::string& group) {
-    client::Settings settings;
+    testing_support::Settings settings;
     settings.adminGroup.ADMIN_GROUP.value = group;
-    EXPECT_EQ(served_.write(client::encodeRecord(settings.adminGroup)).result, 1);
+    EXPECT_EQ(served_.write(testing_support::encodeRecord(settings.adminGroup)).result, 1);
     (void)io_.poll();
     io_.restart();
   }

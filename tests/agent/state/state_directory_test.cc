@@ -18,7 +18,7 @@ namespace {
 
 /// What keeps the directory from being used; empty if it can be. Expects the exit status that goes
 /// with it.
-std::string refusalOf(const std::string& path, int exitStatus = EXIT_BAD_CONFIG) {
+std::string refusalOf(const std::string& path, int exitStatus = EXIT_BAD_FILE) {
   try {
     const StateDirectory directory(path);
     return {};
@@ -86,7 +86,7 @@ TEST_F(StateDirectoryTest, MustBelongToTheAgentsUser) {
 
 TEST_F(StateDirectoryTest, HasOneHolder) {
   std::optional<StateDirectory> first(path_);
-  EXPECT_EQ(refusalOf(path_, EXIT_IN_USE),
+  EXPECT_EQ(refusalOf(path_, EXIT_TRY_AGAIN),
             "state directory " + path_ + " is in use by another agent");
   first.reset();
   EXPECT_EQ(refusalOf(path_), "");
@@ -96,7 +96,7 @@ TEST_F(StateDirectoryTest, HasOneHolderAmongProcesses) {
   const StateDirectory held(path_);
   const std::string expected = "state directory " + path_ + " is in use by another agent";
   const pid_t child = ::fork();
-  if (child == 0) ::_exit(refusalOf(path_, EXIT_IN_USE) == expected ? 0 : 1);
+  if (child == 0) ::_exit(refusalOf(path_, EXIT_TRY_AGAIN) == expected ? 0 : 1);
   int status = -1;
   ASSERT_EQ(::waitpid(child, &status, 0), child);
   EXPECT_EQ(status, 0);
@@ -113,7 +113,7 @@ TEST_F(StateDirectoryTest, ALinkIsFollowedOnce) {
   const StateDirectory directory(other.at("link"));
   EXPECT_EQ(directory.path(), path_);
   other.remove("link");
-  EXPECT_EQ(refusalOf(path_, EXIT_IN_USE),
+  EXPECT_EQ(refusalOf(path_, EXIT_TRY_AGAIN),
             "state directory " + path_ + " is in use by another agent");
   std::filesystem::create_directory_symlink(other.at("nowhere"), other.at("broken"));
   EXPECT_EQ(refusalOf(other.at("broken")),

@@ -10,9 +10,8 @@
 #include <variant>
 
 #include "bridge/protocol.h"
-#include "client/record.h"
-#include "client/settings.h"
 #include "tests/support/another_user.h"
+#include "tests/support/records.h"
 #include "tests/support/user_namespace.h"
 #include "tests/system/safety/agent_test.h"
 
@@ -29,7 +28,9 @@ using testing::StartsWith;
 constexpr uid_t STRANGER = 54321;
 const char* const GROUP = "daemon";  // exists on every system
 
-std::string recordOf(LPARAMS::Server::ParamGroup& group) { return client::encodeRecord(group); }
+std::string recordOf(LPARAMS::Server::ParamGroup& group) {
+  return testing_support::encodeRecord(group);
+}
 
 class Access : public AgentTest {
  protected:
@@ -40,9 +41,9 @@ class Access : public AgentTest {
     return asUser(STRANGER, gid, groups, [this] {
       const RawClient client(socket_);
       (void)client.greet();
-      client::Settings settings;
+      testing_support::Settings settings;
       const Reply read =
-          client.exchange(bridge::Command{13, 1, client::encodeName(settings.adminGroup)});
+          client.exchange(bridge::Command{13, 1, testing_support::encodeName(settings.adminGroup)});
       const Reply write = client.exchange(bridge::Command{13, 0, recordOf(settings.adminGroup)});
       const Reply save = client.exchange(bridge::Command{13, 2});
       return inWords(read) + ", " + inWords(write) + ", " + inWords(save);
@@ -165,7 +166,7 @@ TEST_F(SocketGroup, IsGivenAnExistingDirectory) {
 
 TEST_F(Access, IllegalValuesAreRefused) {
   start();
-  client::Settings settings;
+  testing_support::Settings settings;
   settings.ikeGroup.EXCHANGE_TIMEOUT.value = 601;
   EXPECT_EQ(refusedWrite(settings.ikeGroup),
             "IKE.EXCHANGE_TIMEOUT: 601 is not legal; expected a whole number from 5 to 600");
@@ -180,7 +181,7 @@ TEST_F(Access, IllegalValuesReachTheModuleIfTheyMay) {
   EXPECT_EQ(state("strict"), "no");
   const RawClient client(socket_);
   ASSERT_TRUE(client.greet());
-  client::Settings settings;
+  testing_support::Settings settings;
   settings.ikeGroup.EXCHANGE_TIMEOUT.value = 601;
   EXPECT_EQ(
       client.exchange(bridge::Command{13, 0, recordOf(settings.ikeGroup) + "trailing"}).result, 1);
@@ -192,8 +193,8 @@ TEST_F(Access, SoManyUsers) {
   start({"--max-users", "3"});
   EXPECT_EQ(ctl({"user", "add", "carol"}), (Outcome{0, ""}));
   EXPECT_EQ(ctl({"user", "add", "dave"}),
-            (Outcome{1,
-                     "lparamsctl: writing USERS failed: USERS: 4 entries are too many; expected "
+            (Outcome{65,
+                     "lparamsctl: USERS: 4 entries are too many; expected "
                      "at most 3\n"}));
   EXPECT_EQ(get("USERS[2].NAME"), "carol\n");
 }
@@ -203,8 +204,8 @@ TEST_F(Access, WritesFromAStaleReadAreConflicts) {
   const RawClient first(socket_);
   const RawClient second(socket_);
   ASSERT_TRUE(first.greet() && second.greet());
-  client::Settings settings;
-  const bridge::Command read{13, 1, client::encodeName(settings.adminGroup)};
+  testing_support::Settings settings;
+  const bridge::Command read{13, 1, testing_support::encodeName(settings.adminGroup)};
   bridge::Command write{13, 0, recordOf(settings.adminGroup)};
   write.revision = first.exchange(read).revision;
   EXPECT_EQ(second.exchange(read).revision, write.revision);
@@ -219,14 +220,15 @@ TEST_F(Access, WritesFromAStaleReadAreConflicts) {
 }
 
 TEST_F(Access, WritesFromAReadBeforeARestartAreConflicts) {
-  client::Settings settings;
+  testing_support::Settings settings;
   bridge::Command write{13, 0, recordOf(settings.adminGroup)};
   start();
   {
     const RawClient client(socket_);
     ASSERT_TRUE(client.greet());
     write.revision =
-        client.exchange(bridge::Command{13, 1, client::encodeName(settings.adminGroup)}).revision;
+        client.exchange(bridge::Command{13, 1, testing_support::encodeName(settings.adminGroup)})
+            .revision;
   }
   EXPECT_EQ(stop(), 0);
   start();
@@ -242,7 +244,7 @@ TEST_F(Access, SubscribersHearWhoWroteWhat) {
   EXPECT_EQ(subscriber.exchange(bridge::Subscription{}), (Reply{.result = 1}));
   const RawClient writer(socket_);
   ASSERT_TRUE(writer.greet());
-  client::Settings settings;
+  testing_support::Settings settings;
   for (int i = 0; i < 2; ++i) {
     const Reply written = writer.exchange(bridge::Command{13, 0, recordOf(settings.logGroup)});
     EXPECT_EQ(written.result, 1);

@@ -59,7 +59,7 @@ class AgentTest : public testing::Test {
     return safety::run(arguments);
   }
 
-  void set(const std::string& assignment) { EXPECT_EQ(ctl({"set", assignment}), (Outcome{0, ""})); }
+  void set(const std::string& assignment) { EXPECT_EQ(ctl({"set", assignment}).exitCode, 0); }
   std::string get(const std::string& name) { return ctl({"get", name}).output; }
   void save() { EXPECT_EQ(ctl({"save"}), (Outcome{0, "saved\n"})); }
 

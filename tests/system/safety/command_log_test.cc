@@ -4,10 +4,10 @@
 #include <algorithm>
 #include <array>
 
+#include "agent/base/exit_status.h"
 #include "bridge/protocol.h"
-#include "client/record.h"
-#include "client/settings.h"
 #include "tests/support/another_user.h"
+#include "tests/support/records.h"
 #include "tests/system/safety/agent_test.h"
 
 namespace safety {
@@ -70,13 +70,13 @@ TEST_F(CommandLog, NamesWhoHasWrittenWhatAndSaved) {
 
 TEST_F(CommandLog, NamesWhatWasRefusedAndWhy) {
   start();
-  client::Settings settings;
+  testing_support::Settings settings;
   settings.ikeGroup.EXCHANGE_TIMEOUT.value = 1;
-  (void)exchange({13, 0, client::encodeRecord(settings.ikeGroup)});
+  (void)exchange({13, 0, testing_support::encodeRecord(settings.ikeGroup)});
   (void)exchange({14, 0, ""});
   (void)exchange({13, 1, "cut"});
   state_.write(SETTINGS, "edited");
-  EXPECT_EQ(ctl({"save"}).exitCode, 1);
+  EXPECT_EQ(ctl({"save"}).exitCode, agent::EXIT_IO);
   EXPECT_EQ(stop(), 0);
   EXPECT_THAT(linesWith("a write was refused"),
               MatchesRegex("lparams_agent: notice: a write was refused "
@@ -98,8 +98,8 @@ TEST_F(CommandLog, NamesWhoWasNotAuthorised) {
   start({"--admin-group", "no-such-group"});
   (void)::chmod(place_.at("run").c_str(), 0711);
   (void)::chmod(socket_.c_str(), 0666);
-  client::Settings settings;
-  const std::string input = client::encodeRecord(settings.adminGroup);
+  testing_support::Settings settings;
+  const std::string input = testing_support::encodeRecord(settings.adminGroup);
   EXPECT_EQ(asUser(testing_support::NOBODY, testing_support::NOBODY, {},
                    [&] {
                      return exchange({13, 0, input}).text.empty() ? "taken" : "refused";
@@ -134,10 +134,11 @@ TEST_F(CommandLog, WritesAreNeverLeftOut) {
   const RawClient client(socket_);
   ASSERT_TRUE(client.greet());
   constexpr int WRITES = 100;
-  client::Settings settings;
+  testing_support::Settings settings;
   for (int i = 0; i < WRITES; ++i) {
     settings.adminGroup.SESSION_EXPTIME.value = 20U + static_cast<unsigned>(i);
-    (void)client.exchange(bridge::Command{13, 0, client::encodeRecord(settings.adminGroup)});
+    (void)client.exchange(
+        bridge::Command{13, 0, testing_support::encodeRecord(settings.adminGroup)});
   }
   EXPECT_EQ(stop(), 0);
   const std::string lines = linesWith("settings written group=ADMIN parameters=SESSION_EXPTIME ");
@@ -159,9 +160,9 @@ TEST_F(CommandLog, ShowsTheProgramsNameWithoutItsControlCharacters) {
 
 TEST_F(CommandLog, TellsWhatAWriteThatBrokeOffHasChanged) {
   start({"--accept-any"});
-  client::Settings settings;
+  testing_support::Settings settings;
   settings.adminGroup.SESSION_EXPTIME.value = 77;
-  std::string input = client::encodeRecord(settings.adminGroup);
+  std::string input = testing_support::encodeRecord(settings.adminGroup);
   input.pop_back();
   EXPECT_EQ(exchange({13, 0, input}).reason, bridge::Reason::MalformedInput);
   EXPECT_EQ(stop(), 0);

@@ -5,7 +5,7 @@
 #include <regex>
 #include <set>
 
-#include "agent/base/exit_status.h"
+#include "programs/exit_status.h"
 #include "tests/system/safety/agent_test.h"
 
 namespace safety {
@@ -52,13 +52,15 @@ TEST_F(Documents, NameNoOptionThatIsNotThere) {
   for (const std::string& option : named) EXPECT_THAT(help, HasSubstr(option + " "));
 }
 
-TEST_F(Documents, ListEveryExitStatusOfTheAgent) {
-  const auto listed = all(document("operations.md"), "\n\\| ([0-9]+) \\|");
-  EXPECT_EQ(listed, (std::set<std::string>{
-                        std::to_string(agent::EXIT_OK), std::to_string(agent::EXIT_BAD_USAGE),
-                        std::to_string(agent::EXIT_UNAVAILABLE), std::to_string(agent::EXIT_STUCK),
-                        std::to_string(agent::EXIT_NOT_SAVED), std::to_string(agent::EXIT_IN_USE),
-                        std::to_string(agent::EXIT_BAD_CONFIG)}));
+TEST_F(Documents, ListEveryExitStatus) {
+  std::set<std::string> statuses;
+  for (const int status :
+       {programs::EXIT_OK, programs::EXIT_USAGE, programs::EXIT_ILLEGAL, programs::EXIT_UNAVAILABLE,
+        programs::EXIT_STUCK, programs::EXIT_IO, programs::EXIT_TRY_AGAIN,
+        programs::EXIT_NOT_AUTHORISED, programs::EXIT_BAD_FILE}) {
+    statuses.insert(std::to_string(status));
+  }
+  EXPECT_EQ(all(document("operations.md"), "\n\\| ([0-9]+) \\|"), statuses);
 }
 
 }  // namespace

@@ -31,7 +31,7 @@ TEST_F(End, IsNoSuccessIfTheWantedSaveWasRefused) {
   start({"--save-on-exit"});
   set("IKE.IKE_PORT=501");
   state_.write(SETTINGS, "edited");
-  EXPECT_EQ(stop(), agent::EXIT_NOT_SAVED);
+  EXPECT_EQ(stop(), agent::EXIT_IO);
   EXPECT_THAT(log(), HasSubstr("error: the changes could not be saved at the end reason=\"" +
                                state_.at(SETTINGS) + " was edited while the agent was running"));
   EXPECT_EQ(state_.text(SETTINGS), "edited");
@@ -41,7 +41,7 @@ TEST_F(End, IsNoSuccessIfTheSettingsWereNotLoadedWhole) {
   state_.write(SETTINGS, settingsWithoutGroups());
   start({"--save-on-exit"});
   set("IKE.IKE_PORT=501");
-  EXPECT_EQ(stop(), agent::EXIT_NOT_SAVED);
+  EXPECT_EQ(stop(), agent::EXIT_IO);
   EXPECT_EQ(state_.text(SETTINGS), settingsWithoutGroups());
 }
 
@@ -50,7 +50,7 @@ TEST_F(End, IsNoSuccessIfTheDiskTakesNothing) {
   set("IKE.IKE_PORT=501");
   const rlimit limit{10, RLIM_INFINITY};
   ASSERT_EQ(::prlimit(agent_->pid(), RLIMIT_FSIZE, &limit, nullptr), 0);
-  EXPECT_EQ(stop(), agent::EXIT_NOT_SAVED);
+  EXPECT_EQ(stop(), agent::EXIT_IO);
   EXPECT_THAT(log(), HasSubstr(state_.at("localsettings.ini.good.new") +
                                " cannot be written: File too large"));
   EXPECT_EQ(state_.text(SETTINGS), exampleSettings());

@@ -2,8 +2,8 @@
 #include <algorithm>
 
 #include "bridge/protocol.h"
-#include "client/record.h"
-#include "client/settings.h"
+#include "programs/exit_status.h"
+#include "tests/support/records.h"
 #include "tests/system/safety/agent_test.h"
 
 namespace safety {
@@ -38,7 +38,8 @@ class Findings : public AgentTest {
   void write(LPARAMS::Server::ParamGroup& group) {
     const RawClient client(socket_);
     ASSERT_TRUE(client.greet());
-    EXPECT_EQ(client.exchange(bridge::Command{13, 0, client::encodeRecord(group)}).result, 1);
+    EXPECT_EQ(client.exchange(bridge::Command{13, 0, testing_support::encodeRecord(group)}).result,
+              1);
   }
 
   size_t linesWith(const std::string& text) const {
@@ -149,7 +150,7 @@ TEST_F(Findings, OfAValueThatNoWriteMaySetDoNotKeepItsGroupFromBeingWritten) {
 TEST_F(Findings, OfASaveAreWhatTheNextStartWouldNotGiveBack) {
   state_.write(SETTINGS, exampleSettings());
   start({"--accept-any"});
-  client::Settings settings;
+  testing_support::Settings settings;
   settings.policyGroup.PSK_NAME.value = "key\n        PMP_TIMEOUT=77";
   settings.ikeGroup.QCD_SECRET.value = "open\nsesame";
   settings.ikeGroup.MAX_HALFOPEN.value = 257;
@@ -187,7 +188,7 @@ TEST_F(Findings, OfImportedSettingsThatAFileCannotHoldMakeTheAgentDegraded) {
               "the settings of earlier versions hold what a settings file cannot "
               "(POLICY.LOCAL_CERT_SUBJECT); they are kept");
     EXPECT_THAT(list(), HasSubstr("POLICY.LOCAL_CERT_SUBJECT: the settings file cannot hold"));
-    EXPECT_EQ(ctl({"save"}).exitCode, 1);
+    EXPECT_EQ(ctl({"save"}).exitCode, programs::EXIT_IO);
     EXPECT_EQ(stop(), 0);
     EXPECT_EQ(state_.text(SETTINGS), "(absent)");
     EXPECT_EQ(state_.text("localsettings.xml.importing"), document);

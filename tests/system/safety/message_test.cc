@@ -44,9 +44,9 @@ TEST_F(Messages, NameAbsolutePathsWhereverTheAgentWasStarted) {
 
 TEST_F(Messages, OfAStartThatFailsNameAbsolutePathsToo) {
   EXPECT_EQ(runHere({"--state-dir", "no/such"}),
-            (Outcome{agent::EXIT_BAD_CONFIG, "lparams_agent: error: state directory " +
-                                                 place_.at("no/such") +
-                                                 " cannot be used: No such file or directory\n"}));
+            (Outcome{agent::EXIT_BAD_FILE, "lparams_agent: error: state directory " +
+                                               place_.at("no/such") +
+                                               " cannot be used: No such file or directory\n"}));
   (void)::mkdir(place_.at("state").c_str(), 0700);
   EXPECT_THAT(
       runHere({"--state-dir", "state", "--module", "./absent.so"}).output,
@@ -60,9 +60,9 @@ TEST_F(Messages, OfAStartThatFailsNameAbsolutePathsToo) {
 
 TEST_F(Messages, OfTheClientNameAnAbsolutePath) {
   EXPECT_EQ(safety::run({PRODUCTS_DIR "/lparamsctl", "--socket", "./absent", "status"}, here()),
-            (Outcome{static_cast<int>(client::ExitCode::NoAgent),
-                     "lparamsctl: cannot reach the agent at " + place_.at("absent") +
-                         ": No such file or directory\n"}));
+            (Outcome{programs::EXIT_UNAVAILABLE, "lparamsctl: cannot reach the agent at " +
+                                                     place_.at("absent") +
+                                                     ": No such file or directory\n"}));
 }
 
 TEST_F(Messages, AreWholeHoweverLongTheirPathsAre) {
@@ -77,7 +77,7 @@ TEST_F(Messages, AreWholeHoweverLongTheirPathsAre) {
   place_.write(name, "damaged");
   EXPECT_EQ(
       safety::run(arguments),
-      (Outcome{agent::EXIT_BAD_CONFIG,
+      (Outcome{agent::EXIT_BAD_FILE,
                "lparams_agent: error: no complete settings in " + place_.at(deep) + ": " + file +
                    " (it does not begin with /ROOT=); repair one, or start with "
                    "--allow-defaults\n"}));
@@ -112,14 +112,14 @@ TEST_F(Messages, OfAWrongCommandLineNameTheProgram) {
   };
   for (const Arguments& row : rows) {
     const Outcome outcome = runHere(row);
-    EXPECT_EQ(outcome.exitCode, agent::EXIT_BAD_USAGE) << row.front();
+    EXPECT_EQ(outcome.exitCode, agent::EXIT_USAGE) << row.front();
     EXPECT_THAT(outcome.output, AllOf(StartsWith("lparams_agent: error: "),
                                       EndsWith(" (see lparams_agent --help)\n")));
     EXPECT_EQ(std::count(outcome.output.begin(), outcome.output.end(), '\n'), 1) << row.front();
   }
   for (const std::string timeout : {"-1", "0", "4294967297", "86401", "1.5", "soon"}) {
     const Outcome outcome = ctl({"--timeout", timeout, "status"});
-    EXPECT_EQ(outcome.exitCode, static_cast<int>(client::ExitCode::Usage)) << timeout;
+    EXPECT_EQ(outcome.exitCode, programs::EXIT_USAGE) << timeout;
     EXPECT_THAT(outcome.output, AllOf(StartsWith("lparamsctl: --timeout: "),
                                       EndsWith(" (see lparamsctl --help)\n")));
   }

@@ -12,9 +12,8 @@
 
 #include "agent/base/exit_status.h"
 #include "bridge/protocol.h"
-#include "client/record.h"
-#include "client/settings.h"
 #include "tests/support/held_sync.h"
+#include "tests/support/records.h"
 #include "tests/system/safety/agent_test.h"
 
 namespace safety {
@@ -57,14 +56,17 @@ class AgentProcess : public AgentTest {
 
   /// Fills the user list, so that the reply to a read of it is more than a socket takes at once.
   void addManyUsers(const RawClient& client) {
-    client::Settings settings;
+    testing_support::Settings settings;
     for (int i = 0; i < 4000; ++i) listAdd(settings.userList)->NAME.value = std::string(1000, 'x');
     ASSERT_EQ(
-        client.exchange(bridge::Command{13, 0, client::encodeRecord(settings.userList)}).result, 1);
+        client.exchange(bridge::Command{13, 0, testing_support::encodeRecord(settings.userList)})
+            .result,
+        1);
   }
 
   static bridge::Request readOfUsers() {
-    return bridge::Command{13, 1, client::encodeName(client::Settings().userList)};
+    return bridge::Command{13, 1,
+                           testing_support::encodeName(testing_support::Settings().userList)};
   }
 
   /// Starts an agent whose syncs can be held.
@@ -80,7 +82,7 @@ TEST_F(AgentProcess, JournalPriorities) {
   start({"--journal"});
   set("IKE.IKE_PORT=501");
   state_.remove(SETTINGS);
-  EXPECT_EQ(ctl({"save"}).exitCode, 1);
+  EXPECT_EQ(ctl({"save"}).exitCode, agent::EXIT_IO);
   EXPECT_EQ(stop(), 0);
   const char* const line =
       "(<3>lparams_agent: error|<4>lparams_agent: warning|<5>lparams_agent: notice|"

@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "agent/base/exit_status.h"
 #include "tests/system/safety/agent_test.h"
 
 namespace safety {
@@ -25,7 +26,7 @@ class Save : public AgentTest {
     Arguments arguments = {"save"};
     arguments.insert(arguments.end(), options.begin(), options.end());
     const Outcome outcome = ctl(arguments);
-    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.exitCode, agent::EXIT_IO);
     EXPECT_THAT(outcome.output,
                 AllOf(StartsWith("lparamsctl: saving failed: "), HasSubstr(reason)));
     EXPECT_TRUE(logTells("error: settings not saved reason=\""));

@@ -4,8 +4,7 @@
 #include <thread>
 
 #include "bridge/protocol.h"
-#include "client/record.h"
-#include "client/settings.h"
+#include "tests/support/records.h"
 #include "tests/system/safety/agent_test.h"
 
 namespace safety {
@@ -32,12 +31,12 @@ class Secrets : public AgentTest {
   std::string replyTo(Spoil spoil) {
     const RawClient client(socket_);
     (void)client.greet();
-    client::Settings settings;
+    testing_support::Settings settings;
     settings.ikeGroup.QCD_SECRET.value = SECRET;
     bridge::Command command{13, 0};
     spoil(settings.ikeGroup, command);
     const std::string extra = command.input;
-    command.input = client::encodeRecord(settings.ikeGroup) + extra;
+    command.input = testing_support::encodeRecord(settings.ikeGroup) + extra;
     const bridge::Reply reply = client.exchange(command);
     EXPECT_EQ(reply.result, 0);
     return reply.text + reply.output;
@@ -65,11 +64,12 @@ TEST_F(Secrets, AreNotInErrorsEventsAndTheState) {
     const RawClient writer(socket_);
     ASSERT_TRUE(writer.greet());
     const std::jthread writing([&](const std::stop_token& stop) {
-      client::Settings settings;
+      testing_support::Settings settings;
       settings.ikeGroup.QCD_SECRET.value = SECRET + " again";
       // Nothing says when the other one has subscribed.
       while (!stop.stop_requested()) {
-        (void)writer.exchange(bridge::Command{13, 0, client::encodeRecord(settings.ikeGroup)});
+        (void)writer.exchange(
+            bridge::Command{13, 0, testing_support::encodeRecord(settings.ikeGroup)});
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
       }
     });

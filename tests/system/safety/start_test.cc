@@ -28,7 +28,7 @@ TEST_F(Start, WrongCommandLines) {
                                    {"--socket"},
                                    {"word"}}) {
     const Outcome outcome = runAgent(options);
-    EXPECT_EQ(outcome.exitCode, agent::EXIT_BAD_USAGE) << options.front();
+    EXPECT_EQ(outcome.exitCode, agent::EXIT_USAGE) << options.front();
     EXPECT_THAT(outcome.output, AllOf(StartsWith("lparams_agent: error: "),
                                       HasSubstr(" (see lparams_agent --help)\n")));
   }
@@ -78,7 +78,7 @@ TEST_F(Start, SocketsThatCannotBeUsed) {
 
 TEST_F(Start, OneAgentPerDirectoryAndPerSocket) {
   start();
-  expectRefusal(agent::EXIT_IN_USE,
+  expectRefusal(agent::EXIT_TRY_AGAIN,
                 "state directory " + state_.path + " is in use by another agent",
                 {"--socket", place_.at("run/other.sock")});
   const agent_testing::ScratchDirectory otherState;
@@ -92,7 +92,7 @@ TEST_F(Start, OneAgentPerDirectoryAndPerSocket) {
 TEST_F(Start, TheSocketOfAKilledAgentIsReplaced) {
   start();
   kill();
-  EXPECT_EQ(ctl({"status"}).exitCode, 3);
+  EXPECT_EQ(ctl({"status"}).exitCode, agent::EXIT_UNAVAILABLE);
   start();
   EXPECT_EQ(ctl({"status"}).exitCode, 0);
 }
@@ -100,7 +100,7 @@ TEST_F(Start, TheSocketOfAKilledAgentIsReplaced) {
 TEST_F(Start, StateDirectoriesThatAreNotSafe) {
   state_.write(SETTINGS, exampleSettings());
   (void)::chmod(state_.path.c_str(), 0770);
-  expectRefusal(agent::EXIT_BAD_CONFIG,
+  expectRefusal(agent::EXIT_BAD_FILE,
                 "state directory " + state_.path +
                     " can be written to by other users; mode 0700 would be right");
   EXPECT_THAT(state_.names(), ElementsAre(SETTINGS));
@@ -112,7 +112,7 @@ TEST_F(Start, StateDirectoriesOfOtherUsers) {
   if (!foreign) GTEST_SKIP() << "every directory belongs to this user here";
   const Outcome outcome = safety::run({AGENT, "--state-dir", foreign->path, "--socket", socket_});
   EXPECT_EQ(outcome,
-            (Outcome{agent::EXIT_BAD_CONFIG,
+            (Outcome{agent::EXIT_BAD_FILE,
                      "lparams_agent: error: state directory " + foreign->path +
                          " belongs to user " + std::to_string(foreign->owner) +
                          ", not to the agent's user " + std::to_string(::geteuid()) + "\n"}));
@@ -126,7 +126,7 @@ TEST_P(StartInUserNamespace, StateDirectoriesOfUsersWithoutANumber) {
   state_.write(SETTINGS, exampleSettings());
   const auto withoutMap = [] { (void)::unshare(CLONE_NEWUSER); };
   const Outcome outcome = runAgent({}, {.inChild = withoutMap});
-  EXPECT_EQ(outcome.exitCode, agent::EXIT_BAD_CONFIG);
+  EXPECT_EQ(outcome.exitCode, agent::EXIT_BAD_FILE);
   EXPECT_THAT(outcome.output, HasSubstr(", which stands for every user without a number in this "
                                         "namespace\n"));
   EXPECT_THAT(state_.names(), ElementsAre(SETTINGS));
@@ -139,8 +139,8 @@ TEST_F(Start, NothingButADirectory) {
        {std::pair{place_.at("absent"), "cannot be used: No such file or directory"},
         {file, "is not a directory"}}) {
     const Outcome outcome = run({AGENT, "--state-dir", path});
-    EXPECT_EQ(outcome, (Outcome{agent::EXIT_BAD_CONFIG, "lparams_agent: error: state directory " +
-                                                            path + " " + why + "\n"}));
+    EXPECT_EQ(outcome, (Outcome{agent::EXIT_BAD_FILE, "lparams_agent: error: state directory " +
+                                                          path + " " + why + "\n"}));
   }
 }
 
@@ -172,7 +172,7 @@ TEST_F(Start, NotFromDamagedFilesAlone) {
   state_.write(SETTINGS, exampleSettings().substr(0, 1000));
   state_.write(BACKUP, "");
   const auto before = state_.contents();
-  expectRefusal(agent::EXIT_BAD_CONFIG,
+  expectRefusal(agent::EXIT_BAD_FILE,
                 "no complete settings in " + state_.path + ": " + state_.at(SETTINGS) +
                     " (2 of its blocks are not closed) " + state_.at(BACKUP) +
                     " (it is empty); repair one, or start with --allow-defaults");
@@ -190,7 +190,7 @@ TEST_F(Start, NotFromDamagedFilesAlone) {
 TEST_F(Start, NotIfAFileIsNoFile) {
   (void)::mkdir(state_.at(SETTINGS).c_str(), 0700);
   state_.write(SHADOW_COPY, exampleSettings());
-  expectRefusal(agent::EXIT_BAD_CONFIG,
+  expectRefusal(agent::EXIT_BAD_FILE,
                 state_.at(SETTINGS) + " cannot be used: it is not a regular file: Invalid argument",
                 {"--allow-defaults"});
   EXPECT_THAT(state_.names(), ElementsAre(SETTINGS, SHADOW_COPY));
@@ -208,7 +208,7 @@ TEST_F(Start, OnADiskThatTakesNothing) {
                                reason + "\"\n"));
   EXPECT_EQ(get("IKE.EXCHANGE_TIMEOUT"), "90\n");
   EXPECT_EQ(state("disk"), reason);
-  EXPECT_EQ(ctl({"save"}).exitCode, 1);
+  EXPECT_EQ(ctl({"save"}).exitCode, agent::EXIT_IO);
 
   state_.remove("localsettings.ini.good.new");
   save();
@@ -219,7 +219,7 @@ TEST_F(Start, OnADiskThatTakesNothing) {
 TEST_F(Start, NotWithDefaultsThatCannotBeMadeDurable) {
   (void)::mkdir(state_.at("localsettings.ini.good.new").c_str(), 0700);
   const Outcome outcome = runAgent();
-  EXPECT_EQ(outcome.exitCode, agent::EXIT_NOT_SAVED);
+  EXPECT_EQ(outcome.exitCode, agent::EXIT_IO);
   EXPECT_THAT(outcome.output, HasSubstr("error: " + state_.at("localsettings.ini.good.new") +
                                         " cannot be created"));
 }
@@ -235,7 +235,7 @@ TEST_F(Start, OnADamagedButWellFormedFileKeepsTheShadowCopy) {
   start();
   EXPECT_THAT(state("degraded"), HasSubstr("the settings file is not what was saved last"));
   EXPECT_EQ(state_.unsealedText(SHADOW_COPY), exampleSettings());
-  EXPECT_EQ(ctl({"save"}).exitCode, 1);
+  EXPECT_EQ(ctl({"save"}).exitCode, agent::EXIT_IO);
   EXPECT_EQ(state_.text(SETTINGS), damaged);
 }
 
@@ -251,7 +251,7 @@ TEST_F(Start, WithAShadowCopyThatCannotBeReadKeepsIt) {
     state_.remove(SHADOW_COPY);
     ASSERT_EQ(::symlink(place_.at("elsewhere").c_str(), state_.at(SHADOW_COPY).c_str()), 0);
     start();
-    EXPECT_EQ(ctl({"save"}).exitCode, 1);
+    EXPECT_EQ(ctl({"save"}).exitCode, agent::EXIT_IO);
     EXPECT_TRUE(std::filesystem::is_symlink(state_.at(SHADOW_COPY)));
 
     EXPECT_EQ(ctl({"save", "--force"}).exitCode, 0);
@@ -370,7 +370,7 @@ TEST_F(Import, OfABrokenDocumentIsNone) {
     EXPECT_THAT(state("degraded"),
                 AllOf(StartsWith("the settings of earlier versions could not be imported ("),
                       HasSubstr(row.reason)));
-    EXPECT_EQ(ctl({"save"}).exitCode, 1);
+    EXPECT_EQ(ctl({"save"}).exitCode, agent::EXIT_IO);
     kill();
     EXPECT_EQ(state_.text(SETTINGS), "(absent)");
     EXPECT_TRUE(state_.text("localsettings.xml.importing") == row.text);

@@ -16,13 +16,12 @@
 
 #include "bridge/protocol.h"
 #include "client/connection.h"
-#include "client/record.h"
-#include "client/settings.h"
+#include "tests/support/records.h"
 
 namespace {
 
-using client::Settings;
 using LPARAMS::Server::ParamGroup;
+using testing_support::Settings;
 
 constexpr size_t CLIENTS = 8;
 constexpr int WRITES_PER_SAVE = 8;
@@ -76,8 +75,8 @@ class Client {
 
   uint64_t read(const Counter& counter) {
     ParamGroup& group = counter.group(settings_);
-    const bridge::Reply reply = ask({13, 1, client::encodeName(group)});
-    client::decodeRecord(group, reply.output);
+    const bridge::Reply reply = ask({13, 1, testing_support::encodeName(group)});
+    testing_support::decodeRecord(group, reply.output);
     revision_ = reply.revision;
     return counter.get(settings_);
   }
@@ -85,7 +84,7 @@ class Client {
   /// Returns false if somebody else has written since the read.
   bool write(const Counter& counter, uint64_t value) {
     counter.set(settings_, value);
-    bridge::Command command{13, 0, client::encodeRecord(counter.group(settings_))};
+    bridge::Command command{13, 0, testing_support::encodeRecord(counter.group(settings_))};
     command.revision = revision_;
     const bridge::Reply reply = connection_.exchange(command);
     if (reply.reason == bridge::Reason::Conflict) return false;
@@ -96,7 +95,7 @@ class Client {
   void replaceUsers() {
     Settings settings;
     listAdd(settings.userList)->NAME.value = "0";
-    (void)ask({13, 0, client::encodeRecord(settings.userList)});
+    (void)ask({13, 0, testing_support::encodeRecord(settings.userList)});
   }
 
   void save() { (void)ask({13, 2}); }
