@@ -37,7 +37,7 @@ def errors_of(call):
 
 
 class Missed(Exception):
-    """The injection hit another call than the one that was meant."""
+    """The run says nothing: the injection hit another call than the one that was meant, or so."""
 
 
 def require_hit(performance, phase, call, hit):
@@ -87,7 +87,7 @@ def fail_call(build, reference, phase, call, error, directory):
             return check_refused_start(build, reference, performance)
         return check_saves(build, reference, performance, phase, call=call)
     except (OSError, Hung) as problem:
-        raise Lost(f"no answer: {problem}; {performance.agent.said()}") from None
+        raise no_answer(performance, problem) from None
     finally:
         performance.close()
 
@@ -106,9 +106,15 @@ def trouble_disk(build, reference, phase, kind, count, directory):
             return check_refused_start(build, reference, performance)
         return check_saves(build, reference, performance, phase, trouble=(kind, count))
     except (OSError, Hung) as problem:
-        raise Lost(f"no answer: {problem}; {performance.agent.said()}") from None
+        raise no_answer(performance, problem) from None
     finally:
         performance.close()
+
+
+def no_answer(performance, problem):
+    """An agent that has not ended may have waited for its client for too long, on a busy machine."""
+    kind = Missed if performance.agent.process.poll() is None else Lost
+    return kind(f"no answer: {problem}; {performance.agent.said()}")
 
 
 def check_refused_start(build, reference, performance):
