@@ -15,6 +15,8 @@
 namespace agent {
 namespace {
 
+constexpr size_t MAX_GROUP_NAME = 256;  // bytes; eight times what groupadd(8) takes
+
 const AccessRules* g_rules =
     nullptr;  // what the platform function asks; constant while sessions run
 
@@ -38,6 +40,8 @@ std::string AccessRules::adminGroup() const {
 }
 
 std::optional<gid_t> AccessRules::numberOf(const std::string& group) {
+  // A service of the system may end the process over a name that is too long for it.
+  if (group.size() > MAX_GROUP_NAME) return std::nullopt;
   std::vector<char> buffer(1024);
   ::group entry{};
   ::group* found = nullptr;

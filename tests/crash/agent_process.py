@@ -114,4 +114,7 @@ class Agent:
             raise Hung(self.said()) from None
 
     def said(self):
+        """What it has said; all of it if it has ended."""
+        if self.process.poll() is not None and not self.process.stderr.closed:
+            self.log += self.process.stderr.read()
         return self.log.decode(errors="replace")

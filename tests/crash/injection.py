@@ -114,7 +114,8 @@ def trouble_disk(build, reference, phase, kind, count, directory):
 def no_answer(performance, problem):
     """An agent that has not ended may have waited for its client for too long, on a busy machine."""
     kind = Missed if performance.agent.process.poll() is None else Lost
-    return kind(f"no answer: {problem}; {performance.agent.said()}")
+    return kind(f"no answer: {problem}, exit {performance.agent.process.poll()}; "
+                f"{performance.agent.said()}")
 
 
 def check_refused_start(build, reference, performance):

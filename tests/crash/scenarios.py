@@ -39,6 +39,10 @@ class Scenario(NamedTuple):
         """The settings file is, so that it is served whatever the disk says."""
         return self.files.get(SETTINGS, b"").endswith(b"\nend=\n")
 
+    def is_large(self):
+        """Takes a while in each of its runs."""
+        return len(self.text or b"") > 1024 * 1024
+
     def changed_record(self, record):
         rest = record[len(CHANGED_VALUE):]
         if self.text:  # the last parameter, behind a flag

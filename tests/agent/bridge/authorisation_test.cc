@@ -26,6 +26,12 @@ TEST(Authorisation, NumbersOfGroups) {
   EXPECT_EQ(AccessRules::numberOf(""), std::nullopt);
 }
 
+TEST(Authorisation, ANameThatNoGroupCanHaveIsNotAskedFor) {
+  for (const size_t size : {257, 64 * 1024, 16 * 1024 * 1024}) {
+    EXPECT_EQ(AccessRules::numberOf(std::string(size, 'x')), std::nullopt);
+  }
+}
+
 TEST(Authorisation, WhoMayDoWhat) {
   const agent_testing::ServedModule module({.adminGroup = GROUP});
   const gid_t admins = groupNumber();
