@@ -59,6 +59,7 @@ void renameUser(Store& store, const std::string& name, const std::string& newNam
 
 void deleteUsers(Store& store, const std::vector<std::string>& names) {
   std::vector<Change> changes;
+  changes.reserve(names.size());
   for (const std::string& name : names) changes.push_back({Change::RemoveUser, name});
   (void)store.set({{}, changes});
 }

@@ -60,7 +60,7 @@ class Answer {
 Reply GetCommand::execute(BridgeSession& session, const std::string& input) const {
   const auto names = bridge::decodeNames(input);
   if (!names) return {0, Reason::MalformedInput, "the names cannot be read to their end"};
-  const bool seesSecrets = service_.mayWrite(session);
+  const bool seesSecrets = CommandService::mayWrite(session);
   auto saved = saved_.current();
 
   const MutexLock turn(service_.writeTurn());
@@ -69,11 +69,11 @@ Reply GetCommand::execute(BridgeSession& session, const std::string& input) cons
   Answer answer(reader);
   Mistakes mistakes;
   for (const std::string& name : *names) {
-    Parameters::Found found = parameters.find(name);
+    const Parameters::Found found = parameters.find(name);
     if (found.problem.empty()) {
       answer.add(found);
     } else {
-      mistakes.add(std::move(found.problem));
+      mistakes.add(found.problem);
     }
   }
   for (ParamGroup* group : settings_.groups()) {

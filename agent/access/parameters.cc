@@ -103,7 +103,7 @@ USER_t* Parameters::at(const std::pair<std::string, size_t>& place) {
 Parameters::Found Parameters::find(std::string_view name) {
   const Pieces pieces = takeApart(name);
   const auto groups = catalogue_.groups();
-  const auto group = std::ranges::find_if(
+  const auto* const group = std::ranges::find_if(
       groups, [&](const ParamGroup* one) { return pieces.group == one->name; });
   const bool isList = group != groups.end() && *group == catalogue_.USERS;
   if (group == groups.end() || (pieces.user && !isList)) {
@@ -142,43 +142,45 @@ Parameters::Found Parameters::findUser(std::string_view key, std::string_view fu
   return found;
 }
 
+/// Names like one of a user that is not found.
+std::vector<std::string> Parameters::userCandidates(const std::string& name,
+                                                    const std::string& user) {
+  const size_t tail = name.rfind(']') + 1;
+  const Found found = users_.contains(user) ? findUser(user, name) : Found();
+  std::vector<std::string> candidates;
+  if (found.user != nullptr) {
+    const std::string head = name.substr(0, tail) + ".";
+    for (const Param* param : found.user->fileParams) candidates.push_back(head + param->name);
+    return candidates;
+  }
+  for (const auto& [unused, of] : names_) {
+    if (!of.empty())
+      candidates.push_back(std::string("USERS[").append(of) + "]" + name.substr(tail));
+  }
+  return candidates;
+}
+
 /// "; did you mean ...?", or nothing.
 std::string Parameters::suggestionFor(std::string_view name) {
   if (suggestionsLeft_ == 0) return {};
   --suggestionsLeft_;
   const Pieces pieces = takeApart(name);
   std::vector<std::string> candidates;
-  const auto addMembers = [&](const ParamGroup& owner, const std::string& head) {
-    for (const Param* param : owner.fileParams) candidates.push_back(head + param->name);
-  };
-  std::string head;
-  if (pieces.user) {
-    const size_t tail = name.rfind(']') + 1;
-    const Found user = users_.contains(*pieces.user) ? findUser(*pieces.user, name) : Found();
-    if (user.user != nullptr) {
-      addMembers(*user.user, std::string(name.substr(0, tail)) + ".");
-    } else {
-      for (const auto& [unused, of] : names_) {
-        if (!of.empty()) candidates.push_back("USERS[" + of + "]" + std::string(name.substr(tail)));
-      }
-    }
-  } else {
-    // Who leaves the group out is told which one it is.
-    for (const ParamGroup* group : catalogue_.groups()) {
-      candidates.emplace_back(group->name);
-      if (group == catalogue_.USERS) continue;
-      addMembers(*group, pieces.member ? std::string(group->name) + "." : "");
+  std::map<std::string, std::string> fullNames;  // of parameters that are called without a group
+  if (pieces.user) candidates = userCandidates(std::string(name), std::string(*pieces.user));
+  for (const ParamGroup* group : catalogue_.groups()) {
+    if (pieces.user) break;
+    candidates.emplace_back(group->name);
+    if (group == catalogue_.USERS) continue;
+    for (const Param* param : group->fileParams) {
+      const std::string full = std::string(group->name).append(".") + param->name;
+      candidates.push_back(pieces.member ? full : param->name);
+      fullNames.emplace(param->name, full);
     }
   }
   std::string found = text::similar(name, candidates);
   if (found.empty()) return {};
-  for (const ParamGroup* group : catalogue_.groups()) {
-    if (pieces.member || pieces.user || group == catalogue_.USERS) break;
-    if (std::ranges::any_of(group->fileParams,
-                            [&](const Param* param) { return found == param->name; })) {
-      found = std::string(group->name) + "." + found;
-    }
-  }
+  if (fullNames.contains(found)) found = fullNames[found];
   return "; did you mean " + text::escaped(found) + "?";
 }
 

@@ -53,6 +53,7 @@ class Parameters {
   using User = LPARAMS::Server::USER_t;
 
   void needUsers();
+  std::vector<std::string> userCandidates(const std::string& name, const std::string& user);
   std::string suggestionFor(std::string_view name);
 
   LPARAMS::Server::Catalogue& catalogue_;
