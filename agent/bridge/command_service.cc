@@ -179,7 +179,7 @@ Reply CommandService::write(BridgeSession& session, const std::string& input,
   const bridge::Command command{LPARAMS_MODULE_ID, WRITE_GROUP, input};
   const std::string_view name = groupName(input);
   const auto groups = settings_.groups();
-  const auto group =
+  const auto* const group =
       std::ranges::find_if(groups, [&](const ParamGroup* each) { return name == each->name; });
   if (group == groups.end()) return refused(session, call(session, command));
   const GroupValues before(**group);
