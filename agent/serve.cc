@@ -6,6 +6,8 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <exception>
+#include <new>
 #include <optional>
 #include <stop_token>
 #include <thread>
@@ -13,6 +15,7 @@
 #include "agent/agent_commands.h"
 #include "agent/base/end_signals.h"
 #include "agent/base/exit_status.h"
+#include "agent/base/handler_memory.h"
 #include "agent/base/log.h"
 #include "agent/base/stop_wait.h"
 #include "agent/bridge/authorisation.h"
@@ -34,13 +37,13 @@ constexpr std::chrono::seconds DRAIN_LIMIT{15};  // for commands that run when t
 constexpr std::chrono::seconds COUNTING_TIME{1};  // between the sums of what the log leaves out
 
 /// Has the log tell once a second what it has left out, until the timer is cancelled.
-void tellLeftOut(asio::steady_timer& timer) {
+void tellLeftOut(asio::steady_timer& timer, const HandlerMemory& memory) {
   timer.expires_after(COUNTING_TIME);
-  timer.async_wait([&timer](const asio::error_code& cancelled) {
+  timer.async_wait(inMemory(memory, [&timer, memory](const asio::error_code& cancelled) {
     if (cancelled) return;
     logLeftOut(LeftOut::Due);
-    tellLeftOut(timer);
-  });
+    tellLeftOut(timer, memory);
+  }));
 }
 
 /// Ends the process unless it is asked to stop within the limit.
@@ -48,6 +51,26 @@ void enforceDrainLimit(const std::stop_token& stop) {
   if (waitForStop(stop, DRAIN_LIMIT)) return;
   log(Level::Error, "a command did not end in time; what was not saved is lost");
   std::_Exit(EXIT_STUCK);
+}
+
+void limitDrain(std::jthread& thread) {
+  try {
+    thread = std::jthread(enforceDrainLimit);
+  } catch (const std::exception& error) {
+    log(Level::Warning, "the end has no time limit", {{"reason", error.what()}});
+  }
+}
+
+/// Runs until there is no more work, whatever memory there is.
+void run(asio::io_context& io) {
+  for (;;) {
+    try {
+      (void)io.run();
+      return;
+    } catch (const std::bad_alloc&) {
+      log(Level::Error, "no memory for an event");
+    }
+  }
 }
 
 }  // namespace
@@ -73,12 +96,12 @@ void serve(const Options& options, LPARAMS::Server::Server_t& server, SettingsKe
         io, [&] { passEveryLock(server); }, *interval, [] { notifyServiceManager("WATCHDOG=1"); });
   }
   asio::steady_timer counting(io);
-  tellLeftOut(counting);
+  tellLeftOut(counting, HandlerMemory());
   asio::signal_set signals(io, SIGTERM, SIGINT);
   if (endsWithTerminal()) signals.add(SIGHUP);
   signals.async_wait([&](const asio::error_code& error, int signal) {
     if (error) return;
-    drainLimit = std::jthread(enforceDrainLimit);
+    limitDrain(drainLimit);
     log(Level::Info, "stopping", {{"signal", signal}});
     notifyServiceManager("STOPPING=1");
     if (watchdog) watchdog->stop();
@@ -89,7 +112,7 @@ void serve(const Options& options, LPARAMS::Server::Server_t& server, SettingsKe
   log(Level::Info, "listening", {{"socket", options.socket}});
   notifyServiceManager("READY=1");
 
-  io.run();
+  run(io);
   holdEndSignals();  // another one would end the process before it has saved
   logLeftOut(LeftOut::All);
 }

@@ -1,10 +1,17 @@
 #include "bridge/frame_buffer.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "bridge/protocol.h"
 
 namespace bridge {
+
+void FrameBuffer::append(std::string_view bytes) {
+  const size_t skipped = std::min(skipping_, bytes.size());
+  skipping_ -= skipped;
+  bytes_.append(bytes.substr(skipped));
+}
 
 std::optional<std::string> FrameBuffer::takeHello() {
   if (bytes_.size() < HELLO_SIZE) return std::nullopt;
@@ -31,6 +38,15 @@ std::optional<uint32_t> FrameBuffer::oversize() const {
 std::optional<uint32_t> FrameBuffer::announcedSize() const {
   if (bytes_.size() < FRAME_HEAD_SIZE) return std::nullopt;
   return decodeFrameHead(bytes_);
+}
+
+void FrameBuffer::reserveFrame() { bytes_.reserve(FRAME_HEAD_SIZE + *announcedSize()); }
+
+void FrameBuffer::skipFrame() {
+  const size_t size = FRAME_HEAD_SIZE + *announcedSize();
+  const size_t here = std::min(size, bytes_.size());
+  bytes_.erase(0, here);
+  skipping_ = size - here;
 }
 
 /// What follows is copied, not what is taken: that may be large, and mostly nothing follows.

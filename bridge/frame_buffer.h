@@ -12,10 +12,10 @@ namespace bridge {
 /// the frames that they are. Not thread-safe.
 class FrameBuffer {
  public:
-  void append(std::string_view bytes) { bytes_.append(bytes); }
+  void append(std::string_view bytes);
 
   /// Whether no bytes are left: the other side has sent no part of a next hello or frame.
-  bool empty() const { return bytes_.empty(); }
+  bool empty() const { return bytes_.empty() && skipping_ == 0; }
 
   /// Takes HELLO_SIZE bytes off the front; nothing as long as there are fewer.
   std::optional<std::string> takeHello();
@@ -31,11 +31,23 @@ class FrameBuffer {
   /// never given out, nor is anything behind it.
   std::optional<uint32_t> oversize() const;
 
- private:
+  /// What the next frame's head announces; nothing as long as it is not there as a whole.
   std::optional<uint32_t> announcedSize() const;
+
+  /// Makes room for the next frame at once. REQUIRES: its head is there.
+  void reserveFrame();
+
+  /// Drops the next frame, what has come of it and what will. REQUIRES: its head is there.
+  void skipFrame();
+
+  /// Whether a part of a frame that is dropped has not come yet.
+  bool isSkipping() const { return skipping_ > 0; }
+
+ private:
   std::string take(size_t size);
 
   std::string bytes_;
+  size_t skipping_ = 0;  // bytes that are to come and to be dropped
 };
 
 }  // namespace bridge

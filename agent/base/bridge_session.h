@@ -7,6 +7,8 @@
 #include <utility>
 #include <vector>
 
+#include "agent/base/quota.h"
+
 /// Who is at the other end, from the kernel's word for it, and the command that runs, if one does.
 /// One command of a session runs at a time, on one thread.
 class BridgeSession {
@@ -30,6 +32,9 @@ class BridgeSession {
   const std::string program;  ///< any bytes that the process has chosen, for the log alone
 
   RunningCommand command;
+
+  /// What its reply takes of the memory for all sessions; null if nobody counts.
+  agent::QuotaShare* replyBytes = nullptr;
 
   /// The session whose command runs on this thread; null outside of one. For a callback that is
   /// told nothing: the save hook.

@@ -6,6 +6,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <variant>
 
 namespace agent {
 
@@ -13,13 +14,14 @@ namespace agent {
 enum class Level { Error = 3, Warning = 4, Notice = 5, Info = 6 };
 
 /// A key and its value, written as key=value behind the message. The value is shown whole: one that
-/// comes from a file or a client goes through shortened() first.
+/// comes from a file or a client goes through shortened() first. It refers to the text and copies
+/// nothing.
 struct Field {
   Field(std::string_view key, std::string_view value) : key(key), value(value) {}
-  Field(std::string_view key, long long value) : key(key), value(std::to_string(value)) {}
+  Field(std::string_view key, long long value) : key(key), value(value) {}
 
   std::string_view key;
-  std::string value;
+  std::variant<std::string_view, long long> value;
 };
 
 /// Makes every line begin with its priority as the journal reads it, "<4>" (sd-daemon(3)). Call
@@ -28,15 +30,17 @@ void logForJournal();
 bool logsForJournal();
 
 /// Writes one line, with control characters as text::escaped() has them. Never waits: lines that
-/// nobody reads are lost, and the next one that is read says how many they were. Thread-safe.
-void log(Level level, std::string_view message, std::initializer_list<Field> fields = {});
+/// nobody reads are lost, and the next one that is read says how many they were. If there is no
+/// memory for the line, the message is written without the fields. Thread-safe.
+void log(Level level, std::string_view message, std::initializer_list<Field> fields = {}) noexcept;
 
 /// The same with fields that are not known beforehand.
-void log(Level level, std::string_view message, std::span<const Field> fields);
+void log(Level level, std::string_view message, std::span<const Field> fields) noexcept;
 
 /// The same for what clients can cause as often as they like: one line of a message in a second,
 /// which says how many were left out since the one before.
-void logOften(Level level, std::string_view message, std::initializer_list<Field> fields = {});
+void logOften(Level level, std::string_view message,
+              std::initializer_list<Field> fields = {}) noexcept;
 
 enum class LeftOut {
   Due,  ///< for a second
@@ -45,7 +49,7 @@ enum class LeftOut {
 
 /// Says for each message of logOften() how many were left out since its last line, if there were
 /// any: of those that are due once a second, of all at the end.
-void logLeftOut(LeftOut which);
+void logLeftOut(LeftOut which) noexcept;
 
 inline constexpr size_t MAX_FOREIGN = 200;  ///< bytes of a foreign text that a line shows
 

@@ -1,6 +1,7 @@
 #include <chrono>
 #include <functional>
 #include <map>
+#include <new>
 #include <utility>
 
 #include "agent/base/log.h"
@@ -30,7 +31,8 @@ std::string withCount(std::string_view message, long long leftOut) {
 
 }  // namespace
 
-void logOften(Level level, std::string_view message, std::initializer_list<Field> fields) {
+void logOften(Level level, std::string_view message, std::initializer_list<Field> fields) noexcept
+    try {
   const auto now = Clock::now();
   long long leftOut = 0;
   {
@@ -48,16 +50,21 @@ void logOften(Level level, std::string_view message, std::initializer_list<Field
   }
   if (leftOut == 0) return log(level, message, fields);
   log(level, withCount(message, leftOut), fields);
+} catch (const std::bad_alloc&) {
+  log(level, message, fields);
 }
 
-void logLeftOut(LeftOut which) {
+void logLeftOut(LeftOut which) noexcept try {
   const auto now = Clock::now();
   const MutexLock lock(g_mutex);
   for (auto& [message, told] : g_messages) {
     if (told.leftOut == 0 || (which == LeftOut::Due && now - told.last < PAUSE)) continue;
-    log(told.level, withCount(message, std::exchange(told.leftOut, 0)));
+    log(told.level, withCount(message, told.leftOut));
+    told.leftOut = 0;
     told.last = now;
   }
+} catch (const std::bad_alloc&) {
+  // The next time will tell.
 }
 
 }  // namespace agent

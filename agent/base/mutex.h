@@ -34,7 +34,7 @@ class THREAD_ANNOTATION(capability("mutex")) Mutex {
   std::mutex mutex_;
 };
 
-/// Holds a mutex to the end of its scope, or until unlock().
+/// Holds a mutex to the end of its scope, but between unlock() and lock().
 class THREAD_ANNOTATION(scoped_lockable) MutexLock {
  public:
   explicit MutexLock(Mutex& mutex) THREAD_ANNOTATION(acquire_capability(mutex)) : lock_(mutex) {}
@@ -43,6 +43,7 @@ class THREAD_ANNOTATION(scoped_lockable) MutexLock {
   MutexLock(const MutexLock&) = delete;
   MutexLock& operator=(const MutexLock&) = delete;
 
+  void lock() THREAD_ANNOTATION(acquire_capability()) { lock_.lock(); }
   void unlock() THREAD_ANNOTATION(release_capability()) { lock_.unlock(); }
 
  private:

@@ -1,13 +1,16 @@
 #include "agent/bridge/bridge_server.h"
 
-#include <fcntl.h>
 #include <pthread.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
-#include <system_error>
+#include <cerrno>
+#include <cstring>
+#include <exception>
 #include <utility>
 
 #include "agent/base/log.h"
+#include "agent/bridge/limits.h"
 #include "agent/bridge/peer_credentials.h"
 
 namespace agent {
@@ -15,11 +18,10 @@ namespace {
 
 using asio::local::stream_protocol;
 
-constexpr size_t MAX_SESSIONS = 256;
 constexpr std::chrono::milliseconds RETRY_PAUSE{100};
 
-/// Of a connection's thread, in bytes. MAX_SESSIONS threads with the system's default would fill a
-/// 32-bit address space.
+/// Of a connection's thread, in bytes. SESSION_LIMITS.all threads with the system's default would
+/// fill a 32-bit address space.
 constexpr size_t STACK_SIZE = 1024 * 1024;
 
 void limitStacks() {
@@ -38,56 +40,78 @@ BridgeServer::BridgeServer(asio::io_context& io, std::string path, CommandServic
       path_(std::move(path)),
       acceptor_(listenAt(io, path_)),
       identity_(identityOf(path_)),
-      retry_(io) {
+      retry_(io),
+      sessionQuota_(SESSION_LIMITS),
+      memoryQuota_(MEMORY_LIMITS) {
   limitStacks();
-  acceptNext();
+  acceptAfter(std::chrono::milliseconds(0));  // the timer has its memory from now on
+}
+
+BridgeServer::Socket::~Socket() {
+  if (handle_ >= 0) (void)::close(handle_);
 }
 
 BridgeServer::~BridgeServer() { close(); }
 
 void BridgeServer::acceptNext() {
-  acceptor_.async_accept([this](const asio::error_code& error, stream_protocol::socket socket) {
+  const auto accept = [this](const asio::error_code& error) {
     if (!acceptor_.is_open()) return;
-    if (!error) {
-      open(std::move(socket));
+    const int socket =
+        error ? -1 : ::accept4(acceptor_.native_handle(), nullptr, nullptr, SOCK_CLOEXEC);
+    if (socket >= 0) {
+      open(Socket(socket));
       return acceptNext();
     }
-    logOften(Level::Error, "a client could not be taken", {{"reason", error.message()}});
-    retry_.expires_after(RETRY_PAUSE);
-    retry_.async_wait([this](const asio::error_code& cancelled) {
-      if (!cancelled) acceptNext();
-    });
-  });
+    const int reason = error ? error.value() : errno;
+    if (reason == EAGAIN || reason == EINTR || reason == ECONNABORTED) return acceptNext();
+    logOften(Level::Error, "a client could not be taken", {{"reason", ::strerrordesc_np(reason)}});
+    acceptAfter(RETRY_PAUSE);
+  };
+  acceptor_.async_wait(stream_protocol::acceptor::wait_read, inMemory(acceptMemory_, accept));
 }
 
-void BridgeServer::open(stream_protocol::socket socket) {
-  // The library accepts sockets without the flag.
-  (void)::fcntl(socket.native_handle(), F_SETFD, FD_CLOEXEC);
-  const auto peer = peerOf(socket.native_handle());
+void BridgeServer::acceptAfter(std::chrono::milliseconds pause) {
+  retry_.expires_after(pause);
+  retry_.async_wait(inMemory(retryMemory_, [this](const asio::error_code& cancelled) {
+    if (!cancelled) acceptNext();
+  }));
+}
+
+void BridgeServer::open(Socket socket) try {
+  const auto peer = peerOf(socket.handle());
   if (!peer) return;
-  if (sessions_.size() >= MAX_SESSIONS) {
-    logOften(Level::Warning, "a client was turned away: too many sessions",
-             {{"sessions", static_cast<long long>(sessions_.size())}, {"uid", peer->uid}});
-    return;
-  }
-  asio::error_code failed;
-  const int handle = socket.release(failed);
-  if (failed) return;
-  const auto place = sessions_.emplace(sessions_.end());
-  const auto leave = [this, place] {
-    sessions_.erase(place);
-    sessionCount_ = sessions_.size();
-  };
-  const auto session = std::make_shared<ClientConnection>(io_, handle, *peer, service_, leave);
-  *place = session;
-  sessionCount_ = sessions_.size();
+  const auto place = sessions_.emplace(sessions_.end(), sessionQuota_, peer->uid);
   try {
-    session->start();
-  } catch (const std::system_error& error) {
-    logOften(Level::Error, "a client was turned away: no thread for it",
-             {{"reason", error.what()}});
-    leave();
+    begin(std::move(socket), *peer, place);
+  } catch (...) {
+    leave(place);
+    throw;
   }
+} catch (const std::exception& error) {
+  logOften(Level::Error, "a client was turned away: no thread or memory for it",
+           {{"reason", error.what()}});
+}
+
+void BridgeServer::begin(Socket socket, const BridgeSession& peer, Place place) {
+  if (!place->counted.resize(1)) {
+    logOften(Level::Warning, "a client was turned away: too many sessions",
+             {{"sessions", static_cast<long long>(sessions())},
+              {"uid", peer.uid},
+              {"pid", peer.pid},
+              {"program", peer.program}});
+    return leave(place);
+  }
+  const auto session = std::make_shared<ClientConnection>(
+      io_, socket.handle(), peer, service_, memoryQuota_, [this, place] { leave(place); });
+  socket.release();
+  place->session = session;
+  sessionCount_ = sessions_.size();
+  session->start();
+}
+
+void BridgeServer::leave(Place place) {
+  sessions_.erase(place);
+  sessionCount_ = sessions_.size();
 }
 
 void BridgeServer::close() {
@@ -102,8 +126,8 @@ void BridgeServer::close() {
 void BridgeServer::stop() {
   close();
   retry_.cancel();
-  for (const auto& weak : std::list(sessions_)) {  // a copy: a session that ends leaves the list
-    if (const auto session = weak.lock()) session->stop();
+  for (const Entry& entry : sessions_) {
+    if (const auto session = entry.session.lock()) session->stop();
   }
 }
 

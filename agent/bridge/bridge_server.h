@@ -5,10 +5,15 @@
 #include <asio/local/stream_protocol.hpp>
 #include <asio/steady_timer.hpp>
 #include <atomic>
+#include <chrono>
 #include <list>
 #include <memory>
 #include <string>
+#include <utility>
 
+#include "agent/base/bridge_session.h"
+#include "agent/base/handler_memory.h"
+#include "agent/base/quota.h"
 #include "agent/bridge/client_connection.h"
 #include "agent/bridge/command_service.h"
 #include "agent/bridge/socket_path.h"
@@ -37,17 +42,50 @@ class BridgeServer {
   size_t sessions() const { return sessionCount_; }
 
  private:
+  struct Entry {
+    Entry(Quota& sessions, uid_t user) : counted(sessions, user) {}
+
+    std::weak_ptr<ClientConnection> session;
+    QuotaShare counted;
+  };
+  using Place = std::list<Entry>::iterator;
+
+  /// A descriptor that is closed unless it is given on.
+  class Socket {
+   public:
+    explicit Socket(int handle) : handle_(handle) {}
+    Socket(Socket&& other) noexcept : handle_(std::exchange(other.handle_, -1)) {}
+    ~Socket();
+
+    Socket(const Socket&) = delete;
+    Socket& operator=(const Socket&) = delete;
+    Socket& operator=(Socket&&) = delete;
+
+    int handle() const { return handle_; }
+    void release() { handle_ = -1; }
+
+   private:
+    int handle_;
+  };
+
   void acceptNext();
   void close();
-  void open(asio::local::stream_protocol::socket socket);
+  void acceptAfter(std::chrono::milliseconds pause);
+  void open(Socket socket);
+  void begin(Socket socket, const BridgeSession& peer, Place place);
+  void leave(Place place);
 
   asio::io_context& io_;
   CommandService& service_;
   const std::string path_;
   asio::local::stream_protocol::acceptor acceptor_;
   const FileIdentity identity_;  // of the socket
-  asio::steady_timer retry_;     // while no client can be taken, e.g. for want of descriptors
-  std::list<std::weak_ptr<ClientConnection>> sessions_;
+  asio::steady_timer retry_;     // before the next client, and while none can be taken
+  HandlerMemory acceptMemory_;
+  HandlerMemory retryMemory_;
+  Quota sessionQuota_;
+  Quota memoryQuota_;
+  std::list<Entry> sessions_;
   std::atomic<size_t> sessionCount_ = 0;
 };
 

@@ -1,7 +1,10 @@
 #include "agent/bridge/change_tracker.h"
 
 #include <chrono>
+#include <new>
 #include <utility>
+
+#include "agent/base/log.h"
 
 namespace agent {
 
@@ -29,7 +32,13 @@ uint64_t ChangeTracker::written(std::string_view group, const BridgeSession& wri
   const auto found = revisions_.find(group);
   if (found == revisions_.end()) return 0;
   const bridge::Event event{found->first, ++found->second, writer.uid, writer.pid};
-  for (const Subscriber& subscriber : subscribers_) subscriber(event);
+  for (const Subscriber& subscriber : subscribers_) {
+    try {
+      subscriber(event);
+    } catch (const std::bad_alloc&) {
+      logOften(Level::Error, "no memory to tell of a write");
+    }
+  }
   return event.revision;
 }
 

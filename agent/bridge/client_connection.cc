@@ -9,31 +9,21 @@
 #include <asio/post.hpp>
 #include <cerrno>
 #include <exception>
-#include <string_view>
+#include <new>
+#include <system_error>
 #include <utility>
 #include <variant>
 
 #include "agent/base/log.h"
 #include "agent/bridge/command_log.h"
+#include "agent/bridge/limits.h"
 #include "agent/bridge/listener_registry.h"
 #include "bridge/protocol.h"
 
 namespace agent {
-namespace {
-
-/// A client is disconnected if it takes longer than this to send its hello, to send the rest of a
-/// frame that it has begun, or to take more of what the agent sends.
-constexpr std::chrono::seconds CLIENT_TIMEOUT{20};
-constexpr std::chrono::seconds CLOCK_TICK{5};
-
-/// The same while the agent stops. With the tick this is less than a running command gets, so that
-/// a client that takes nothing cannot make the stop fail.
-constexpr std::chrono::seconds CLIENT_TIMEOUT_AT_STOP{5};
-
-}  // namespace
-
 ClientConnection::ClientConnection(asio::io_context& io, int socket, BridgeSession peer,
-                                   CommandService& service, std::function<void()> onEnd)
+                                   CommandService& service, Quota& memory,
+                                   std::function<void()> onEnd)
     : io_(io),
       socket_(socket),
       timer_(io),
@@ -41,19 +31,32 @@ ClientConnection::ClientConnection(asio::io_context& io, int socket, BridgeSessi
       peer_(std::move(peer)),
       service_(service),
       onEnd_(std::move(onEnd)),
-      sendQueue_(
-          socket,
-          [this] { asio::post(io_, [self = shared_from_this()] { self->waitUntilWritable(); }); }),
-      waitingSince_(Clock::now().time_since_epoch().count()) {}
+      sendQueue_(socket,
+                 [this] {
+                   asio::post(io_, inMemory(backlogMemory_, [self = shared_from_this()] {
+                                self->waitUntilWritable();
+                              }));
+                 }),
+      frameBytes_(memory, peer_.uid),
+      replyBytes_(memory, peer_.uid),
+      waitingSince_(Clock::now().time_since_epoch().count()) {
+  peer_.replyBytes = &replyBytes_;
+}
 
 ClientConnection::~ClientConnection() { (void)::close(socket_); }
 
 void ClientConnection::start() {
-  thread_ = std::thread([self = shared_from_this(), work = asio::make_work_guard(io_)] {
-    self->run();
-    asio::post(work.get_executor(), [self] { self->finish(); });
-  });
   watchClock();
+  try {
+    thread_ = std::thread([self = shared_from_this(), work = asio::make_work_guard(io_)] {
+      self->run();
+      asio::post(work.get_executor(), inMemory(self->endMemory_, [self] { self->finish(); }));
+    });
+  } catch (...) {
+    ended_ = true;
+    timer_.cancel();
+    throw;
+  }
 }
 
 void ClientConnection::stop() {
@@ -62,34 +65,37 @@ void ClientConnection::stop() {
 }
 
 void ClientConnection::waitUntilWritable() {
-  // A duplicate, so that requests that arrive on the socket wake only the connection's thread.
-  const int duplicate = ::fcntl(socket_, F_DUPFD_CLOEXEC, 0);
-  asio::error_code failed;
-  if (duplicate < 0) {
-    failed.assign(errno, asio::error::get_system_category());
-  } else {
-    (void)writable_.assign(duplicate, failed);
-    if (failed) (void)::close(duplicate);
-  }
-  if (failed) {
+  try {
+    // A duplicate, so that requests that arrive on the socket wake only the connection's thread.
+    const int duplicate = ::fcntl(socket_, F_DUPFD_CLOEXEC, 0);
+    if (duplicate < 0) throw std::system_error(errno, std::generic_category());
+    try {
+      writable_.assign(duplicate);
+    } catch (...) {
+      (void)::close(duplicate);
+      throw;
+    }
+    writable_.async_wait(
+        asio::posix::descriptor_base::wait_write,
+        inMemory(backlogMemory_, [self = shared_from_this()](const asio::error_code& /*ended*/) {
+          asio::error_code ignored;
+          (void)self->writable_.close(ignored);
+          self->sendQueue_.writeMore();
+        }));
+  } catch (const std::exception& failed) {
     logOften(Level::Error, "session closed: its client cannot be waited for",
-             {{"reason", failed.message()},
+             {{"reason", failed.what()},
               {"uid", peer_.uid},
               {"pid", peer_.pid},
               {"program", peer_.program}});
-    return interrupt();
+    interrupt();
   }
-  writable_.async_wait(asio::posix::descriptor_base::wait_write,
-                       [self = shared_from_this()](const asio::error_code& /*ended*/) {
-                         asio::error_code ignored;
-                         (void)self->writable_.close(ignored);
-                         self->sendQueue_.writeMore();
-                       });
 }
 
 void ClientConnection::watchClock() {
   timer_.expires_after(CLOCK_TICK);
-  timer_.async_wait([self = shared_from_this()](const asio::error_code& /*cancelled*/) {
+  timer_.async_wait(inMemory(clockMemory_, [self = shared_from_this()](
+                                               const asio::error_code& /*cancelled*/) {
     if (self->ended_) return;
     if (self->isOverdue()) {
       logOften(
@@ -98,7 +104,7 @@ void ClientConnection::watchClock() {
       self->interrupt();
     }
     self->watchClock();
-  });
+  }));
 }
 
 bool ClientConnection::isOverdue() const {
@@ -120,11 +126,11 @@ void ClientConnection::finish() {
 }
 
 void ClientConnection::run() {
-  bool greeted = false;
+  bool opened = false;
   try {
-    greeted = handleHello();
-    if (greeted) {
+    if (handleHello()) {
       listenerRegistry().sessionOpened(peer_);
+      opened = true;
       serve();
     }
   } catch (const std::exception& failed) {
@@ -133,10 +139,19 @@ void ClientConnection::run() {
               {"uid", peer_.uid},
               {"pid", peer_.pid},
               {"program", peer_.program}});
+    if (opened) tellOfFailure();
   }
   if (subscription_) service_.changes().unsubscribe(*subscription_);
-  if (greeted) listenerRegistry().sessionClosed(peer_);
+  if (opened) listenerRegistry().sessionClosed(peer_);
   (void)sendQueue_.waitUntilWritten();
+}
+
+/// The last reply, if there is memory for so much.
+void ClientConnection::tellOfFailure() noexcept try {
+  (void)post(bridge::encode(bridge::failure(
+      bridge::Reason::Busy, "there is no memory for the request or its reply; try again")));
+} catch (const std::bad_alloc&) {
+  // The client sees the end of the session.
 }
 
 /// False if the session ends with it.
@@ -174,9 +189,22 @@ bool ClientConnection::awaitFrame() {
       waitingSince_ = Clock::now().time_since_epoch().count();
     }
     if (!readMore()) return false;
+    if (!refused_) makeRoom();
+    if (refused_ && !input_.isSkipping()) break;
   }
   if (waiting) waitingSince_ = NOTHING;
   return true;
+}
+
+/// Has the next frame counted as soon as its size is known. If there is no room for it, it is
+/// dropped as it comes.
+void ClientConnection::makeRoom() {
+  const auto size = input_.announcedSize();
+  if (!size || input_.oversize() || counted_) return;
+  counted_ = frameBytes_.resize(*size);
+  refused_ = !counted_;
+  if (refused_) return input_.skipFrame();
+  input_.reserveFrame();
 }
 
 bool ClientConnection::readMore() {
@@ -198,53 +226,64 @@ bool ClientConnection::readMore() {
 
 /// False if the session ends with its reply.
 bool ClientConnection::handleFrame() {
+  if (std::exchange(refused_, false)) return sendRefusal(CommandService::busy(peer_));
   if (const auto size = input_.oversize()) {
     return refuseFrame("a frame of " + std::to_string(*size) + " bytes is over the limit of " +
                        std::to_string(bridge::MAX_FRAME_SIZE));
   }
-  const auto request = bridge::decodeRequest(*input_.takeFrame());
+  auto request = bridge::decodeRequest(*input_.takeFrame());
+  counted_ = false;
   if (!request) return refuseFrame("the frame holds no request");
-  return handleRequest(*request);
+  if (std::holds_alternative<bridge::Subscription>(*request)) return subscribe();
+  bridge::Reply reply = execute(*request);
+  request.reset();  // whatever the client does with the reply
+  (void)frameBytes_.resize(0);
+  return send(std::move(reply));
 }
 
 /// The session ends with it: false.
 bool ClientConnection::refuseFrame(std::string reason) {
-  const bridge::Reply reply = bridge::failure(bridge::Reason::MalformedFrame, std::move(reason));
-  logRefusal(peer_, reply);
-  (void)send(reply);
+  (void)sendRefusal(bridge::failure(bridge::Reason::MalformedFrame, std::move(reason)));
   return false;
 }
 
-bool ClientConnection::handleRequest(const bridge::Request& request) {
+bool ClientConnection::sendRefusal(bridge::Reply reply) {
+  logRefusal(peer_, reply);
+  return send(std::move(reply));
+}
+
+bridge::Reply ClientConnection::execute(const bridge::Request& request) {
   if (const auto* command = std::get_if<bridge::Command>(&request)) {
-    return send(service_.execute(peer_, *command));
+    return service_.execute(peer_, *command);
   }
   if (const auto* command = std::get_if<bridge::AgentCommand>(&request)) {
-    return send(service_.execute(peer_, *command));
+    return service_.execute(peer_, *command);
   }
-  if (std::holds_alternative<bridge::Subscription>(request)) return subscribe();
-  return send(service_.status());
+  return service_.status();
 }
 
 bool ClientConnection::subscribe() {
   const bridge::Reply done{1};
   if (subscription_) return send(done);
   SendQueue::Outcome outcome{};
-  subscription_ = service_.changes().subscribe(
-      [this](const bridge::Event& event) { (void)post(bridge::encode(event)); },
-      [&] { outcome = post(bridge::encode(done)); });
+  subscription_ =
+      service_.changes().subscribe([this](const bridge::Event& event) { postEvent(event); },
+                                   [&] { outcome = post(bridge::encode(done)); });
   return settle(outcome);
 }
 
-bool ClientConnection::send(const bridge::Reply& reply) {
-  if (reply.output.size() > bridge::MAX_REPLY_OUTPUT) {
-    const bridge::Reply instead = bridge::failure(
-        bridge::Reason::ReplyTooLarge,
-        "the output of " + std::to_string(reply.output.size()) + " bytes does not fit a frame");
-    logRefusal(peer_, instead);
-    return send(instead);
+bool ClientConnection::send(bridge::Reply reply) {
+  const size_t size = reply.output.size();
+  if (size > bridge::MAX_REPLY_OUTPUT) {
+    return sendRefusal(
+        bridge::failure(bridge::Reason::ReplyTooLarge,
+                        "the output of " + std::to_string(size) + " bytes does not fit a frame"));
   }
-  return settle(post(bridge::encode(reply)));
+  if (!replyBytes_.resize(size)) return sendRefusal(CommandService::busy(peer_));
+  std::string frame = bridge::encode(std::exchange(reply, {}));
+  const bool taken = settle(post(std::move(frame)));
+  (void)replyBytes_.resize(0);
+  return taken;
 }
 
 /// A client that does not take its replies is not read from. False if it never will take this one.
@@ -254,14 +293,28 @@ bool ClientConnection::settle(SendQueue::Outcome outcome) {
 }
 
 /// For replies and, on the thread of whoever has written, for events. Does not wait.
-SendQueue::Outcome ClientConnection::post(std::string_view frame) {
-  const SendQueue::Outcome outcome = sendQueue_.send(frame);
+SendQueue::Outcome ClientConnection::post(std::string frame) {
+  SendQueue::Outcome outcome = SendQueue::Outcome::Closed;
+  try {
+    outcome = sendQueue_.send(std::move(frame));
+  } catch (const std::bad_alloc&) {
+    logOften(Level::Error, "session closed: no memory for what its client does not take",
+             {{"uid", peer_.uid}, {"pid", peer_.pid}, {"program", peer_.program}});
+    interrupt();
+  }
   if (outcome == SendQueue::Outcome::Overflow) {
     logOften(Level::Warning, "session closed: the client does not take its events",
              {{"uid", peer_.uid}, {"pid", peer_.pid}, {"program", peer_.program}});
     interrupt();
   }
   return outcome;
+}
+
+/// The writer is not to suffer for a subscriber.
+void ClientConnection::postEvent(const bridge::Event& event) noexcept try {
+  (void)post(bridge::encode(event));
+} catch (const std::bad_alloc&) {
+  interrupt();
 }
 
 /// Ends whatever the connection's thread waits for from the client.

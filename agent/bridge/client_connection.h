@@ -11,10 +11,11 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <thread>
 
 #include "agent/base/bridge_session.h"
+#include "agent/base/handler_memory.h"
+#include "agent/base/quota.h"
 #include "agent/bridge/command_service.h"
 #include "agent/bridge/send_queue.h"
 #include "bridge/frame_buffer.h"
@@ -30,17 +31,18 @@ namespace agent {
 /// thread that runs the context. Keeps itself alive until its end.
 class ClientConnection : public std::enable_shared_from_this<ClientConnection> {
  public:
-  /// Takes the socket. `onEnd` is called once, on the context's thread. REQUIRES: the context and
-  /// the service outlive the connection.
+  /// Takes the socket; an exception leaves it to the caller. What requests and replies take of
+  /// `memory`, in bytes, is counted. `onEnd` is called once, on the context's thread. REQUIRES: the
+  /// context, the service and the quota outlive the connection.
   ClientConnection(asio::io_context& io, int socket, BridgeSession peer, CommandService& service,
-                   std::function<void()> onEnd);
+                   Quota& memory, std::function<void()> onEnd);
   ~ClientConnection();
 
   ClientConnection(const ClientConnection&) = delete;
   ClientConnection& operator=(const ClientConnection&) = delete;
 
-  /// Starts to serve the client. Throws std::system_error if there can be no thread for it; `onEnd`
-  /// is not called then.
+  /// Starts to serve the client. Throws std::system_error or std::bad_alloc if there can be no
+  /// thread for it; `onEnd` is not called then.
   void start();
 
   /// Ends the connection as soon as the running command, if any, has been answered.
@@ -61,15 +63,19 @@ class ClientConnection : public std::enable_shared_from_this<ClientConnection> {
   void serve();
   bool awaitFrame();
   bool readMore();
+  void makeRoom();
   bool handleFrame();
   bool refuseFrame(std::string reason);
-  bool handleRequest(const bridge::Request& request);
+  bool sendRefusal(bridge::Reply reply);
+  bridge::Reply execute(const bridge::Request& request);
   bool subscribe();
-  bool send(const bridge::Reply& reply);
+  bool send(bridge::Reply reply);
+  void tellOfFailure() noexcept;
   bool settle(SendQueue::Outcome outcome);
 
   // On any.
-  SendQueue::Outcome post(std::string_view frame);
+  SendQueue::Outcome post(std::string frame);
+  void postEvent(const bridge::Event& event) noexcept;
   void interrupt();
 
   asio::io_context& io_;
@@ -79,6 +85,11 @@ class ClientConnection : public std::enable_shared_from_this<ClientConnection> {
   BridgeSession peer_;
   CommandService& service_;
   std::function<void()> onEnd_;
+  // Of what the context is to do for this connection, one of each at a time: it can be asked for
+  // without any other memory.
+  HandlerMemory clockMemory_;
+  HandlerMemory backlogMemory_;
+  HandlerMemory endMemory_;
   SendQueue sendQueue_;
   std::thread thread_;
   bool ended_ = false;
@@ -87,6 +98,10 @@ class ClientConnection : public std::enable_shared_from_this<ClientConnection> {
   std::optional<ChangeTracker::Ticket> subscription_;
   std::array<char, 4096> chunk_{};
   bridge::FrameBuffer input_;  // received and not yet handled
+  QuotaShare frameBytes_;      // of the request that arrives or is executed
+  QuotaShare replyBytes_;      // of the reply, until it is taken
+  bool counted_ = false;       // the next frame
+  bool refused_ = false;       // the next frame: there is no room for it
 
   enum class State {
     Waiting,   // for a hello or a request

@@ -118,7 +118,16 @@ Reply CommandService::execute(BridgeSession& session, const bridge::AgentCommand
 Reply CommandService::readGroup(BridgeSession& session, const bridge::Command& command) {
   // Asked for before the values: a write in between makes the revision too old, never too new.
   const uint64_t revision = changes_.revision(groupName(command.input));
-  Reply reply = call(session, command);
+  Reply reply;
+  {
+    // The module reads one group at a time, too. Each reply is counted before the next is made, so
+    // that there are never many that nobody counts.
+    const MutexLock turn(readTurn_);
+    reply = call(session, command);
+    if (session.replyBytes != nullptr && !session.replyBytes->resize(reply.output.size())) {
+      return busy(session);
+    }
+  }
   reply.revision = revision;
   if (reply.result != 0 && check_ != nullptr) hideSecrets(session, groupName(command.input), reply);
   return reply;
@@ -184,7 +193,13 @@ Reply CommandService::write(BridgeSession& session, const std::string& input,
   if (group == groups.end()) return refused(session, call(session, command));
   const GroupValues before(**group);
   prepare();
-  Reply reply = call(session, command);
+  Reply reply;
+  try {
+    reply = call(session, command);
+  } catch (...) {
+    (void)changes_.written(name, session);  // it may have been
+    throw;
+  }
   if (!mayHaveWritten(reply)) {
     reply.revision = changes_.revision(name);
     return refused(session, std::move(reply));
@@ -192,6 +207,12 @@ Reply CommandService::write(BridgeSession& session, const std::string& input,
   reply.revision = changes_.written(name, session);
   logWrite(session, name, before.changesUntil(GroupValues(**group)), reply);
   return reply;
+}
+
+Reply CommandService::busy(const BridgeSession& session) {
+  return failure(Reason::Busy,
+                 "the requests and replies under way take all the memory that there is for user " +
+                     std::to_string(session.uid) + "; try again");
 }
 
 Reply CommandService::status() const { return {1, Reason::None, {}, status_()}; }

@@ -45,6 +45,10 @@ class CommandService {
   bridge::Reply execute(BridgeSession& session, const bridge::AgentCommand& command) const;
 
   bridge::Reply status() const;
+
+  /// Of a request that there is no room for, or for whose reply there is none.
+  static bridge::Reply busy(const BridgeSession& session);
+
   ChangeTracker& changes() { return changes_; }
 
   // For commands of the agent that read or write settings. The write turn is theirs to hold from
@@ -71,6 +75,7 @@ class CommandService {
 
   const LPARAMS::Server::Catalogue& settings_;
   WriteTurn& writeTurn_;  ///< held from the look at a revision to the end of the write
+  Mutex readTurn_;        ///< held while a group is read
   ChangeTracker& changes_;
   const RecordCheck* const check_;
   const std::function<std::string()> status_;

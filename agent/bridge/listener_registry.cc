@@ -2,34 +2,48 @@
 
 #include <algorithm>
 #include <exception>
-#include <utility>
-#include <vector>
+#include <string_view>
+
+#include "agent/base/log.h"
 
 namespace agent {
+
+namespace {
+
+/// What a listener throws concerns neither the others nor the session.
+template <typename Visit>
+void tell(CommandListener& listener, Visit& visit) noexcept {
+  constexpr std::string_view MESSAGE = "a module failed when it was told of a session";
+  try {
+    visit(listener);
+  } catch (const std::exception& failure) {
+    logOften(Level::Error, MESSAGE, {{"module", listener.moduleId}, {"reason", failure.what()}});
+  } catch (...) {
+    logOften(Level::Error, MESSAGE, {{"module", listener.moduleId}});
+  }
+}
+
+}  // namespace
 
 /// Keeps an entry in the list while one of its listener's operations runs.
 class ListenerRegistry::Call {
  public:
   Call(ListenerRegistry& registry, Entry& entry) REQUIRES(registry.mutex_)
-      : registry_(registry), entry_(&entry) {
-    ++entry_->running;
+      : registry_(registry), entry_(entry) {
+    ++entry_.running;
   }
   ~Call() {
-    if (entry_ == nullptr) return;
     const MutexLock lock(registry_.mutex_);
-    if (--entry_->running == 0 && entry_->removed) registry_.idle_.notifyAll();
+    if (--entry_.running == 0 && entry_.removed) registry_.idle_.notifyAll();
   }
-  Call(Call&& other) noexcept
-      : registry_(other.registry_), entry_(std::exchange(other.entry_, nullptr)) {}
   Call(const Call&) = delete;
   Call& operator=(const Call&) = delete;
-  Call& operator=(Call&&) = delete;
 
-  CommandListener& listener() const { return *entry_->listener; }
+  CommandListener& listener() const { return *entry_.listener; }
 
  private:
   ListenerRegistry& registry_;
-  Entry* entry_;
+  Entry& entry_;
 };
 
 void ListenerRegistry::add(CommandListener* listener) {
@@ -69,17 +83,22 @@ ListenerRegistry::Result ListenerRegistry::execute(BridgeSession& session, Modul
   }
 }
 
+/// Takes no memory: also the end of a session for want of it is told.
 template <typename Visit>
 void ListenerRegistry::forEachListener(Visit visit) {
-  std::vector<Call> calls;
-  {
-    const MutexLock lock(mutex_);
-    calls.reserve(entries_.size());
-    for (Entry& entry : entries_) {
-      if (!entry.removed) calls.emplace_back(*this, entry);
+  MutexLock lock(mutex_);
+  for (auto entry = entries_.begin(); entry != entries_.end();) {
+    if (entry->removed) {
+      ++entry;
+      continue;
     }
+    ++entry->running;  // it stays in the list
+    lock.unlock();
+    tell(*entry->listener, visit);
+    lock.lock();
+    const auto told = entry++;
+    if (--told->running == 0 && told->removed) idle_.notifyAll();
   }
-  for (const Call& call : calls) visit(call.listener());
 }
 
 void ListenerRegistry::sessionOpened(BridgeSession& session) {
@@ -87,8 +106,8 @@ void ListenerRegistry::sessionOpened(BridgeSession& session) {
   bool first = false;
   {
     const MutexLock lock(mutex_);
+    ++sessionsOfUser_[session.uid];  // may throw
     first = sessions_++ == 0;
-    ++sessionsOfUser_[session.uid];
   }
   forEachListener([&](CommandListener& listener) {
     if (first) listener.OnOpenFirstSession();
@@ -96,15 +115,16 @@ void ListenerRegistry::sessionOpened(BridgeSession& session) {
   });
 }
 
-void ListenerRegistry::sessionClosed(BridgeSession& session) {
+void ListenerRegistry::sessionClosed(BridgeSession& session) noexcept {
   const MutexLock telling(telling_);
   bool last = false;
   bool lastOfUser = false;
   {
     const MutexLock lock(mutex_);
     last = --sessions_ == 0;
-    lastOfUser = --sessionsOfUser_[session.uid] == 0;
-    if (lastOfUser) sessionsOfUser_.erase(session.uid);
+    const auto ofUser = sessionsOfUser_.find(session.uid);
+    lastOfUser = --ofUser->second == 0;
+    if (lastOfUser) sessionsOfUser_.erase(ofUser);
   }
   forEachListener([&](CommandListener& listener) {
     listener.OnCloseSession(&session);

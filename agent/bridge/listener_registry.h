@@ -40,10 +40,11 @@ class ListenerRegistry {
   Result execute(BridgeSession& session, ModuleIdType module, long cmd, const std::string& in,
                  std::string& out);
 
-  /// Tell every listener. The first session is announced before it is opened; the last one of a
-  /// user and the last of all after they are closed.
+  /// Tell every listener; what one throws is logged. The first session is announced before it is
+  /// opened; the last one of a user and the last of all after they are closed. `sessionOpened`
+  /// throws std::bad_alloc, and has told nobody then.
   void sessionOpened(BridgeSession& session);
-  void sessionClosed(BridgeSession& session);
+  void sessionClosed(BridgeSession& session) noexcept;
 
  private:
   struct Entry {

@@ -3,14 +3,14 @@
 #include <sys/socket.h>
 
 #include <cerrno>
+#include <new>
 #include <string_view>
 #include <utility>
 
+#include "agent/bridge/limits.h"
+
 namespace agent {
 namespace {
-
-/// More frames than this are not kept for a client.
-constexpr size_t MAX_PENDING = 1000;
 
 /// Takes off the front of the bytes what the socket takes at once. False if it takes nothing any
 /// more.
@@ -31,22 +31,32 @@ bool writeWhatFits(int socket, std::string_view& bytes) {
 SendQueue::SendQueue(int socket, std::function<void()> onBacklog)
     : socket_(socket), onBacklog_(std::move(onBacklog)) {}
 
-SendQueue::Outcome SendQueue::send(std::string_view frame) {
+SendQueue::Outcome SendQueue::send(std::string frame) {
   const MutexLock lock(mutex_);
   if (closed_) return Outcome::Closed;
-  if (frames_.empty()) {
-    if (!writeWhatFits(socket_, frame)) {
+  const bool first = frames_.empty();
+  if (first) {
+    std::string_view rest = frame;
+    if (!writeWhatFits(socket_, rest)) {
       closeLocked();
       return Outcome::Closed;
     }
-    if (frame.empty()) return Outcome::Written;
-    lastProgress_ = Clock::now();
-    onBacklog_();
+    if (rest.empty()) return Outcome::Written;
+    taken_ = frame.size() - rest.size();
   } else if (frames_.size() >= MAX_PENDING) {
     closeLocked();
     return Outcome::Overflow;
   }
-  frames_.emplace_back(frame);
+  try {
+    frames_.push_back(std::move(frame));
+  } catch (const std::bad_alloc&) {
+    closeLocked();
+    throw;
+  }
+  if (first) {
+    lastProgress_ = Clock::now();
+    onBacklog_();
+  }
   return Outcome::Pending;
 }
 

@@ -7,7 +7,6 @@
 #include <functional>
 #include <optional>
 #include <string>
-#include <string_view>
 
 #include "agent/base/mutex.h"
 
@@ -31,7 +30,8 @@ class SendQueue {
     Overflow,  ///< the client leaves too much untaken; closed now
     Closed,    ///< now or before
   };
-  Outcome send(std::string_view frame);
+  /// Throws std::bad_alloc if the rest cannot be kept; closed then, as the client may have a part.
+  Outcome send(std::string frame);
 
   /// Writes what the socket takes; `onBacklog` is called again if that is not all.
   void writeMore();

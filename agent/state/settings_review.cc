@@ -29,8 +29,9 @@ bool isSame(const Finding& a, const Finding& b) {
 }
 
 void logFinding(Level level, const Finding& finding) {
+  const auto values = fieldsOf(finding);  // a Field refers to them
   std::vector<Field> fields;
-  for (const auto& [name, value] : fieldsOf(finding)) fields.emplace_back(name, value);
+  for (const auto& [name, value] : values) fields.emplace_back(name, value);
   log(level, inWords(finding.kind), fields);
 }
 

@@ -93,5 +93,35 @@ TEST(FrameBuffer, NothingIsGivenOutOfATooLargeFrame) {
   }
 }
 
+TEST(FrameBuffer, DropsAFrameThatIsNotWanted) {
+  const std::string unwanted = std::string("\x0A\0\0\0", 4) + "ten bytes.";
+  const std::string next = std::string("\4\0\0\0", 4) + "next";
+  for (size_t before = FRAME_HEAD_SIZE; before <= unwanted.size(); ++before) {
+    FrameBuffer buffer;
+    buffer.append(unwanted.substr(0, before));
+    EXPECT_EQ(buffer.announcedSize(), 10u);
+    buffer.skipFrame();
+    EXPECT_EQ(buffer.isSkipping(), before < unwanted.size());
+    EXPECT_EQ(buffer.empty(), before == unwanted.size());
+    EXPECT_EQ(buffer.takeFrame(), std::nullopt);
+    for (const char c : unwanted.substr(before) + next) buffer.append({&c, 1});
+    EXPECT_FALSE(buffer.isSkipping());
+    EXPECT_EQ(buffer.takeFrame(), "next");
+    EXPECT_TRUE(buffer.empty());
+  }
+}
+
+TEST(FrameBuffer, KnowsTheNextSizeAsSoonAsTheHeadIsThere) {
+  FrameBuffer buffer;
+  for (const char c : std::string("\5\0\0", 3)) buffer.append({&c, 1});
+  EXPECT_EQ(buffer.announcedSize(), std::nullopt);
+  buffer.append(std::string(1, '\0'));
+  EXPECT_EQ(buffer.announcedSize(), 5u);
+  buffer.reserveFrame();
+  buffer.append("12345");
+  EXPECT_EQ(buffer.takeFrame(), "12345");
+  EXPECT_EQ(buffer.announcedSize(), std::nullopt);
+}
+
 }  // namespace
 }  // namespace bridge

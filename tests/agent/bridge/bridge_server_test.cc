@@ -67,8 +67,7 @@ TEST(BridgeServer, TurnsAClientAwayForWhomThereIsNoThread) {
     const agent_testing::RawClient client(directory.path + "agent.sock");
     const rlimit none{0, 0};
     ASSERT_EQ(setrlimit(RLIMIT_NPROC, &none), 0);
-    for (size_t handled = 0; handled == 0;) handled = io.run_one();
-    EXPECT_EQ(client.readToEnd(), "");
+    while (!client.isClosed()) (void)io.run_one();
     EXPECT_EQ(server.sessions(), 0u);
     server.stop();
     io.run();

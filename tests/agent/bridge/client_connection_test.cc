@@ -10,6 +10,7 @@
 #include <variant>
 
 #include "agent/bridge/bridge_server.h"
+#include "agent/bridge/limits.h"
 #include "tests/agent/bridge/raw_client.h"
 #include "tests/agent/bridge/served_module.h"
 #include "tests/agent/state/scratch_directory.h"
@@ -22,7 +23,7 @@ using agent_testing::RawClient;
 using bridge::Reason;
 using bridge::Reply;
 
-constexpr size_t MAX_SESSIONS = 256;
+constexpr size_t MAX_SESSIONS = SESSION_LIMITS.all;
 
 /// A frame of any bytes, short enough for one byte of its size to count.
 std::string frameOf(const std::string& body) {
@@ -146,6 +147,54 @@ TEST_F(ClientConnection, ThereAreSoManySessions) {
   clients_.pop_front();
   while (sessions() == MAX_SESSIONS) std::this_thread::yield();
   expectServed(newClient());
+}
+
+// Together they are all that there is; what a session holds is given back.
+TEST_F(ClientConnection, FramesForWhichThereIsNoRoomAreRefusedAndTheSessionsGoOn) {
+  const std::string head = std::string("\0\0\0\1", 4);  // of the largest frame
+  std::list<RawClient> greedy;
+  for (size_t all = 0; all < MEMORY_LIMITS.all; all += bridge::MAX_FRAME_SIZE) {
+    const RawClient& client = greedy.emplace_back(socket_);
+    ASSERT_TRUE(client.greet());
+    client.send(head);
+    client.waitUntilTaken();
+  }
+  const RawClient& client = newClient();
+  const std::string frame = head + std::string(bridge::MAX_FRAME_SIZE, '\2');
+  const auto refusal = [&] {
+    client.send(frame);
+    return std::get<Reply>(client.receive().value());
+  };
+  EXPECT_EQ(refusal(), (Reply{.reason = Reason::Busy,
+                              .text = "the requests and replies under way take all the memory that "
+                                      "there is for user " +
+                                      std::to_string(::geteuid()) + "; try again"}));
+  expectServed(client);
+  EXPECT_EQ(client.exchange(bridge::Command{13, 0, adminRecord(20)}).result, 1);
+  greedy.clear();
+  Reply reply;
+  while ((reply = refusal()).reason == Reason::Busy) continue;
+  EXPECT_EQ(reply.reason, Reason::MalformedFrame) << "it holds no request";
+}
+
+TEST_F(ClientConnection, RepliesThatNobodyTakesLeaveRoomForOthers) {
+  constexpr size_t LARGE = 15 * 1024 * 1024;
+  module_.server().POLICY->PSK_NAME.value = std::string(LARGE, 's');
+  const bridge::Command readPolicy{13, 1, client::encodeName(client::Settings().policyGroup)};
+  std::list<RawClient> sleepers;
+  for (size_t all = LARGE; all < MEMORY_LIMITS.all; all += LARGE) {
+    const RawClient& client = sleepers.emplace_back(socket_);
+    ASSERT_TRUE(client.greet());
+    client.send(bridge::encode(bridge::Request(readPolicy)));
+    EXPECT_NE(client.read(1), "") << "the reply is under way";
+  }
+  const RawClient& client = newClient();
+  EXPECT_EQ(client.exchange(readPolicy).reason, Reason::Busy);
+  expectServed(client);
+  sleepers.pop_back();
+  Reply reply;
+  while ((reply = client.exchange(readPolicy)).reason == Reason::Busy) continue;
+  EXPECT_GT(reply.output.size(), LARGE);
 }
 
 TEST_F(ClientConnection, ASubscriberThatTakesNoEventsIsClosed) {

@@ -1,5 +1,7 @@
 #include "tests/agent/bridge/raw_client.h"
 
+#include <linux/sockios.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -30,6 +32,12 @@ void RawClient::send(const std::string& bytes) const {
   }
 }
 
+void RawClient::waitUntilTaken() const {
+  for (int left = 1; left > 0; ::usleep(100)) {
+    if (::ioctl(socket_, SIOCOUTQ, &left) != 0) return;
+  }
+}
+
 std::string RawClient::read(size_t size) const {
   std::string bytes;
   char buffer[65536];
@@ -42,6 +50,11 @@ std::string RawClient::read(size_t size) const {
 }
 
 std::string RawClient::readToEnd() const { return read(std::string::npos); }
+
+bool RawClient::isClosed() const {
+  char byte = 0;
+  return ::recv(socket_, &byte, 1, MSG_PEEK | MSG_DONTWAIT) == 0;
+}
 
 bool RawClient::greet() const {
   send(bridge::encodeHello());

@@ -20,9 +20,15 @@ class RawClient {
   /// As many of the bytes as the agent takes before it closes.
   void send(const std::string& bytes) const;
 
+  /// Returns when the agent has read all that was sent.
+  void waitUntilTaken() const;
+
   /// So many bytes, or fewer if the agent closes first.
   std::string read(size_t size) const;
   std::string readToEnd() const;
+
+  /// Whether the agent has closed, and sent nothing that is not read. Does not wait.
+  bool isClosed() const;
 
   /// Sends a hello and takes the agent's. Returns whether it came.
   bool greet() const;
