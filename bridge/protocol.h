@@ -76,7 +76,7 @@ enum class Reason : uint32_t {
   Conflict = 9,        ///< the group has changed since the stated revision
   SaveRefused = 10,    ///< the settings were not saved, or not durably
   NoSuchCommand = 11,  ///< the agent has no command with that name
-  Busy = 12,            ///< too much is under way for it: to be tried again
+  Busy = 12,           ///< too much is under way for it: to be tried again
 };
 
 /// Agent to client: the answer to a request; one each, in the order of the requests.

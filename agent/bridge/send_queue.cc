@@ -64,10 +64,11 @@ void SendQueue::writeMore() {
   const MutexLock lock(mutex_);
   while (!frames_.empty()) {
     std::string_view rest = std::string_view(frames_.front()).substr(taken_);
+    const size_t before = rest.size();
     if (!writeWhatFits(socket_, rest)) return closeLocked();
+    if (rest.size() < before) lastProgress_ = Clock::now();
     if (!rest.empty()) {
       taken_ = frames_.front().size() - rest.size();
-      lastProgress_ = Clock::now();
       return onBacklog_();
     }
     frames_.pop_front();

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "agent/bridge/limits.h"
 #include "tests/support/readable_bytes.h"
 #include "tests/system/system_test.h"
 
@@ -47,6 +48,29 @@ std::vector<Message> exampleOf(const std::string& document) {
     message.bytes += unhex(line);
   }
   return messages;
+}
+
+TEST(ProtocolDocument, StatesTheLimits) {
+  using std::to_string;
+  const auto mebibytes = [](size_t bytes) { return to_string(bytes / agent::MEBIBYTE) + " MiB"; };
+  const auto& sessions = agent::SESSION_LIMITS;
+  const auto& memory = agent::MEMORY_LIMITS;
+  const std::string rows[] = {
+      "| frame, either way | " + mebibytes(bridge::MAX_FRAME_SIZE) + " |",
+      "| sessions | " + to_string(sessions.all) + "; of one user " + to_string(sessions.oneUser) +
+          " |",
+      "| requests and replies under way, of all sessions | " + mebibytes(memory.all) +
+          "; of one user " + mebibytes(memory.oneUser) + " |",
+      "the last " + to_string(sessions.all - sessions.others) + " sessions and " +
+          mebibytes(memory.all - memory.others) + " are\ntheirs alone.",
+      "at most " + to_string(memory.free / 1024) + " KiB are not counted",
+      "taking a reply | " + to_string(agent::CLIENT_TIMEOUT.count()) +
+          " s, while the agent stops " + to_string(agent::CLIENT_TIMEOUT_AT_STOP.count()) +
+          " s; noticed up to " + to_string(agent::CLOCK_TICK.count()) + " s later |",
+      "leaves " + to_string(agent::MAX_PENDING) + " events untaken is closed",
+  };
+  const std::string document = sourceFile(DOCUMENT);
+  for (const std::string& row : rows) EXPECT_NE(document.find(row), std::string::npos) << row;
 }
 
 TEST_F(SystemTest, AnswersAsTheProtocolsDocumentSays) {

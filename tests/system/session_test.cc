@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "agent/bridge/limits.h"
 #include "lparams/catalogue/policy_group.h"
 #include "tests/support/param_forms.h"
 #include "tests/system/system_test.h"
@@ -11,7 +12,7 @@
 namespace system_testing {
 namespace {
 
-constexpr size_t MAX_SESSIONS = 256;
+constexpr size_t MAX_SESSIONS = agent::SESSION_LIMITS.all;
 constexpr size_t LARGE = 4 * 1024 * 1024;  // bytes, more than any socket holds
 
 class Sessions : public SystemTest {
@@ -87,6 +88,16 @@ TEST_F(Sessions, ThatTheAgentCannotWaitForAreClosedAndTold) {
   EXPECT_LT(reader.receive(2 * LARGE).size(), LARGE);
   EXPECT_EQ(other.read("ADMIN").result, 1);
   agent->limitDescriptors(1000);
+  EXPECT_EQ(connect().read("ADMIN").result, 1);
+}
+
+TEST_F(Sessions, AreTakenAgainAfterAWantOfDescriptors) {
+  agent->limitDescriptors(3);
+  const BridgeClient waiting(socketPath);
+  EXPECT_TRUE(agent->waitForLog("a client could not be taken"));
+  EXPECT_NE(lineWith(agent->logLines(), {"could not be taken", "Too many open files"}), "");
+  agent->limitDescriptors(1000);
+  EXPECT_TRUE(waiting.greet());
   EXPECT_EQ(connect().read("ADMIN").result, 1);
 }
 

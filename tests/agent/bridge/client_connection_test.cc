@@ -4,6 +4,7 @@
 #include <asio/io_context.hpp>
 #include <asio/post.hpp>
 #include <atomic>
+#include <chrono>
 #include <future>
 #include <list>
 #include <thread>
@@ -197,6 +198,24 @@ TEST_F(ClientConnection, RepliesThatNobodyTakesLeaveRoomForOthers) {
   EXPECT_GT(reply.output.size(), LARGE);
 }
 
+TEST_F(ClientConnection, OneThatTakesNoReplyIsNotReadFrom) {
+  module_.server().POLICY->PSK_NAME.value = std::string(4 * 1024 * 1024, 's');
+  const bridge::Command readAdmin{13, 1, client::encodeName(client::Settings().adminGroup)};
+  const RawClient& other = newClient();
+  const bridge::Reply before = other.exchange(readAdmin);
+  const RawClient& sleeper = newClient();
+  const std::string beginning =
+      bridge::encode(bridge::Request(
+          bridge::Command{13, 1, client::encodeName(client::Settings().policyGroup)})) +
+      bridge::encode(bridge::Request(bridge::Command{13, 0, adminRecord(77)}));
+  sleeper.send(beginning);
+  const std::string head = sleeper.read(bridge::FRAME_HEAD_SIZE);
+  for (int i = 0; i < 300; ++i) ASSERT_EQ(other.exchange(readAdmin), before);
+  (void)sleeper.read(bridge::decodeFrameHead(head));
+  EXPECT_EQ(std::get<Reply>(sleeper.receive().value()).result, 1);
+  EXPECT_EQ(agent_testing::exptimeIn(other.exchange(readAdmin)), 77u);
+}
+
 TEST_F(ClientConnection, ASubscriberThatTakesNoEventsIsClosed) {
   const RawClient& sleeper = newClient();
   EXPECT_EQ(sleeper.exchange(bridge::Subscription{}), (Reply{.result = 1}));
@@ -252,6 +271,14 @@ TEST_F(ClientConnection, ASilentClientIsClosedWhenItHasBegunSomething) {
   const RawClient& idleSubscriber = newClient();
   (void)idleSubscriber.exchange(bridge::Subscription{});
 
+  const RawClient& inTwoParts = newClient();
+  const std::string status = bridge::encode(bridge::Request(bridge::StatusRequest{}));
+  inTwoParts.send(status.substr(0, 3));
+  inTwoParts.waitUntilTaken();
+  inTwoParts.send(status.substr(3));
+  EXPECT_TRUE(inTwoParts.receive());
+
+  const auto begin = std::chrono::steady_clock::now();
   const RawClient noHello(socket_);
   const RawClient halfHello(socket_);
   halfHello.send("LPB");
@@ -263,6 +290,8 @@ TEST_F(ClientConnection, ASilentClientIsClosedWhenItHasBegunSomething) {
   for (const RawClient* silent : {&noHello, &halfHello, &halfHead, &halfFrame}) {
     EXPECT_EQ(silent->readToEnd(), "");
   }
+  EXPECT_GE(std::chrono::steady_clock::now() - begin, CLIENT_TIMEOUT);
+  expectServed(inTwoParts);
   expectServed(idle);
   expectServed(idleSubscriber);
 }

@@ -94,7 +94,7 @@ class NoMemory : public testing::TestWithParam<int> {
   const std::string socket_ = directory_.at("socket");
   agent_testing::ServedModule module_;
   asio::io_context io_{1};
-  BridgeServer server_{io_, socket_, std::nullopt, module_.service()};
+  BridgeServer server_{io_, socket_, module_.service()};
   std::thread loop_{[this] { io_.run(); }};
 };
 

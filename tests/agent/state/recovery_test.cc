@@ -157,6 +157,20 @@ TEST(Recovery, AnEmptyFileAndOneThatIsTooLargeAreDamaged) {
   }
 }
 
+TEST(Recovery, AFileOverTheLimitIsNotJudgedByItsBeginning) {
+  const std::string text = wholeText("a large file");
+  const std::string filler(inspection::MAX_SETTINGS_SIZE - text.size(), '\n');
+  for (const char* name : {SETTINGS, SHADOW_COPY, BACKUP}) {
+    SCOPED_TRACE(name);
+    const Row files("---");
+    files.directory.write(name, text + filler);
+    EXPECT_TRUE(prepareStart(files.state, false).text == text + filler);
+    const Row tooLarge("---");
+    tooLarge.directory.write(name, text + filler + "\n");
+    EXPECT_THAT(refusalOf(tooLarge.state), HasSubstr(" (it is larger than 16 MiB)"));
+  }
+}
+
 TEST(Recovery, AShadowCopyIsJudgedByItsSeal) {
   const std::string whole = wholeText("a save");
   std::string broken = sealed(whole);

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <list>
 #include <optional>
 #include <stop_token>
 #include <thread>
@@ -73,6 +74,28 @@ TEST_F(Access, IsForTheGroupAlone) {
   start({"--admin-group", "root"});
   EXPECT_EQ(place_.mode("run"), 0750u);
   EXPECT_EQ(place_.mode("run/agent.sock"), 0660u);
+}
+
+TEST_F(Access, OneUserCannotTakeAllSessions) {
+  if (const auto reason = testing_support::whyNoOtherUser(); !reason.empty()) {
+    GTEST_SKIP() << reason;
+  }
+  start();
+  openDirectory();
+  const auto sessionsOf = [this](uid_t user) {
+    return asUser(user, user, {}, [this] {
+      std::list<RawClient> clients;
+      do {
+        clients.emplace_back(socket_);
+      } while (clients.back().greet());
+      return std::to_string(clients.size() - 1);
+    });
+  };
+  EXPECT_EQ(sessionsOf(STRANGER), "128");
+  EXPECT_TRUE(logTells("a client was turned away: too many sessions sessions=128 uid=54321"));
+  while (state("sessions") != "1") continue;  // the agent notices their end in its own time
+  std::list<RawClient> own;
+  for (int i = 0; i < 256; ++i) EXPECT_TRUE(own.emplace_back(socket_).greet());
 }
 
 TEST_F(Access, OfMembersOfTheGroup) {

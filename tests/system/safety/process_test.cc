@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <fstream>
+#include <list>
 #include <sstream>
 #include <thread>
 
@@ -254,6 +255,26 @@ TEST_F(AgentProcess, OutlivesClientsThatGoAway) {
     EXPECT_EQ(client.read(taken).size(), taken);
   }
   while (state("sessions") != "1") continue;
+}
+
+TEST_F(AgentProcess, IdleSessionsHoldNoneOfWhatTheyHaveSent) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  GTEST_SKIP() << "a sanitizer keeps what is freed";
+#endif
+  start();
+  const auto resident = [this] { return numberIn(inProc("status"), "VmRSS", 10); };  // KiB
+  const auto before = resident();
+  const std::string frame =
+      std::string("\0\0\0\1\1", 5) + std::string(bridge::MAX_FRAME_SIZE - 1, '\0');
+  std::list<RawClient> idle;
+  for (int i = 0; i < 16; ++i) {
+    const RawClient& client = idle.emplace_back(socket_);
+    ASSERT_TRUE(client.greet());
+    client.send(frame);
+    ASSERT_EQ(std::get<Reply>(client.receive().value()).result, 0) << "for no module";
+  }
+  EXPECT_EQ(state("sessions"), "17");
+  EXPECT_LT(resident(), before + 8 * bridge::MAX_FRAME_SIZE / 1024);
 }
 
 TEST_F(AgentProcess, AnswersARunningCommandBeforeItEnds) {

@@ -411,29 +411,50 @@ TEST_F(Import, ThatFailedMayBeGivenUp) {
   EXPECT_THAT(log(), testing::Not(HasSubstr("imported")));
 }
 
-using SystemImport = testing_support::EachWay<Import>;
+class SystemImport : public testing_support::EachWay<Import> {
+ protected:
+  void startWithSystemFile(const std::string& text) {
+    etc_.write("localsettings.xml", text);
+    Surroundings surroundings;
+    if (mounts()) {
+      surroundings.inChild = [&] {
+        testing_support::enterPrivateMounts();
+        testing_support::replaceSystemDirectory();
+        std::filesystem::copy_file(etc_.at("localsettings.xml"), "/etc/kestrel/localsettings.xml");
+      };
+    } else {
+      const auto variables = testing_support::systemDirectoryAt(etc_.path);
+      surroundings.environment = {variables.begin(), variables.end()};
+    }
+    start({}, surroundings);
+  }
+
+  const agent_testing::ScratchDirectory etc_;
+};
+
 INSTANTIATE_EACH_WAY(SystemImport);
 
 TEST_P(SystemImport, OfTheSystemsOwnFile) {
-  const agent_testing::ScratchDirectory etc;
-  etc.write("localsettings.xml", legacy_);
-  Surroundings surroundings;
-  if (mounts()) {
-    surroundings.inChild = [&] {
-      testing_support::enterPrivateMounts();
-      testing_support::replaceSystemDirectory();
-      std::filesystem::copy_file(etc.at("localsettings.xml"), "/etc/kestrel/localsettings.xml");
-    };
-  } else {
-    const auto variables = testing_support::systemDirectoryAt(etc.path);
-    surroundings.environment = {variables.begin(), variables.end()};
-  }
-  start({}, surroundings);
+  startWithSystemFile(legacy_);
   EXPECT_EQ(get("POLICY.PMP_SERVERS"), "pmp1.example.com, pmp2.example.com\n");
   if (!mounts()) {
-    EXPECT_EQ(etc.text("localsettings.xml"), "(absent)");
+    EXPECT_EQ(etc_.text("localsettings.xml"), "(absent)");
   }
   expectImported();
+}
+
+// The module deletes it, whichever it has read.
+TEST_P(SystemImport, KeepsTheSystemsOwnFileBesideAnother) {
+  const std::string other = "<LocalSettings/>";
+  state_.write("localsettings.xml", legacy_);
+  startWithSystemFile(other);
+  EXPECT_EQ(get("POLICY.PMP_SERVERS"), "pmp1.example.com, pmp2.example.com\n");
+  kill();
+  const auto contents = state_.contents();
+  for (const std::string& text : {legacy_, other}) {
+    EXPECT_THAT(contents, testing::Contains(AllOf(StartsWith("localsettings.xml.imported-"),
+                                                  testing::EndsWith(": " + text))));
+  }
 }
 
 }  // namespace
