@@ -187,7 +187,8 @@ TEST_F(ClientConnection, RepliesThatNobodyTakesLeaveRoomForOthers) {
 #endif
   constexpr size_t LARGE = 15 * 1024 * 1024;
   module_.server().POLICY->PSK_NAME.value = std::string(LARGE, 's');
-  const bridge::Command readPolicy{13, 1, client::encodeName(client::Settings().policyGroup)};
+  const bridge::Command readPolicy{
+      13, 1, testing_support::encodeName(testing_support::Settings().policyGroup)};
   std::list<RawClient> sleepers;
   for (size_t all = LARGE; all < MEMORY_LIMITS.all; all += LARGE) {
     const RawClient& client = sleepers.emplace_back(socket_);
@@ -206,13 +207,14 @@ TEST_F(ClientConnection, RepliesThatNobodyTakesLeaveRoomForOthers) {
 
 TEST_F(ClientConnection, OneThatTakesNoReplyIsNotReadFrom) {
   module_.server().POLICY->PSK_NAME.value = std::string(4 * 1024 * 1024, 's');
-  const bridge::Command readAdmin{13, 1, client::encodeName(client::Settings().adminGroup)};
+  const bridge::Command readAdmin{
+      13, 1, testing_support::encodeName(testing_support::Settings().adminGroup)};
   const RawClient& other = newClient();
   const bridge::Reply before = other.exchange(readAdmin);
   const RawClient& sleeper = newClient();
   const std::string beginning =
-      bridge::encode(bridge::Request(
-          bridge::Command{13, 1, client::encodeName(client::Settings().policyGroup)})) +
+      bridge::encode(bridge::Request(bridge::Command{
+          13, 1, testing_support::encodeName(testing_support::Settings().policyGroup)})) +
       bridge::encode(bridge::Request(bridge::Command{13, 0, adminRecord(77)}));
   sleeper.send(beginning);
   const std::string head = sleeper.read(bridge::FRAME_HEAD_SIZE);

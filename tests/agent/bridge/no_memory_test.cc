@@ -74,7 +74,7 @@ class NoMemory : public testing::TestWithParam<int> {
     if (!client.greet()) return false;
     const bridge::Request requests[] = {
         bridge::Subscription{}, bridge::StatusRequest{},
-        bridge::Command{13, 1, client::encodeName(client::Settings().adminGroup)},
+        bridge::Command{13, 1, testing_support::encodeName(testing_support::Settings().adminGroup)},
         bridge::Command{13, 0, adminRecord(20 + static_cast<unsigned>(count) % 100)},
         bridge::Command{77, 0, std::string(100'000, 'x')}};
     for (const bridge::Request& request : requests) {
