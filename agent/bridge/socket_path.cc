@@ -112,6 +112,8 @@ stream_protocol::acceptor listenAt(asio::io_context& io, const std::string& path
     error.assign(errno, asio::error::get_system_category());
   }
   if (!error) (void)acceptor.listen(asio::socket_base::max_listen_connections, error);
+  // A client may be gone again by the time that it is to be taken.
+  if (!error) (void)acceptor.native_non_blocking(true, error);
   if (error) fail(path, "cannot be listened on: " + error.message());
   return acceptor;
 }
