@@ -31,6 +31,7 @@ bool isSame(const Finding& a, const Finding& b) {
 void logFinding(Level level, const Finding& finding) {
   const auto values = fieldsOf(finding);  // a Field refers to them
   std::vector<Field> fields;
+  fields.reserve(values.size());
   for (const auto& [name, value] : values) fields.emplace_back(name, value);
   log(level, inWords(finding.kind), fields);
 }
