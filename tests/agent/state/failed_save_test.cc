@@ -3,6 +3,7 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <future>
@@ -119,6 +120,26 @@ TEST_F(FailedSave, AtTheReadBack) {
   EXPECT_EQ(agent_testing::shadowCopyOf(directory_), exampleSettings(501));
   EXPECT_TRUE(settings_->server().isChanged());
   expectSuccessNow();
+}
+
+// One of them may be all that there is.
+TEST_F(FailedSave, ForgetsNoCopy) {
+  const auto copies = [this] {
+    return std::ranges::count_if(directory_.names(), [](const std::string& name) {
+      return name.find(".edited-") != name.npos;
+    });
+  };
+  for (int number = 1; number <= 25; ++number) {
+    directory_.write("localsettings.ini.edited-20261101T0000" + std::to_string(10 + number) + "Z",
+                     std::to_string(number));
+  }
+  {
+    const HookedRename hooked(failing(SETTINGS));
+    EXPECT_NE(settings_->keeper().save(false), "");
+  }
+  EXPECT_EQ(copies(), 25);
+  expectSuccessNow();
+  EXPECT_EQ(copies(), 20);
 }
 
 TEST_F(FailedSave, TheStateCanBeAskedForMeanwhile) {
