@@ -1,5 +1,6 @@
 // The reference agent: loads the settings module, keeps its settings safe and serves its commands
 // on a Unix stream socket.
+#include <malloc.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -67,6 +68,11 @@ int run(const Options& options) {
   return status;
 }
 
+/// Frames and replies go back to the system as soon as they are freed. The library's limit would
+/// grow with the first large one, in 64 bit beyond the largest frame, and each thread keep its own
+/// (mallopt(3)).
+void keepLargeBlocksApart() { (void)::mallopt(M_MMAP_THRESHOLD, 256 * 1024); }
+
 int runOrExplain(int argc, char** argv) {
   // Before anything is told, of a wrong command line too.
   if (std::count(argv, argv + argc, std::string_view("--journal")) != 0) logForJournal();
@@ -96,5 +102,6 @@ int main(int argc, char** argv) {
   (void)std::signal(SIGXFSZ, SIG_IGN);
   (void)::umask(077);
   agent::holdEndSignals();
+  agent::keepLargeBlocksApart();
   return agent::runOrExplain(argc, argv);
 }
