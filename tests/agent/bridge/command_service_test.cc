@@ -55,6 +55,18 @@ TEST_F(Service, RepliesCarryTheRevision) {
   EXPECT_EQ(module_.read("LOG").revision, 1u);
 }
 
+TEST_F(Service, AnotherCommandDoesNotFailForTheReasonOfASave) {
+  module_.server().saveHook = [](const char*) {
+    BridgeSession::current()->command.saveFailure = "the disk is full";
+    return 0;
+  };
+  BridgeSession session(0, 0, 1234);
+  const Reply save = module_.service().execute(session, {13, 2});
+  EXPECT_EQ(save.reason, Reason::SaveRefused);
+  EXPECT_EQ(save.text, "the disk is full");
+  EXPECT_EQ(module_.service().execute(session, {13, 99}).reason, Reason::ModuleRefused);
+}
+
 TEST_F(Service, EachGroupHasARevisionOfItsOwn) {
   (void)module_.write(adminRecord(20));
   (void)module_.write(adminRecord(20));  // a write is one, whether or not it changes a value
