@@ -5,7 +5,7 @@
 namespace agent {
 
 AgentCommands::AgentCommands(LPARAMS::Server::Server_t& server, const SettingsKeeper& keeper,
-                             const RecordCheck& check, CommandService& service)
+                             const editing::RecordCheck& check, CommandService& service)
     : saved_(keeper), get_(server, saved_, service), set_(server, check, saved_, service) {
   service.add("schema", [](BridgeSession& /*session*/, const std::string& /*input*/) {
     return bridge::Reply{.result = 1, .output = schema::ownSchema()};

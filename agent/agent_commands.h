@@ -5,8 +5,8 @@
 #include "agent/access/saved_settings.h"
 #include "agent/access/set_command.h"
 #include "agent/bridge/command_service.h"
-#include "agent/bridge/record_check.h"
 #include "agent/state/settings_keeper.h"
+#include "editing/record_check.h"
 #include "lparams/server.h"
 
 namespace agent {
@@ -16,7 +16,7 @@ namespace agent {
 class AgentCommands {
  public:
   AgentCommands(LPARAMS::Server::Server_t& server, const SettingsKeeper& keeper,
-                const RecordCheck& check, CommandService& service);
+                const editing::RecordCheck& check, CommandService& service);
 
   AgentCommands(const AgentCommands&) = delete;
   AgentCommands& operator=(const AgentCommands&) = delete;

@@ -22,12 +22,12 @@
 #include "agent/bridge/bridge_server.h"
 #include "agent/bridge/change_tracker.h"
 #include "agent/bridge/command_service.h"
-#include "agent/bridge/record_check.h"
 #include "agent/bridge/socket_group.h"
 #include "agent/service_manager.h"
 #include "agent/settings_locks.h"
 #include "agent/status.h"
 #include "agent/watchdog.h"
+#include "editing/record_check.h"
 
 namespace agent {
 namespace {
@@ -77,7 +77,7 @@ void run(asio::io_context& io) {
 
 void serve(const Options& options, LPARAMS::Server::Server_t& server, SettingsKeeper& keeper) {
   const AccessRules rules(*server.ADMIN, options.adminGroup);
-  const RecordCheck check(server, options.maxUsers);
+  const editing::RecordCheck check(server, options.maxUsers);
   ChangeTracker changes(server);
 
   asio::io_context io(1);  // runs on this thread alone

@@ -3,10 +3,10 @@
 #include <optional>
 #include <utility>
 
-#include "agent/access/mistakes.h"
-#include "agent/access/parameters.h"
-#include "agent/access/value_reader.h"
 #include "bridge/named_values.h"
+#include "editing/mistakes.h"
+#include "editing/parameters.h"
+#include "editing/value_reader.h"
 
 namespace agent {
 namespace {
@@ -18,9 +18,9 @@ using bridge::Reply;
 /// What the reply is made of. A group that is named a million times ends it early.
 class Answer {
  public:
-  explicit Answer(ValueReader& reader) : reader_(reader) {}
+  explicit Answer(editing::ValueReader& reader) : reader_(reader) {}
 
-  void add(const Parameters::Found& found) {
+  void add(const editing::Parameters::Found& found) {
     if (found.param != nullptr) return add(reader_.read(found));
     if (found.user != nullptr) return addMembers(*found.user, found);
     if (found.group->getTypeId() != TYPE_USER_LIST) return addMembers(*found.group, found);
@@ -44,14 +44,14 @@ class Answer {
     values.values.push_back(std::move(value));
   }
 
-  void addMembers(const ParamGroup& owner, Parameters::Found found) {
+  void addMembers(const ParamGroup& owner, editing::Parameters::Found found) {
     for (Param* param : owner.fileParams) {
       found.param = param;
       if (!isTooLarge()) add(reader_.read(found));
     }
   }
 
-  ValueReader& reader_;
+  editing::ValueReader& reader_;
   size_t size_ = 0;  // bytes of the output
 };
 
@@ -64,12 +64,12 @@ Reply GetCommand::execute(BridgeSession& session, const std::string& input) cons
   auto saved = saved_.current();
 
   const MutexLock turn(service_.writeTurn());
-  Parameters parameters(settings_);
-  ValueReader reader(parameters, std::move(saved), seesSecrets);
+  editing::Parameters parameters(settings_);
+  editing::ValueReader reader(parameters, std::move(saved), seesSecrets);
   Answer answer(reader);
-  Mistakes mistakes;
+  editing::Mistakes mistakes;
   for (const std::string& name : *names) {
-    const Parameters::Found found = parameters.find(name);
+    const editing::Parameters::Found found = parameters.find(name);
     if (found.problem.empty()) {
       answer.add(found);
     } else {

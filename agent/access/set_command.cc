@@ -4,9 +4,9 @@
 #include <utility>
 #include <vector>
 
-#include "agent/access/copy_group.h"
-#include "agent/access/draft.h"
 #include "bridge/named_values.h"
+#include "editing/copy_group.h"
+#include "editing/draft.h"
 
 namespace agent {
 namespace {
@@ -23,11 +23,12 @@ ParamGroup& counterpart(const Catalogue& catalogue, const ParamGroup& group) {
       groups, [&](const ParamGroup* one) { return std::string_view(one->name) == group.name; });
 }
 
-Draft::Users usersIn(const std::vector<bridge::Change>& changes) {
+editing::Draft::Users usersIn(const std::vector<bridge::Change>& changes) {
   const auto namesUser = [](const bridge::Change& change) {
     return change.kind != bridge::Change::Set || change.name.starts_with(USERS_GROUP);
   };
-  return std::ranges::any_of(changes, namesUser) ? Draft::WithUsers : Draft::WithoutUsers;
+  return std::ranges::any_of(changes, namesUser) ? editing::Draft::WithUsers
+                                                 : editing::Draft::WithoutUsers;
 }
 
 /// The input of the module's write command.
@@ -53,7 +54,7 @@ Reply SetCommand::execute(BridgeSession& session, const std::string& input) cons
   for (const auto& [group, revision] : request->revisions) {
     if (auto conflict = service_.conflictOf(group, revision)) return std::move(*conflict);
   }
-  Draft draft(settings_, check_, usersIn(request->changes));
+  editing::Draft draft(settings_, check_, usersIn(request->changes));
   for (const bridge::Change& change : request->changes) draft.apply(change);
   draft.finish();
   if (!draft.mistakes().empty()) return {0, Reason::IllegalValue, draft.mistakes().text()};
@@ -68,12 +69,12 @@ Reply SetCommand::execute(BridgeSession& session, const std::string& input) cons
 }
 
 /// If a group is refused, those before it go back to what they were.
-Reply SetCommand::writeAll(BridgeSession& session, Draft& draft) const {
+Reply SetCommand::writeAll(BridgeSession& session, editing::Draft& draft) const {
   Catalogue former;
   std::vector<ParamGroup*> written;  // of `former`
   for (ParamGroup* group : draft.changedGroups()) {
     ParamGroup& before = counterpart(former, *group);
-    copyGroup(counterpart(settings_, *group), before);
+    editing::copyGroup(counterpart(settings_, *group), before);
     written.push_back(&before);
     Reply reply = writeGroup(session, *group);
     if (reply.result != 0) continue;
@@ -93,7 +94,7 @@ Reply SetCommand::writeGroup(BridgeSession& session, ParamGroup& values) const {
   ParamGroup& group = counterpart(settings_, values);
   return service_.write(session, inputOf(values), [&] {
     const basekit::ObjectLevelLockable::Lock lock(group);
-    copyFileOnly(values, group);
+    editing::copyFileOnly(values, group);
   });
 }
 

@@ -6,13 +6,12 @@
 #include "agent/access/saved_settings.h"
 #include "agent/base/bridge_session.h"
 #include "agent/bridge/command_service.h"
-#include "agent/bridge/record_check.h"
 #include "bridge/protocol.h"
+#include "editing/draft.h"
+#include "editing/record_check.h"
 #include "lparams/catalogue/catalogue.h"
 
 namespace agent {
-
-class Draft;
 
 /// Carries out all steps of a change or none. Everything is checked before anything is written; a
 /// group whose values stay what they are is not written. The module writes each group with its own
@@ -20,18 +19,18 @@ class Draft;
 class SetCommand {
  public:
   /// REQUIRES: all of them outlive the command.
-  SetCommand(LPARAMS::Server::Catalogue& settings, const RecordCheck& check, SavedSettings& saved,
-             CommandService& service)
+  SetCommand(LPARAMS::Server::Catalogue& settings, const editing::RecordCheck& check,
+             SavedSettings& saved, CommandService& service)
       : settings_(settings), check_(check), saved_(saved), service_(service) {}
 
   bridge::Reply execute(BridgeSession& session, const std::string& input) const;
 
  private:
-  bridge::Reply writeAll(BridgeSession& session, Draft& draft) const;
+  bridge::Reply writeAll(BridgeSession& session, editing::Draft& draft) const;
   bridge::Reply writeGroup(BridgeSession& session, LPARAMS::Server::ParamGroup& values) const;
 
   LPARAMS::Server::Catalogue& settings_;
-  const RecordCheck& check_;
+  const editing::RecordCheck& check_;
   SavedSettings& saved_;
   CommandService& service_;
 };

@@ -95,13 +95,6 @@ void writeWithoutMemory(Level level, std::string_view message) noexcept {
 
 }  // namespace
 
-std::string shortened(std::string_view foreign, size_t limit) {
-  if (foreign.size() <= limit) return std::string(foreign);
-  return std::string(foreign.substr(0, limit)) + "...";
-}
-
-std::string quoted(std::string_view foreign) { return text::inQuotes(shortened(foreign)); }
-
 void logForJournal() { g_journal = true; }
 
 bool logsForJournal() { return g_journal; }

@@ -8,6 +8,8 @@
 #include <string_view>
 #include <variant>
 
+#include "text/shortened.h"
+
 namespace agent {
 
 /// The numbers are the priorities of syslog(3).
@@ -51,12 +53,7 @@ enum class LeftOut {
 /// any: of those that are due once a second, of all at the end.
 void logLeftOut(LeftOut which) noexcept;
 
-inline constexpr size_t MAX_FOREIGN = 200;  ///< bytes of a foreign text that a line shows
-
-/// The text, cut off after so many bytes: for texts that come from a file or a client.
-std::string shortened(std::string_view foreign, size_t limit = MAX_FOREIGN);
-
-/// The same as text::inQuotes() has it.
-std::string quoted(std::string_view foreign);
+using text::quoted;
+using text::shortened;
 
 }  // namespace agent

@@ -146,7 +146,7 @@ Reply CommandService::writeGroup(BridgeSession& session, const bridge::Command& 
   if (!mayWrite(session)) {
     return refused(session, failure(Reason::NotAuthorised, session.command.refusal));
   }
-  RecordCheck::Finding finding;
+  editing::RecordCheck::Finding finding;
   if (check_ != nullptr) finding = check_->look(command.input);
   if (!finding.refusal.empty()) {
     return refused(session, failure(Reason::IllegalValue, std::move(finding.refusal)));

@@ -11,8 +11,8 @@
 #include "agent/base/bridge_session.h"
 #include "agent/base/write_turn.h"
 #include "agent/bridge/change_tracker.h"
-#include "agent/bridge/record_check.h"
 #include "bridge/protocol.h"
+#include "editing/record_check.h"
 #include "lparams/catalogue/catalogue.h"
 
 namespace agent {
@@ -26,7 +26,7 @@ class CommandService {
   /// as it stands. `status` returns the agent's state as a JSON object. REQUIRES: all of them
   /// outlive the service.
   CommandService(const LPARAMS::Server::Catalogue& settings, WriteTurn& writeTurn,
-                 ChangeTracker& changes, const RecordCheck* check,
+                 ChangeTracker& changes, const editing::RecordCheck* check,
                  std::function<std::string()> status)
       : settings_(settings),
         writeTurn_(writeTurn),
@@ -77,7 +77,7 @@ class CommandService {
   WriteTurn& writeTurn_;  ///< held from the look at a revision to the end of the write
   Mutex readTurn_;        ///< held while a group is read
   ChangeTracker& changes_;
-  const RecordCheck* const check_;
+  const editing::RecordCheck* const check_;
   const std::function<std::string()> status_;
   std::map<std::string, Handler> handlers_;  ///< by the command's name; constant during sessions
 };

@@ -20,14 +20,15 @@ declare -A may_include=(
   [schema]="$model lparams/values"
   [text]=''
   [programs]=''
+  [editing]="$model lparams/values bridge text"
   [inspection]="$model lparams/storage lparams/values"
   [agent/base]='platform lparams/params text programs'
   [agent/services]='platform agent/base'
   [agent/state]="$module inspection agent/base"
-  [agent/bridge]="$module bridge agent/base"
-  [agent/access]="$module bridge text agent/base agent/state agent/bridge"
-  [agent]="$module inspection agent/base agent/services agent/state agent/bridge agent/access schema"
-  [client]="$model lparams/interface lparams/values bridge text schema programs"
+  [agent/bridge]="$module bridge editing agent/base"
+  [agent/access]="$module bridge editing agent/base agent/state agent/bridge"
+  [agent]="$module inspection editing agent/base agent/services agent/state agent/bridge agent/access schema"
+  [client]="$model lparams/interface lparams/values bridge editing inspection text schema programs"
   [tools]="$model lparams/values"
 )
 

@@ -13,8 +13,8 @@
 #include "agent/bridge/authorisation.h"
 #include "agent/bridge/change_tracker.h"
 #include "agent/bridge/command_service.h"
-#include "agent/bridge/record_check.h"
 #include "bridge/named_values.h"
+#include "editing/record_check.h"
 #include "tests/agent/state/kept_settings.h"
 #include "tests/agent/state/scratch_directory.h"
 
@@ -67,7 +67,7 @@ class NamedAccess : public testing::Test {
   const ScratchDirectory directory_;
   KeptSettings kept_{directory_};
   const agent::AccessRules rules_{*server().ADMIN, "no-such-group"};
-  const agent::RecordCheck check_{server(), 3};
+  const editing::RecordCheck check_{server(), 3};
   agent::ChangeTracker changes_{server()};
   agent::CommandService service_{server(), kept_.keeper().writeTurn(), changes_, &check_,
                                  [] { return ""; }};

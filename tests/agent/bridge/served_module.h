@@ -10,9 +10,9 @@
 #include "agent/bridge/authorisation.h"
 #include "agent/bridge/change_tracker.h"
 #include "agent/bridge/command_service.h"
-#include "agent/bridge/record_check.h"
 #include "agent/module.h"
 #include "bridge/protocol.h"
+#include "editing/record_check.h"
 #include "tests/support/records.h"
 
 namespace agent_testing {
@@ -38,7 +38,7 @@ class ServedModule {
 
   LPARAMS::Server::Server_t& server() { return module_.server(); }
   const agent::AccessRules& rules() const { return rules_; }
-  const agent::RecordCheck& check() const { return check_; }
+  const editing::RecordCheck& check() const { return check_; }
   agent::ChangeTracker& changes() { return changes_; }
   agent::CommandService& service() { return service_; }
 
@@ -59,7 +59,7 @@ class ServedModule {
  private:
   agent::Module module_{PRODUCTS_DIR "/lparams_server.so"};
   agent::AccessRules rules_;
-  agent::RecordCheck check_;
+  editing::RecordCheck check_;
   agent::ChangeTracker changes_;
   agent::WriteTurn writeTurn_;
   agent::CommandService service_;

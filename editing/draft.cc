@@ -1,14 +1,14 @@
-#include "agent/access/draft.h"
+#include "editing/draft.h"
 
 #include <algorithm>
 #include <utility>
 
-#include "agent/access/copy_group.h"
-#include "agent/base/log.h"
+#include "editing/copy_group.h"
 #include "lparams/values/values.h"
 #include "text/escape.h"
+#include "text/shortened.h"
 
-namespace agent {
+namespace editing {
 namespace {
 
 using namespace LPARAMS::Server;
@@ -120,7 +120,7 @@ void Draft::checkUsers() {
     const std::string subject = shownName(parameters_.nameOf(*user)) + member + ": ";
     if (name.empty()) mistakes_.add(subject + "a user needs a name");
     if (!name.empty() && count[name] > 1) {
-      mistakes_.add(subject + "there is a user " + quoted(name) + " already");
+      mistakes_.add(subject + "there is a user " + text::quoted(name) + " already");
     }
   }
 }
@@ -160,4 +160,4 @@ std::vector<bridge::NamedValue> Draft::changedValues(std::shared_ptr<Catalogue> 
   return values;
 }
 
-}  // namespace agent
+}  // namespace editing

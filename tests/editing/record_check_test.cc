@@ -1,4 +1,4 @@
-#include "agent/bridge/record_check.h"
+#include "editing/record_check.h"
 
 #include <gmock/gmock.h>
 
@@ -10,7 +10,7 @@
 #include "tests/agent/bridge/served_module.h"
 #include "tests/support/readable_bytes.h"
 
-namespace agent {
+namespace editing {
 namespace {
 
 using namespace LPARAMS::Server;
@@ -415,4 +415,4 @@ TEST(WholeSettings, MayNotOutgrowTheirLimit) {
 }
 
 }  // namespace
-}  // namespace agent
+}  // namespace editing

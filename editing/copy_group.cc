@@ -1,9 +1,9 @@
-#include "agent/access/copy_group.h"
+#include "editing/copy_group.h"
 
 #include <algorithm>
 #include <string>
 
-namespace agent {
+namespace editing {
 namespace {
 
 using namespace LPARAMS::Server;
@@ -32,4 +32,4 @@ void copyFileOnly(ParamGroup& from, ParamGroup& to) {
   }
 }
 
-}  // namespace agent
+}  // namespace editing

@@ -1,11 +1,11 @@
-#include "agent/access/value_reader.h"
+#include "editing/value_reader.h"
 
 #include <algorithm>
 #include <utility>
 
 #include "lparams/values/values.h"
 
-namespace agent {
+namespace editing {
 
 using namespace LPARAMS::Server;
 
@@ -65,4 +65,4 @@ bridge::NamedValue ValueReader::valuesOf(std::string owner, Param* running, Para
   return value;
 }
 
-}  // namespace agent
+}  // namespace editing

@@ -7,14 +7,14 @@
 #include <string>
 #include <vector>
 
-#include "agent/access/mistakes.h"
-#include "agent/access/parameters.h"
-#include "agent/access/value_reader.h"
-#include "agent/bridge/record_check.h"
 #include "bridge/named_values.h"
+#include "editing/mistakes.h"
+#include "editing/parameters.h"
+#include "editing/record_check.h"
+#include "editing/value_reader.h"
 #include "lparams/catalogue/catalogue.h"
 
-namespace agent {
+namespace editing {
 
 /// A copy of the settings that takes the steps of a change, one after the other, and finds what is
 /// wrong with them. Names are those from before the change; a user that is added has its name at
@@ -67,4 +67,4 @@ class Draft {
   std::vector<LPARAMS::Server::USER_t*> removed_;  // in the list until finish()
 };
 
-}  // namespace agent
+}  // namespace editing

@@ -1,4 +1,4 @@
-#include "agent/access/parameters.h"
+#include "editing/parameters.h"
 
 #include <algorithm>
 #include <charconv>
@@ -9,7 +9,7 @@
 #include "text/escape.h"
 #include "text/similar.h"
 
-namespace agent {
+namespace editing {
 namespace {
 
 using namespace LPARAMS::Server;
@@ -184,4 +184,4 @@ std::string Parameters::suggestionFor(std::string_view name) {
   return "; did you mean " + text::escaped(found) + "?";
 }
 
-}  // namespace agent
+}  // namespace editing

@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <string>
 
-namespace agent {
+namespace editing {
 
 /// Gathers mistakes, each one line of text. Of very many only the first are told.
 class Mistakes {
@@ -30,4 +30,4 @@ class Mistakes {
   std::string text_;
 };
 
-}  // namespace agent
+}  // namespace editing

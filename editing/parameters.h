@@ -9,7 +9,7 @@
 
 #include "lparams/catalogue/catalogue.h"
 
-namespace agent {
+namespace editing {
 
 /// A name as messages show it: fit for a line, and cut off after 200 bytes.
 std::string shownName(std::string_view name);
@@ -63,4 +63,4 @@ class Parameters {
   std::map<const User*, std::string> names_;
 };
 
-}  // namespace agent
+}  // namespace editing

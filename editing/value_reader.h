@@ -5,11 +5,11 @@
 #include <optional>
 #include <vector>
 
-#include "agent/access/parameters.h"
 #include "bridge/named_values.h"
+#include "editing/parameters.h"
 #include "lparams/catalogue/catalogue.h"
 
-namespace agent {
+namespace editing {
 
 /// Gives the running, the saved and the default value of parameters. Used by one thread.
 class ValueReader {
@@ -38,4 +38,4 @@ class ValueReader {
   LPARAMS::Server::USER_t defaultUser_;
 };
 
-}  // namespace agent
+}  // namespace editing

@@ -9,7 +9,7 @@
 #include "lparams/catalogue/catalogue.h"
 #include "lparams/values/values.h"
 
-namespace agent {
+namespace editing {
 
 /// Decodes the whole input of a write command as the module does, into a catalogue that is thrown
 /// away: exact length, numbers within their limits, named values only, no control characters in
@@ -52,4 +52,4 @@ class RecordCheck {
   const size_t maxUsers_;
 };
 
-}  // namespace agent
+}  // namespace editing

@@ -1,4 +1,4 @@
-#include "agent/bridge/record_check.h"
+#include "editing/record_check.h"
 
 #include <cstdint>
 #include <optional>
@@ -6,12 +6,12 @@
 #include <streambuf>
 #include <utility>
 
-#include "agent/base/log.h"
-#include "agent/bridge/standing_values.h"
+#include "editing/standing_values.h"
 #include "lparams/catalogue/catalogue.h"
 #include "lparams/values/values.h"
+#include "text/shortened.h"
 
-namespace agent {
+namespace editing {
 namespace {
 
 using namespace LPARAMS::Server;
@@ -69,7 +69,7 @@ void readParam(CommandStreamIn& in, const std::string& subject, Param& param, St
   }
   const bool isText = param.getTypeId() == TYPE_STRING;
   const std::string value = isSecret(param) ? "the value"
-                            : isText        ? quoted(valueText(param))
+                            : isText        ? text::quoted(valueText(param))
                             : byte > 1      ? std::to_string(byte)
                                             : valueText(param);
   throw Refusal{subject + ": " + value + " is not legal; expected " + legalValues(param)};
@@ -129,7 +129,7 @@ ParamGroup& findGroup(const Catalogue& catalogue, const std::string& name) {
     if (name == group->name) return *group;
     names += (names.empty() ? "" : ", ") + std::string(group->name);
   }
-  throw Refusal{"there is no group " + quoted(name) + "; expected one of " + names};
+  throw Refusal{"there is no group " + text::quoted(name) + "; expected one of " + names};
 }
 
 /// Returns the size of the group's text.
@@ -163,7 +163,7 @@ RecordCheck::Finding RecordCheck::look(const std::string& input) const {
   }
 }
 
-size_t RecordCheck::textSizeOf(ParamGroup& group) { return agent::textSizeOf(group, 1); }
+size_t RecordCheck::textSizeOf(ParamGroup& group) { return editing::textSizeOf(group, 1); }
 
 std::string RecordCheck::refusalOfSize(const std::map<std::string_view, size_t>& textSizes) const {
   std::string names;
@@ -184,4 +184,4 @@ std::string RecordCheck::refusalOfSize(const std::map<std::string_view, size_t>&
          std::to_string(MAX_SETTINGS_TEXT);
 }
 
-}  // namespace agent
+}  // namespace editing

@@ -1,10 +1,10 @@
-#include "agent/access/parameters.h"
+#include "editing/parameters.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 
-namespace agent {
+namespace editing {
 namespace {
 
 using namespace LPARAMS::Server;
@@ -93,4 +93,4 @@ TEST_F(Names, OneThatIsNotThereGetsASuggestion) {
 }
 
 }  // namespace
-}  // namespace agent
+}  // namespace editing

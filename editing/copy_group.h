@@ -3,7 +3,7 @@
 
 #include "lparams/params/param_group.h"
 
-namespace agent {
+namespace editing {
 
 // Both groups are the same one of two catalogues. The parameters' locks are taken, one by one; the
 // caller keeps others away from the group where it has to change as a whole.
@@ -14,4 +14,4 @@ void copyGroup(LPARAMS::Server::ParamGroup& from, LPARAMS::Server::ParamGroup& t
 /// Copies nothing but those that are in the file only. A list has none.
 void copyFileOnly(LPARAMS::Server::ParamGroup& from, LPARAMS::Server::ParamGroup& to);
 
-}  // namespace agent
+}  // namespace editing

@@ -1,9 +1,9 @@
-#include "agent/bridge/standing_values.h"
+#include "editing/standing_values.h"
 
 #include "lparams/catalogue/user_list.h"
 #include "lparams/values/values.h"
 
-namespace agent {
+namespace editing {
 namespace {
 
 using namespace LPARAMS::Server;
@@ -36,4 +36,4 @@ bool StandingValues::hold(const std::string& user, Param& param) const {
   return values_.contains({user, param.name, valueText(param)});
 }
 
-}  // namespace agent
+}  // namespace editing

@@ -7,7 +7,7 @@
 
 #include "lparams/params/param_group.h"
 
-namespace agent {
+namespace editing {
 
 /// Whether a checked write may set the parameter's value. Takes the parameter's lock.
 bool mayBeWritten(LPARAMS::Server::Param& param);
@@ -29,4 +29,4 @@ class StandingValues {
   std::set<std::tuple<std::string, std::string, std::string>> values_;  // user, parameter, value
 };
 
-}  // namespace agent
+}  // namespace editing
