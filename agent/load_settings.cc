@@ -7,9 +7,9 @@
 #include "agent/base/log.h"
 #include "agent/load_report.h"
 #include "agent/load_timeout.h"
-#include "agent/services/markup_report.h"
 #include "agent/state/settings_review.h"
 #include "inspection/settings_completeness.h"
+#include "markup/markup_report.h"
 
 namespace agent {
 
@@ -19,7 +19,7 @@ constexpr const char* LEGACY_ELEMENT = "LocalSettings";
 
 /// Why the settings of earlier versions are none; empty if they were imported.
 std::string importFailure() {
-  const MarkupReport& report = markupReport();
+  const markup::MarkupReport& report = markup::markupReport();
   std::string reason;
   if (report.documentsRead == 0) {
     reason = "the file was not opened";

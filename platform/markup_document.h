@@ -84,7 +84,7 @@ class MLDoc {
   virtual void warn(const TTT& /*what*/, const Token* /*element*/,
                     const Attribute* /*attribute*/) const {}
 
- private:
+ protected:
   void* tree_ = nullptr;  // owned; the parser's own representation
 };
 

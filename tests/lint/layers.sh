@@ -19,6 +19,7 @@ declare -A may_include=(
   [bridge]=''
   [schema]="$model lparams/values"
   [text]=''
+  [markup]='platform'
   [programs]=''
   [editing]="$model lparams/values bridge text"
   [inspection]="$model lparams/storage lparams/values"
@@ -27,7 +28,7 @@ declare -A may_include=(
   [agent/state]="$module inspection agent/base"
   [agent/bridge]="$module bridge editing agent/base"
   [agent/access]="$module bridge editing agent/base agent/state agent/bridge"
-  [agent]="$module inspection editing agent/base agent/services agent/state agent/bridge agent/access schema"
+  [agent]="$module inspection editing agent/base agent/services agent/state agent/bridge agent/access schema markup"
   [client]="$model lparams/interface lparams/values bridge editing inspection text schema programs"
   [tools]="$model lparams/values"
 )

@@ -3,11 +3,11 @@
 
 #include <string>
 
-#include "tests/agent/services/document_file.h"
+#include "tests/markup/document_file.h"
 
-using agent_testing::chars;
-using agent_testing::DocumentFile;
-using agent_testing::errorOf;
+using markup_testing::chars;
+using markup_testing::DocumentFile;
+using markup_testing::errorOf;
 using testing::ContainsRegex;
 using testing::HasSubstr;
 

@@ -5,11 +5,11 @@
 #include <string>
 #include <vector>
 
-#include "tests/agent/services/document_file.h"
+#include "tests/markup/document_file.h"
 
-using agent_testing::chars;
-using agent_testing::DocumentFile;
-using agent_testing::str;
+using markup_testing::chars;
+using markup_testing::DocumentFile;
+using markup_testing::str;
 using testing::ElementsAre;
 using testing::IsEmpty;
 

@@ -1,4 +1,4 @@
-#include "agent/services/markup_scan.h"
+#include "markup/markup_scan.h"
 
 #include <gtest/gtest.h>
 
@@ -11,7 +11,7 @@
 
 using testing_support::inQuotes;
 
-namespace agent {
+namespace markup {
 namespace {
 
 std::string repeated(std::string_view part, size_t count) {
@@ -122,4 +122,4 @@ TEST(MarkupDepth, IsTheParsersForEveryTextThatItAccepts) {
 }
 
 }  // namespace
-}  // namespace agent
+}  // namespace markup

@@ -4,29 +4,19 @@
 #include <algorithm>
 #include <charconv>
 #include <fstream>
-#include <iterator>
-#include <memory>
-#include <rapidxml/rapidxml.hpp>
 #include <string>
 #include <string_view>
 
-#include "agent/services/markup_report.h"
-#include "agent/services/markup_scan.h"
+#include "markup/markup_report.h"
+#include "markup/text_document.h"
+#include "markup/tree.h"
 
 namespace {
 
-// The parser recurses at each level and keeps the whole document in memory.
-constexpr size_t MAX_SIZE = 1024 * 1024;  // bytes
-constexpr size_t MAX_DEPTH = 64;          // nested elements
-
 using Node = rapidxml::xml_node<>;
+using markup::Tree;
 
-agent::MarkupReport g_report;
-
-struct Tree {
-  std::string text;  // parsed in place; every ChPair points into it
-  rapidxml::xml_document<> document;
-};
+markup::MarkupReport g_report;
 
 const Tree& treeOf(const void* tree) { return *static_cast<const Tree*>(tree); }
 
@@ -34,47 +24,41 @@ std::string_view view(const ChPair& chars) {
   return {chars.begin, static_cast<size_t>(chars.end - chars.begin)};
 }
 
-/// Throws why the document is not taken, and remembers it.
-[[noreturn]] void refuse(const std::string& reason) {
-  g_report.failure = reason;
-  throw TTT(reason);
+/// The reason, with the place in the text if it is of one.
+std::string inWords(const markup::ParseError& error, const std::string& text) {
+  if (error.offset == std::string::npos) return error.reason;
+  const auto where = text.begin() + static_cast<std::ptrdiff_t>(error.offset);
+  return error.reason + " at byte " + std::to_string(error.offset) + ", line " +
+         std::to_string(1 + std::count(text.begin(), where, '\n'));
 }
 
 const Node* nodeOf(const MLDoc::Token& token) { return static_cast<const Node*>(token.element); }
 
 }  // namespace
 
-const agent::MarkupReport& agent::markupReport() { return g_report; }
+const markup::MarkupReport& markup::markupReport() { return g_report; }
+
+markup::TextDocument::TextDocument(std::unique_ptr<Tree> tree) { tree_ = tree.release(); }
 
 bool MLDoc::load(const char* path) {
   release();
   std::ifstream file(path, std::ios::binary);
   if (!file) return false;
-  auto tree = std::make_unique<Tree>();
-  tree->text.resize(MAX_SIZE + 1);
-  file.read(tree->text.data(), static_cast<std::streamsize>(tree->text.size()));
-  tree->text.resize(static_cast<size_t>(file.gcount()));
+  std::string text(markup::MAX_SIZE + 1, '\0');  // one byte more tells a larger document
+  file.read(text.data(), static_cast<std::streamsize>(text.size()));
+  text.resize(static_cast<size_t>(file.gcount()));
   if (file.bad()) return false;
   g_report = {g_report.documentsRead + 1, {}, {}};
-
-  if (tree->text.size() > MAX_SIZE) {
-    refuse("the document is larger than " + std::to_string(MAX_SIZE) + " bytes");
-  }
-  if (agent::markupDepth(tree->text) > MAX_DEPTH) {
-    refuse("the document is nested deeper than " + std::to_string(MAX_DEPTH) + " elements");
-  }
   try {
-    tree->document.parse<rapidxml::parse_validate_closing_tags>(tree->text.data());
-  } catch (const rapidxml::parse_error& error) {
-    const char* const begin = tree->text.data();
-    const char* const where = error.where<char>();
-    refuse(std::string(error.what()) + " at byte " + std::to_string(where - begin) + ", line " +
-           std::to_string(1 + std::count(begin, where, '\n')));
+    auto tree = markup::parse(text);
+    if (const Node* const top = tree->document.first_node()) {
+      g_report.topElement.assign(top->name(), top->name_size());
+    }
+    tree_ = tree.release();
+  } catch (const markup::ParseError& error) {
+    g_report.failure = inWords(error, text);
+    throw TTT(g_report.failure);
   }
-  if (const Node* const top = tree->document.first_node()) {
-    g_report.topElement.assign(top->name(), top->name_size());
-  }
-  tree_ = tree.release();
   return true;
 }
 

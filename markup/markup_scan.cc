@@ -1,8 +1,8 @@
-#include "agent/services/markup_scan.h"
+#include "markup/markup_scan.h"
 
 #include <algorithm>
 
-namespace agent {
+namespace markup {
 namespace {
 
 constexpr size_t END = std::string_view::npos;
@@ -75,4 +75,4 @@ size_t markupDepth(std::string_view text) {
   return deepest;
 }
 
-}  // namespace agent
+}  // namespace markup

@@ -7,7 +7,7 @@
 #include "platform/markup_document.h"
 #include "tests/module/temp_directory.h"
 
-namespace agent_testing {
+namespace markup_testing {
 
 inline ChPair chars(std::string_view text) { return {text.data(), text.data() + text.size()}; }
 
@@ -38,4 +38,4 @@ inline std::string errorOf(const std::string& text) {
   }
 }
 
-}  // namespace agent_testing
+}  // namespace markup_testing

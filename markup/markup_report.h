@@ -3,7 +3,7 @@
 
 #include <string>
 
-namespace agent {
+namespace markup {
 
 /// Of the last document. A module does not tell: it takes one that cannot be parsed for an empty
 /// one.
@@ -16,4 +16,4 @@ struct MarkupReport {
 /// Filled by the one thread that loads the settings.
 const MarkupReport& markupReport();
 
-}  // namespace agent
+}  // namespace markup
