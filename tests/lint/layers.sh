@@ -29,14 +29,15 @@ declare -A may_include=(
   [agent/bridge]="$module bridge editing agent/base"
   [agent/access]="$module bridge editing agent/base agent/state agent/bridge"
   [agent]="$module inspection editing agent/base agent/services agent/state agent/bridge agent/access schema markup"
-  [client]="$model lparams/interface lparams/values bridge editing inspection text schema programs"
+  [client]="$model lparams/interface lparams/values client/verbs bridge editing inspection text schema programs"
+  [client/verbs]="$model lparams/values client bridge editing inspection text schema programs"
   [tools]="$model lparams/values"
 )
 
-# Every folder of lparams/ and of agent/ is a layer; elsewhere only the folders at the root are.
+# Every folder of lparams/, agent/ and client/ is a layer; elsewhere only the folders at the root are.
 layer_of() {
   local folder=${1%/*}
-  [[ $folder == @(lparams|agent)/* ]] && echo "$folder" || echo "${folder%%/*}"
+  [[ $folder == @(lparams|agent|client)/* ]] && echo "$folder" || echo "${folder%%/*}"
 }
 
 faults=0

@@ -1,13 +1,14 @@
+// Changes of parameters.
 #include <algorithm>
 #include <cstdio>
-#include <istream>
+#include <iostream>
 #include <map>
-#include <ostream>
 
 #include "client/assignment.h"
-#include "client/commands.h"
 #include "client/failure.h"
 #include "client/values.h"
+#include "client/verbs/verb.h"
+#include "client/verbs/verbs.h"
 #include "lparams/values/values.h"
 #include "text/escape.h"
 
@@ -15,6 +16,29 @@ namespace client {
 namespace {
 
 using bridge::Change;
+
+constexpr const char* NOTES =
+    R"~(Everything is checked before anything is written; then all is written, over all groups, or
+nothing. What is so already is not written.
+
+  numbers       decimal, within their limits
+  flags         0, 1, false or true
+  enumerations  one of their names; a wrong one makes the error list them all
+  strings       one line without control characters
+
+"-" reads assignments from the standard input, one a line, with comments and empty lines
+left out: this keeps a secret out of the list of processes, and takes back what "show"
+printed. A secret given as "(hidden)" stays as it is.
+
+Examples:
+  lparamsctl set IKE.IKE_PORT=500 IKE.PERSISTENT_SA=true
+  lparamsctl set --save 'USERS[anna].PMP_TIMEOUT=20'
+  lparamsctl set - < settings.txt)~";
+
+struct Given {
+  std::vector<std::string> assignments;
+  bool save = false;
+};
 
 constexpr const char* NOTHING_WRITTEN = "nothing was written";
 
@@ -92,42 +116,49 @@ std::string linesOf(const bridge::NamedValues& done, bool saved) {
   return lines;
 }
 
-}  // namespace
-
-void set(Store& store, std::ostream& out, const std::vector<std::string>& assignments,
-         std::istream& in, bool save) {
-  Assignments given;
-  for (const std::string& text : assignments) {
+void set(Context& context, const Given& given) {
+  Store& store = context.store();
+  Assignments read;
+  for (const std::string& text : given.assignments) {
     if (text == "-") {
-      given.addLines(in);
+      read.addLines(std::cin);
     } else {
-      given.add(text);
+      read.add(text);
     }
   }
-  if (!given.mistakes.empty()) {
+  if (!read.mistakes.empty()) {
     std::string message;
-    for (const std::string& mistake : given.mistakes) message += mistake + "\n";
+    for (const std::string& mistake : read.mistakes) message += mistake + "\n";
     throw Failure(programs::EXIT_USAGE, message + NOTHING_WRITTEN);
   }
   bridge::NamedValues done;
   try {
-    dropHidden(store, given.changes);
-    if (!given.changes.empty()) done = store.set({{}, given.changes});
+    dropHidden(store, read.changes);
+    if (!read.changes.empty()) done = store.set({{}, read.changes});
   } catch (const Failure& failure) {
     if (failure.status != programs::EXIT_ILLEGAL) throw;
-    throw Failure(failure.status, located(failure.what(), given));
+    throw Failure(failure.status, located(failure.what(), read));
   }
-  if (!save) {
-    out << linesOf(done, false);
+  if (!given.save) {
+    std::cout << linesOf(done, false);
     return;
   }
   try {
-    store.save(false);
+    store.save({});
   } catch (const Failure&) {
-    out << linesOf(done, false);
+    std::cout << linesOf(done, false);
     throw;
   }
-  out << linesOf(done, true);
+  std::cout << linesOf(done, true);
+}
+
+}  // namespace
+
+void addSet(CLI::App& app, Context& context) {
+  const auto [command, given] = addVerb(app, context, "set", "Change parameters", NOTES, set);
+  command.add_option("GROUP.NAME=VALUE", given->assignments, "The parameters and their values")
+      ->required();
+  command.add_flag("--save", given->save, "Save the settings then");
 }
 
 }  // namespace client

@@ -1,4 +1,4 @@
-#include "client/store.h"
+#include "client/agent_store.h"
 
 #include <algorithm>
 #include <string_view>
@@ -22,6 +22,7 @@ ExitStatus statusOf(Reason reason) {
     case Reason::MalformedInput:
       return programs::EXIT_ILLEGAL;
     case Reason::Conflict:
+    case Reason::Busy:
       return programs::EXIT_TRY_AGAIN;
     case Reason::SaveRefused:
     case Reason::ReplyTooLarge:
@@ -48,37 +49,39 @@ std::string linesOf(const std::string& text) {
   return lines;
 }
 
+}  // namespace
+
 bridge::NamedValues valuesIn(const bridge::Reply& reply) {
   auto values = bridge::decodeNamedValues(reply.output);
   if (!values) throw Failure(programs::EXIT_UNAVAILABLE, "the agent's values cannot be read");
   return std::move(*values);
 }
 
-}  // namespace
-
-bridge::NamedValues Store::get(const bridge::Names& names) {
+bridge::NamedValues AgentStore::get(const bridge::Names& names) {
   return valuesIn(call(bridge::AgentCommand{"get", bridge::encode(names)}, "reading"));
 }
 
-bridge::NamedValues Store::set(const bridge::NamedChanges& changes) {
+bridge::NamedValues AgentStore::set(const bridge::NamedChanges& changes) {
   return valuesIn(call(bridge::AgentCommand{"set", bridge::encode(changes)}, "writing"));
 }
 
-std::string Store::schema() {
+std::string AgentStore::schema() {
   return call(bridge::AgentCommand{"schema", {}}, "asking for the catalogue").output;
 }
 
-void Store::save(bool force) {
+void AgentStore::save(const Saving& how) {
   bridge::Command command{LPARAMS_MODULE_ID, LPARAMS::Server::SAVE};
-  command.force = force;
+  command.force = how.force;
   (void)call(command, "saving");
 }
 
-std::string Store::status() { return call(bridge::StatusRequest{}, "asking for the state").output; }
+std::string AgentStore::status() {
+  return call(bridge::StatusRequest{}, "asking for the state").output;
+}
 
-void Store::subscribe() { (void)call(bridge::Subscription{}, "subscribing"); }
+void AgentStore::subscribe() { (void)call(bridge::Subscription{}, "subscribing"); }
 
-bridge::Reply Store::call(const bridge::Request& request, const std::string& what) {
+bridge::Reply AgentStore::call(const bridge::Request& request, const std::string& what) {
   if (!connection_) connection_.emplace(socketPath_, timeout_);
   bridge::Reply reply = connection_->exchange(request);
   if (reply.result != 0) return reply;

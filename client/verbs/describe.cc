@@ -1,8 +1,10 @@
-#include <ostream>
+// What parameters mean.
+#include <iostream>
 
-#include "client/commands.h"
 #include "client/failure.h"
 #include "client/values.h"
+#include "client/verbs/verb.h"
+#include "client/verbs/verbs.h"
 #include "schema/schema.h"
 #include "text/escape.h"
 #include "text/similar.h"
@@ -12,6 +14,21 @@ namespace {
 
 using bridge::NamedValue;
 using Json = CatalogueView::Json;
+
+constexpr const char* NOTES =
+    R"~(Prints what a parameter means, its value, saved value, default and legal values. If no agent
+can be reached, it is what this program knows, without values. The fields of users are those
+of USERS.
+
+Examples:
+  lparamsctl describe EXCHANGE_TIMEOUT
+  lparamsctl describe USERS.PMP_AUTH
+  lparamsctl describe LOG)~";
+
+struct Given {
+  std::string name;
+  bool json = false;
+};
 
 constexpr const char* INDENT = "  ";
 
@@ -93,22 +110,31 @@ std::string reachableSchema(Store& store, bool& reached) {
   }
 }
 
-}  // namespace
-
-void describe(Store& store, std::ostream& out, const std::string& name, bool json) {
+void describe(Context& context, const Given& given) {
+  Store& store = context.store();
   bool reached = false;
   const CatalogueView catalogue(reachableSchema(store, reached));
   std::string text;
   Json document = Json::object();
-  for (const std::string& full : namesFor(catalogue, name)) {
+  for (const std::string& full : namesFor(catalogue, given.name)) {
     const Json& param = *catalogue.find(full);
-    const bool hasValue = reached && (full == name || !full.starts_with("USERS"));
+    const bool hasValue = reached && (full == given.name || !full.starts_with("USERS"));
     bridge::NamedValues values;
     if (hasValue && full != "USERS." + takeApart(full).member) values = store.get({full});
     text += textOf(full, param, values.values.empty() ? nullptr : values.values.data());
     document[full] = param;
   }
-  out << (json ? printedJson(document) : text);
+  std::cout << (given.json ? printedJson(document) : text);
+}
+
+}  // namespace
+
+void addDescribe(CLI::App& app, Context& context) {
+  const auto [command, given] =
+      addVerb(app, context, "describe", "Tell what parameters mean", NOTES, describe);
+  command.add_option("NAME", given->name, "A parameter, with or without its group, or a group")
+      ->required();
+  addJson(command, given->json);
 }
 
 }  // namespace client

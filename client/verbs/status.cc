@@ -1,14 +1,26 @@
+// The state of an agent.
+#include <iostream>
 #include <nlohmann/json.hpp>
-#include <ostream>
 
-#include "client/commands.h"
 #include "client/failure.h"
+#include "client/verbs/verb.h"
+#include "client/verbs/verbs.h"
 #include "text/escape.h"
 
 namespace client {
 namespace {
 
 using nlohmann::json;
+
+constexpr const char* NOTES =
+    R"~(Whether saves are refused (degraded) and why, whether there are unsaved changes (changed),
+the last save and how it failed, the sessions on the bridge, and how many things in the
+settings file were not taken as they stand there (findings). --findings lists these: lines
+that were ignored or changed, with their places, until a save has replaced the file.)~";
+
+struct Given {
+  bool findings = false;
+};
 
 constexpr const char* COUNT = "findings";
 constexpr const char* LIST = "findingList";
@@ -25,8 +37,8 @@ std::string inQuotes(const json& value) {
   return text::inQuotes(value.is_string() ? value.get<std::string>() : value.dump());
 }
 
-json stateOf(Store& store) {
-  json state = json::parse(store.status(), nullptr, false);
+json stateOf(AgentStore& agent) {
+  json state = json::parse(agent.status(), nullptr, false);
   if (!state.is_object())
     throw Failure(programs::EXIT_UNAVAILABLE, "the agent's state cannot be read");
   return state;
@@ -56,31 +68,31 @@ std::string lineOf(const json& finding) {
   return place + parameter + words + details;
 }
 
+void printState(const json& state) {
+  for (const auto& [name, value] : state.items()) {
+    if (name != LIST) std::cout << text::escaped(name) << ": " << textOf(value) << '\n';
+  }
+}
+
+void printFindings(const json& state) {
+  const json list = state.contains(LIST) ? state[LIST] : json::array();
+  for (const json& finding : list) std::cout << lineOf(finding) << '\n';
+  if (state.contains(COUNT) && state[COUNT] > list.size()) {
+    std::cout << "and more: " << textOf(state[COUNT]) << " in all\n";
+  }
+}
+
+void status(Context& context, const Given& given) {
+  const json state = stateOf(context.agent());
+  given.findings ? printFindings(state) : printState(state);
+}
+
 }  // namespace
 
-void status(Store& store, std::ostream& out) {
-  const json state = stateOf(store);
-  for (const auto& [name, value] : state.items()) {
-    if (name != LIST) out << text::escaped(name) << ": " << textOf(value) << '\n';
-  }
-}
-
-void findings(Store& store, std::ostream& out) {
-  const json state = stateOf(store);
-  const json list = state.contains(LIST) ? state[LIST] : json::array();
-  for (const json& finding : list) out << lineOf(finding) << '\n';
-  if (state.contains(COUNT) && state[COUNT] > list.size()) {
-    out << "and more: " << textOf(state[COUNT]) << " in all\n";
-  }
-}
-
-void watch(Store& store, std::ostream& out) {
-  store.subscribe();
-  for (;;) {
-    const bridge::Event event = store.nextEvent();
-    out << text::escaped(event.group) << " revision " << event.revision << " by uid " << event.uid
-        << " pid " << event.pid << std::endl;
-  }
+void addStatus(CLI::App& app, Context& context) {
+  const auto [command, given] =
+      addVerb(app, context, "status", "Print the agent's state", NOTES, status);
+  command.add_flag("--findings", given->findings, "List what was found in the settings file");
 }
 
 }  // namespace client

@@ -1,9 +1,11 @@
+// A table of parameters.
 #include <algorithm>
 #include <array>
-#include <ostream>
+#include <iostream>
 
-#include "client/commands.h"
 #include "client/values.h"
+#include "client/verbs/verb.h"
+#include "client/verbs/verbs.h"
 #include "text/escape.h"
 
 namespace client {
@@ -11,6 +13,26 @@ namespace {
 
 using bridge::NamedValue;
 using Row = std::array<std::string, 5>;
+
+constexpr const char* NOTES =
+    R"~(Prints name, value, default, saved value and legal values. A glob is for the full name, for
+the name without its group, or for the group, in any case: "*" stands for any text and "?" for
+any character. Secrets are hidden. With --json the values are one document, with numbers as
+numbers, flags as true and false, and null for a secret that you may not see.
+
+Examples:
+  lparamsctl list '*TIMEOUT*'
+  lparamsctl list ike --changed
+  lparamsctl list --unsaved
+  lparamsctl list --json)~";
+
+struct Given {
+  std::string glob;       // with "*" and "?", in any case; all if empty
+  bool changed = false;   // only what is not at its default
+  bool unsaved = false;   // only what is not as saved
+  bool fileOnly = false;  // only what the records of the bridge do not carry
+  bool json = false;
+};
 
 char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
 
@@ -38,7 +60,7 @@ bool matches(std::string_view glob, std::string_view text) {
   return at == glob.size();
 }
 
-bool isListed(const NamedValue& value, const ListFilter& filter, const CatalogueView& catalogue) {
+bool isListed(const NamedValue& value, const Given& filter, const CatalogueView& catalogue) {
   if (!value.running && !value.secret) return false;  // of a user who was removed
   if (filter.changed && value.running == value.byDefault) return false;
   if (filter.unsaved && value.running == value.saved) return false;
@@ -57,28 +79,27 @@ size_t widthOf(const std::string& cell) {
       std::ranges::count_if(cell, [](char c) { return (c & 0xC0) != 0x80; }));
 }
 
-void print(std::ostream& out, const std::vector<Row>& rows) {
+void print(const std::vector<Row>& rows) {
   std::array<size_t, std::tuple_size_v<Row>> widths{};
   for (const Row& row : rows) {
     for (size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], widthOf(row[i]));
   }
   for (const Row& row : rows) {
     for (size_t i = 0; i + 1 < row.size(); ++i) {
-      out << row[i] << std::string(widths[i] - widthOf(row[i]) + 2, ' ');
+      std::cout << row[i] << std::string(widths[i] - widthOf(row[i]) + 2, ' ');
     }
-    out << row.back() << '\n';
+    std::cout << row.back() << '\n';
   }
 }
 
-}  // namespace
-
-void list(Store& store, std::ostream& out, const ListFilter& filter, bool json) {
+void list(Context& context, const Given& given) {
+  Store& store = context.store();
   const CatalogueView catalogue(store.schema());
   bridge::NamedValues found = store.get({});
   std::erase_if(found.values,
-                [&](const NamedValue& value) { return !isListed(value, filter, catalogue); });
-  if (json) {
-    out << printedJson(documentOf(found, catalogue));
+                [&](const NamedValue& value) { return !isListed(value, given, catalogue); });
+  if (given.json) {
+    std::cout << printedJson(documentOf(found, catalogue));
     return;
   }
   std::vector<Row> rows = {{"NAME", "VALUE", "DEFAULT", "SAVED", "LEGAL"}};
@@ -88,7 +109,19 @@ void list(Store& store, std::ostream& out, const ListFilter& filter, bool json) 
                     shownValue(value, value.byDefault), shownValue(value, value.saved),
                     param == nullptr ? "" : legalValues(*param)});
   }
-  if (rows.size() > 1) print(out, rows);
+  if (rows.size() > 1) print(rows);
+}
+
+}  // namespace
+
+void addList(CLI::App& app, Context& context) {
+  const auto [command, given] =
+      addVerb(app, context, "list", "Print parameters beside what they could be", NOTES, list);
+  command.add_option("GLOB", given->glob, "Names, with * and ?; all if it is left out");
+  command.add_flag("--changed", given->changed, "Only what is not at its default");
+  command.add_flag("--unsaved", given->unsaved, "Only what is not as saved");
+  command.add_flag("--file-only", given->fileOnly, "Only what records of the bridge do not carry");
+  addJson(command, given->json);
 }
 
 }  // namespace client

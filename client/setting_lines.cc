@@ -1,7 +1,5 @@
-#include <algorithm>
-#include <ostream>
+#include "client/setting_lines.h"
 
-#include "client/commands.h"
 #include "lparams/values/values.h"
 #include "text/escape.h"
 
@@ -22,7 +20,7 @@ std::string lineOf(const bridge::NamedValue& of, bool secrets) {
 
 }  // namespace
 
-void show(Store& store, std::ostream& out, const std::string& name, bool secrets) {
+std::string settingLines(Store& store, const std::string& name, bool secrets) {
   const bridge::NamedValues found = store.get(name.empty() ? bridge::Names() : bridge::Names{name});
   std::string lines;
   bool users = false;
@@ -32,7 +30,7 @@ void show(Store& store, std::ostream& out, const std::string& name, bool secrets
     lines += lineOf(value, secrets);
   }
   if (!users && (name.empty() || name == USERS)) lines += "# USERS (no entries)\n";
-  out << lines;
+  return lines;
 }
 
 }  // namespace client

@@ -1,0 +1,15 @@
+// Settings as lines.
+#pragma once
+
+#include <string>
+
+#include "client/store.h"
+
+namespace client {
+
+/// A group, a user, or everything if `name` is empty, as lines NAME=value that `set` takes back.
+/// Secrets show only if `secrets`. What `set` would not take as it stands is a comment, a line that
+/// begins with "#".
+std::string settingLines(Store& store, const std::string& name, bool secrets);
+
+}  // namespace client

@@ -1,0 +1,29 @@
+// Has settings written to their file.
+#include <iostream>
+
+#include "client/verbs/verb.h"
+#include "client/verbs/verbs.h"
+
+namespace client {
+namespace {
+
+constexpr const char* NOTES =
+    R"~(Prints "saved" when the file agrees with the settings and would survive a power cut, or
+why it was not written. The agent refuses to save settings that it could not load whole, and
+to write over a file that somebody has edited meanwhile; --force saves all the same. The
+agent keeps a copy of what it replaces then.)~";
+
+void save(Context& context, const Store::Saving& given) {
+  context.agent().save(given);
+  std::cout << "saved\n";
+}
+
+}  // namespace
+
+void addSave(CLI::App& app, Context& context) {
+  const auto [command, given] =
+      addVerb(app, context, "save", "Write the settings file", NOTES, save);
+  command.add_flag("--force", given->force, "Save what the agent would not save otherwise");
+}
+
+}  // namespace client

@@ -1,0 +1,38 @@
+// Settings as lines that "set" takes back.
+#include <iostream>
+
+#include "client/setting_lines.h"
+#include "client/verbs/verb.h"
+#include "client/verbs/verbs.h"
+
+namespace client {
+namespace {
+
+constexpr const char* NOTES =
+    R"~(Prints NAME=value lines, which "set -" takes back. A line that begins with "#" is a comment; it
+also stands for a value with control characters, which "set" would not take.
+
+Examples:
+  lparamsctl show
+  lparamsctl show USERS
+  lparamsctl show --secrets IKE)~";
+
+struct Given {
+  std::string name;
+  bool secrets = false;
+};
+
+void show(Context& context, const Given& given) {
+  std::cout << settingLines(context.store(), given.name, given.secrets);
+}
+
+}  // namespace
+
+void addShow(CLI::App& app, Context& context) {
+  const auto [command, given] =
+      addVerb(app, context, "show", "Print all settings, a group or a user", NOTES, show);
+  command.add_option("GROUP", given->name, "The group; all if it is left out");
+  command.add_flag("--secrets", given->secrets, "Print secrets instead of (hidden)");
+}
+
+}  // namespace client

@@ -1,0 +1,144 @@
+// The user list.
+#include <iostream>
+
+#include "client/assignment.h"
+#include "client/failure.h"
+#include "client/setting_lines.h"
+#include "client/values.h"
+#include "client/verbs/verb.h"
+#include "client/verbs/verbs.h"
+#include "text/escape.h"
+
+namespace client {
+namespace {
+
+using bridge::Change;
+
+constexpr const char* LIST_NOTES = R"~(One name a line, in the order of the list.)~";
+
+constexpr const char* SHOW_NOTES =
+    R"~(Examples:
+  lparamsctl user show anna)~";
+
+constexpr const char* ADD_NOTES =
+    R"~(Fields that are not given have their defaults. The name must not be taken.
+
+Examples:
+  lparamsctl user add anna
+  lparamsctl user add anna PMP_AUTH=PMPAUTH_PSK PMP_PSK_NAME=office)~";
+
+constexpr const char* SET_NOTES =
+    R"~(All of the fields are changed or none.
+
+Examples:
+  lparamsctl user set anna PMP_TIMEOUT=20 PMP_AUTH=PMPAUTH_PSK)~";
+
+constexpr const char* RENAME_NOTES =
+    R"~(The new name must not be taken.
+
+Examples:
+  lparamsctl user rename anna berta)~";
+
+constexpr const char* DEL_NOTES =
+    R"~(All of the users are removed or, if one is not there, none. A number is the index of an entry,
+counted from 0, unless a user has it as the name.
+
+Examples:
+  lparamsctl user del anna
+  lparamsctl user del 0)~";
+
+constexpr const char* NAME_FIELD = ".NAME";
+
+struct Given {
+  std::string name;
+  std::string newName;
+  std::vector<std::string> names;
+  std::vector<std::string> fields;  // FIELD=VALUE
+  bool json = false;
+};
+
+/// What the agent calls a user.
+std::string userName(const std::string& name) { return "USERS[" + name + "]"; }
+
+void addFields(std::vector<Change>& changes, const Given& given) {
+  for (const std::string& field : given.fields) {
+    auto change = parseAssignment(field);
+    if (!change) throw Failure(programs::EXIT_USAGE, NO_ASSIGNMENT);
+    change->name = userName(given.name) + "." + change->name;
+    changes.push_back(*change);
+  }
+}
+
+void listUsers(Context& context, const Given& given) {
+  CatalogueView::Json names = CatalogueView::Json::array();
+  std::string lines;
+  for (const bridge::NamedValue& value : context.store().get({"USERS"}).values) {
+    if (!value.running || takeApart(value.name).member != "NAME") continue;
+    names.push_back(*value.running);
+    lines += text::escaped(*value.running) + "\n";
+  }
+  std::cout << (given.json ? printedJson(names) : lines);
+}
+
+void showUser(Context& context, const Given& given) {
+  std::cout << settingLines(context.store(), userName(given.name), true);
+}
+
+void appendUser(Context& context, const Given& given) {
+  std::vector<Change> changes = {{Change::AddUser, given.name}};
+  addFields(changes, given);
+  (void)context.store().set({{}, changes});
+}
+
+void changeUser(Context& context, const Given& given) {
+  std::vector<Change> changes;
+  addFields(changes, given);
+  for (const bridge::NamedValue& value : context.store().set({{}, changes}).values) {
+    std::cout << changeLine(value, value.running == value.saved) << '\n';
+  }
+}
+
+void renameUser(Context& context, const Given& given) {
+  (void)context.store().set(
+      {{}, {{Change::Set, userName(given.name) + NAME_FIELD, given.newName}}});
+}
+
+/// All of the users or, if one is not there, none.
+void deleteUsers(Context& context, const Given& given) {
+  std::vector<Change> changes;
+  changes.reserve(given.names.size());
+  for (const std::string& name : given.names) changes.push_back({Change::RemoveUser, name});
+  (void)context.store().set({{}, changes});
+}
+
+/// Adds a verb for one user.
+Verb<Given> addForUser(CLI::App& user, Context& context, const char* name, const char* description,
+                       const char* notes, void (*run)(Context& context, const Given& given)) {
+  const auto verb = addVerb(user, context, name, description, notes, run);
+  verb.command.add_option("NAME", verb.given->name, "The user's name")->required();
+  return verb;
+}
+
+}  // namespace
+
+void addUser(CLI::App& app, Context& context) {
+  CLI::App& user = *app.add_subcommand("user", "Look at and change the user list");
+  user.require_subcommand(1);
+
+  const auto list = addVerb(user, context, "list", "Print the users' names", LIST_NOTES, listUsers);
+  addJson(list.command, list.given->json);
+  (void)addForUser(user, context, "show", "Print the fields of a user", SHOW_NOTES, showUser);
+  const auto add = addForUser(user, context, "add", "Append a user", ADD_NOTES, appendUser);
+  add.command.add_option("FIELD=VALUE", add.given->fields, "Fields of the user and their values");
+  const auto change =
+      addForUser(user, context, "set", "Change fields of a user", SET_NOTES, changeUser);
+  change.command.add_option("FIELD=VALUE", change.given->fields, "Fields and their values")
+      ->required();
+  const auto rename =
+      addForUser(user, context, "rename", "Give a user another name", RENAME_NOTES, renameUser);
+  rename.command.add_option("NEW-NAME", rename.given->newName, "The new name")->required();
+  const auto remove = addVerb(user, context, "del", "Remove users", DEL_NOTES, deleteUsers);
+  remove.command.add_option("NAME", remove.given->names, "The users")->required();
+}
+
+}  // namespace client
