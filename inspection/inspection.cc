@@ -22,7 +22,7 @@ class ActiveLog {
 
 }  // namespace
 
-Inspection inspect(std::string_view text, Catalogue& settings) {
+Inspection inspect(std::string_view text, Catalogue& settings, std::vector<Taken>* taken) {
   static std::mutex loading;  // there is one log for all loads
   Inspection result{incompleteBecause(text)};
   // The module reads such a text for ever.
@@ -30,7 +30,7 @@ Inspection inspect(std::string_view text, Catalogue& settings) {
     return result;
   }
   const std::lock_guard lock(loading);
-  Inspector inspector(text, settings, result.findings);
+  Inspector inspector(text, settings, result.findings, taken);
   const ActiveLog active(inspector);
   result.loaded = inspector.load();
   return result;

@@ -3,6 +3,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "inspection/finding.h"
 #include "lparams/catalogue/catalogue.h"
@@ -15,12 +16,21 @@ struct Inspection {
   Findings findings = {};
 };
 
+/// What a text names: a parameter, or the entry of a user.
+struct Taken {
+  LPARAMS::Server::ParamGroup* owner = nullptr;  ///< of the settings: a group, or a user
+  LPARAMS::Server::Param* param = nullptr;       ///< null for the entry of a user as a whole
+  Place place = {};                              ///< of the value, or of the entry's head
+};
+
 /// Loads the text as the module loads its file, with the module's own classes, and tells what it
 /// reports and what it changes in silence, with places. `settings` has the values afterwards.
+/// `taken`, if there is one to append to, gets what the text names, in its order.
 ///
 /// Takes time and memory in proportion to the text. Thread-safe, but no other load may run in this
 /// process with the same objects. REQUIRES: nobody else uses `settings`, which are at their
 /// defaults.
-Inspection inspect(std::string_view text, LPARAMS::Server::Catalogue& settings);
+Inspection inspect(std::string_view text, LPARAMS::Server::Catalogue& settings,
+                   std::vector<Taken>* taken = nullptr);
 
 }  // namespace inspection

@@ -30,10 +30,12 @@ std::string shownUser(const std::string& name, size_t index) {
 
 }  // namespace
 
-Inspector::Inspector(std::string_view text, Catalogue& settings, Findings& findings)
+Inspector::Inspector(std::string_view text, Catalogue& settings, Findings& findings,
+                     std::vector<Taken>* taken)
     : text_(text),
       settings_(settings),
       findings_(findings),
+      taken_(taken),
       shown_(settings),
       source_(text),
       followed_(text),
@@ -114,6 +116,7 @@ bool Inspector::load(WatchedMember& watched, std::istream& is) {
 bool Inspector::loadBlock(ParamGroup& group, Place head, std::istream& is) {
   const bool isUser = group.name == std::string_view(USER_t::GROUP_NAME);
   const size_t before = findings_.first.size();
+  if (isUser) addTaken(group, nullptr, head);
   const bool loaded =
       loadMembers({group, isUser ? std::string(NAMELESS) : pathOf(group.name), head, nullptr}, is);
   if (isUser) lookAtUser(static_cast<const USER_t&>(group), head, before);
@@ -150,6 +153,7 @@ bool Inspector::loadValue(Param& param, std::istream& is) {
   unreadable_ = false;
   const size_t before = findings_.first.size();
   const bool loaded = param.load(is);
+  addTaken(blocks_.back().group, &param, valuePlace_);
   const size_t end = told_ = source_.position();
   if (!unreadable_) lookAtSilence(param, begin, end);
   for (size_t i = before; i < findings_.first.size(); ++i) {
@@ -205,6 +209,10 @@ void Inspector::lookAtUser(const USER_t& user, Place head, size_t firstFinding) 
     std::string& path = findings_.first[i].path;
     if (path.starts_with(NAMELESS)) path.insert(NAMELESS.size() - 1, name);
   }
+}
+
+void Inspector::addTaken(ParamGroup& owner, Param* param, Place place) {
+  if (taken_ != nullptr) taken_->push_back({&owner, param, place});
 }
 
 void Inspector::addMissing(bool reported) {

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "inspection/finding.h"
+#include "inspection/inspection.h"
 #include "inspection/line_counter.h"
 #include "inspection/shown.h"
 #include "inspection/text_source.h"
@@ -22,7 +23,8 @@ namespace inspection {
 class Inspector final : public LPARAMS::Server::LoadLog, private Watcher {
  public:
   /// REQUIRES: all of them outlive the inspector.
-  Inspector(std::string_view text, LPARAMS::Server::Catalogue& settings, Findings& findings);
+  Inspector(std::string_view text, LPARAMS::Server::Catalogue& settings, Findings& findings,
+            std::vector<Taken>* taken);
 
   /// Returns what the module's load returns. REQUIRES: g_loadlog is this inspector, and the text
   /// holds something else than KEY_MARKs.
@@ -60,6 +62,7 @@ class Inspector final : public LPARAMS::Server::LoadLog, private Watcher {
   void lookAtUser(const LPARAMS::Server::USER_t& user, Place head, size_t firstFinding);
   void addMissing(bool reported);
   void addValue(Finding::Kind kind, bool reported);
+  void addTaken(LPARAMS::Server::ParamGroup& owner, LPARAMS::Server::Param* param, Place place);
   void add(Finding finding) { findings_.add(std::move(finding)); }
   std::string pathOf(std::string_view member) const;
   std::string pathOfKnown(std::string_view key) const;
@@ -67,6 +70,7 @@ class Inspector final : public LPARAMS::Server::LoadLog, private Watcher {
   const std::string_view text_;
   LPARAMS::Server::Catalogue& settings_;
   Findings& findings_;
+  std::vector<Taken>* const taken_;  // may be null
   const Shown shown_;
 
   TextSource source_;    // what the load reads

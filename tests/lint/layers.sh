@@ -23,6 +23,7 @@ declare -A may_include=(
   [programs]=''
   [editing]="$model lparams/values bridge text"
   [inspection]="$model lparams/storage lparams/values"
+  [documents]="$model lparams/values inspection bridge text"
   [agent/base]='platform lparams/params text programs'
   [agent/services]='platform agent/base'
   [agent/state]="$module inspection agent/base"

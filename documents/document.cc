@@ -1,0 +1,44 @@
+#include "documents/document.h"
+
+#include <utility>
+
+#include "documents/json_reader.h"
+#include "documents/lines_reader.h"
+#include "documents/settings_reader.h"
+#include "inspection/settings_completeness.h"
+#include "lparams/params/block_grammar.h"
+#include "text/escape.h"
+
+namespace documents {
+
+void Document::addMistake(Place place, std::string text) {
+  if (++mistakeCount <= KEPT_MISTAKES) mistakes.push_back({place, std::move(text)});
+}
+
+Document read(std::string_view text) {
+  Document refused(Document::Lines);
+  if (text.size() > MAX_SIZE) {
+    refused.addMistake({}, "the document is larger than 16 MiB");
+    return refused;
+  }
+  const std::string_view body =
+      LPARAMS::Server::withoutIndent(inspection::withoutByteOrderMark(text));
+  if (body.empty()) {
+    refused.addMistake({}, "the document is empty");
+    return refused;
+  }
+  if (body.front() == '{') return readJson(text);
+  if (body.front() == LPARAMS::Server::BLOCK_MARK) return readSettingsFile(text);
+  return readLines(text);
+}
+
+std::string shownName(std::string_view name) {
+  constexpr size_t MAX_SHOWN = 200;
+  return text::escaped(name.substr(0, MAX_SHOWN));
+}
+
+std::string userParameter(std::string_view user, std::string_view member) {
+  return std::string("USERS[").append(user).append("].").append(member);
+}
+
+}  // namespace documents

@@ -1,0 +1,10 @@
+// Documents in JSON.
+#pragma once
+
+#include "documents/document.h"
+
+namespace documents {
+
+Document readJson(std::string_view text);
+
+}  // namespace documents

@@ -1,0 +1,10 @@
+// Documents of lines GROUP.NAME=VALUE.
+#pragma once
+
+#include "documents/document.h"
+
+namespace documents {
+
+Document readLines(std::string_view text);
+
+}  // namespace documents

@@ -1,0 +1,62 @@
+#include "documents/settings_reader.h"
+
+#include <set>
+#include <utility>
+
+#include "inspection/inspection.h"
+#include "lparams/values/values.h"
+#include "text/escape.h"
+
+namespace documents {
+namespace {
+
+using namespace LPARAMS::Server;
+using inspection::Finding;
+
+/// What the text leaves out is not named, and which texts are legal is for the agent to say: what
+/// is so already may stay.
+bool isMistake(const Finding& finding) {
+  return finding.kind != Finding::MembersMissing && finding.kind != Finding::ControlCharacters &&
+         finding.kind != Finding::LongText;
+}
+
+std::string inWords(const Finding& finding) {
+  std::string words;
+  if (!finding.path.empty()) words += text::escaped(finding.path) + ": ";
+  if (finding.given) words += text::inQuotes(*finding.given) + ": ";
+  words += inspection::inWords(finding.kind);
+  if (finding.taken) words += ": " + text::inQuotes(*finding.taken);
+  if (!finding.expected.empty()) words += "; expected " + finding.expected;
+  if (finding.otherLine != 0) words += " (line " + std::to_string(finding.otherLine) + ")";
+  return words;
+}
+
+}  // namespace
+
+Document readSettingsFile(std::string_view text) {
+  Document document(Document::SettingsFile);
+  Catalogue settings;
+  std::vector<inspection::Taken> taken;
+  const inspection::Inspection found = inspection::inspect(text, settings, &taken);
+  for (const Finding& finding : found.findings.first) {
+    if (isMistake(finding)) document.addMistake(finding.place, inWords(finding));
+  }
+  if (!found.incomplete.empty()) {
+    document.addMistake({}, "this is no whole settings file: " + found.incomplete);
+  }
+  for (const auto& [owner, param, place] : taken) {
+    const bool isUser = owner->name == std::string_view(USER_t::GROUP_NAME);
+    const std::string user = isUser ? static_cast<USER_t*>(owner)->NAME.value : "";
+    if (param == nullptr) {
+      if (user.empty()) document.addMistake(place, "USERS: a user needs a name");
+      document.users.push_back({user, place});
+      continue;
+    }
+    std::string name = isUser ? userParameter(user, param->name)
+                              : std::string(owner->name).append(".").append(param->name);
+    document.values.push_back({std::move(name), valueText(*param), place});
+  }
+  return document;
+}
+
+}  // namespace documents
