@@ -16,6 +16,9 @@ AgentCommands::AgentCommands(LPARAMS::Server::Server_t& server, const SettingsKe
   service.add("set", [this](BridgeSession& session, const std::string& input) {
     return set_.execute(session, input);
   });
+  service.add("try", [this](BridgeSession& session, const std::string& input) {
+    return set_.tryOut(session, input);
+  });
 }
 
 }  // namespace agent

@@ -42,7 +42,7 @@ std::string inputOf(ParamGroup& group) {
 
 }  // namespace
 
-Reply SetCommand::execute(BridgeSession& session, const std::string& input) const {
+Reply SetCommand::carryOut(BridgeSession& session, const std::string& input, Extent extent) const {
   if (!CommandService::mayWrite(session)) {
     return {0, Reason::NotAuthorised, session.command.refusal};
   }
@@ -59,8 +59,10 @@ Reply SetCommand::execute(BridgeSession& session, const std::string& input) cons
   draft.finish();
   if (!draft.mistakes().empty()) return {0, Reason::IllegalValue, draft.mistakes().text()};
 
-  Reply reply = writeAll(session, draft);
-  if (reply.result == 0) return reply;
+  if (extent == Written) {
+    Reply reply = writeAll(session, draft);
+    if (reply.result == 0) return reply;
+  }
   bridge::NamedValues done{.values = draft.changedValues(std::move(saved))};
   for (const ParamGroup* group : draft.changedGroups()) {
     done.revisions.push_back({group->name, service_.changes().revision(group->name)});

@@ -1,4 +1,5 @@
-// The agent's command "set": changes single parameters, by their names, and the user list.
+// The agent's commands "set", which changes single parameters, by their names, and the user list,
+// and "try", which tells what "set" would do.
 #pragma once
 
 #include <string>
@@ -23,9 +24,19 @@ class SetCommand {
              SavedSettings& saved, CommandService& service)
       : settings_(settings), check_(check), saved_(saved), service_(service) {}
 
-  bridge::Reply execute(BridgeSession& session, const std::string& input) const;
+  bridge::Reply execute(BridgeSession& session, const std::string& input) const {
+    return carryOut(session, input, Written);
+  }
+
+  /// The same to the last check, with the same answer, and nothing is written.
+  bridge::Reply tryOut(BridgeSession& session, const std::string& input) const {
+    return carryOut(session, input, Tried);
+  }
 
  private:
+  enum Extent { Written, Tried };
+
+  bridge::Reply carryOut(BridgeSession& session, const std::string& input, Extent extent) const;
   bridge::Reply writeAll(BridgeSession& session, editing::Draft& draft) const;
   bridge::Reply writeGroup(BridgeSession& session, LPARAMS::Server::ParamGroup& values) const;
 

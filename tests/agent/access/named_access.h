@@ -49,6 +49,9 @@ class NamedAccess : public testing::Test {
   bridge::Reply setReply(BridgeSession& session, const NamedChanges& changes) {
     return set_.execute(session, bridge::encode(changes));
   }
+  bridge::Reply tryReply(BridgeSession& session, const NamedChanges& changes) {
+    return set_.tryOut(session, bridge::encode(changes));
+  }
   NamedValues set(const Steps& steps) { return valuesIn(setReply({{}, steps})); }
 
   /// Why the steps are refused. Nothing has changed then.

@@ -175,6 +175,33 @@ TEST_F(Set, AStrangerLearnsNothingButThatHeIsOne) {
   EXPECT_EQ(set_.execute(root_, "garbage").reason, Reason::MalformedInput);
 }
 
+TEST_F(Set, WhatIsTriedIsAnsweredAsIfItWereWrittenAndIsNot) {
+  const NamedValues before = get({});
+  const Steps steps = {{Change::Set, "IKE.IKE_PORT", "501"},
+                       {Change::Set, "LOG.WALL_ON", "true"},
+                       {Change::AddUser, "bob"},
+                       {Change::Set, "USERS[bob].PMP_TIMEOUT", "20"}};
+  const NamedValues tried = valuesIn(tryReply(root_, {before.revisions, steps}));
+  EXPECT_EQ(get({}), before);
+  EXPECT_TRUE(events_.empty());
+  NamedValues done = set(steps);
+  EXPECT_EQ(tried.values, done.values);
+  ASSERT_EQ(tried.revisions.size(), 2U);
+  EXPECT_EQ(tried.revisions[0], before.revisions[0]);
+  EXPECT_EQ(tried.revisions[1].group, "USERS");
+  EXPECT_LT(tried.revisions[1].revision, done.revisions[1].revision);
+}
+
+TEST_F(Set, WhatIsTriedIsRefusedAsIfItWereWritten) {
+  const bridge::NamedChanges changes = {
+      {}, {{Change::Set, "IKE.IKE_PROT", "1"}, {Change::Set, "IKE.NATT_PORT", "0"}}};
+  EXPECT_EQ(tryReply(root_, changes).reason, Reason::IllegalValue);
+  EXPECT_EQ(tryReply(root_, changes).text, setReply(changes).text);
+  EXPECT_EQ(tryReply(root_, {{{"IKE", 1}}, {}}).reason, Reason::Conflict);
+  EXPECT_EQ(tryReply(stranger_, changes).reason, Reason::NotAuthorised);
+  EXPECT_EQ(set_.tryOut(root_, "garbage").reason, Reason::MalformedInput);
+}
+
 bool& fails() {
   static bool armed = false;
   return armed;
