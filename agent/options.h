@@ -5,6 +5,8 @@
 #include <optional>
 #include <string>
 
+#include "editing/record_check.h"
+
 namespace agent {
 
 struct Options {
@@ -12,7 +14,7 @@ struct Options {
   std::string socket = "/run/lparams/agent.sock";
   std::string module;      ///< lparams_server.so beside the agent's executable, unless given
   std::string adminGroup;  ///< the one that the settings name, unless given
-  size_t maxUsers = 4096;
+  size_t maxUsers = editing::MAX_USERS;
   bool acceptAny = false;      ///< writes reach the module unchecked
   bool allowDefaults = false;  ///< start on defaults although damaged settings were found
   bool saveOnExit = false;

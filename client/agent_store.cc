@@ -21,9 +21,6 @@ ExitStatus statusOf(Reason reason) {
     case Reason::IllegalValue:
     case Reason::MalformedInput:
       return programs::EXIT_ILLEGAL;
-    case Reason::Conflict:
-    case Reason::Busy:
-      return programs::EXIT_TRY_AGAIN;
     case Reason::SaveRefused:
     case Reason::ReplyTooLarge:
       return programs::EXIT_IO;
@@ -90,6 +87,7 @@ bridge::Reply AgentStore::call(const bridge::Request& request, const std::string
   }
   std::string message = what + " failed: " + reasonOf(reply);
   if (reply.reason == Reason::MalformedFrame) message += "; the agent may be an earlier version";
+  if (reply.reason == Reason::Conflict || reply.reason == Reason::Busy) throw Conflict(message);
   throw Failure(statusOf(reply.reason), message);
 }
 

@@ -76,6 +76,7 @@ void runCommandLine(int argc, char** argv) {
       ->type_name("SECONDS")
       ->check(CLI::Range(1, 86400))
       ->capture_default_str();
+  app.add_option("--file", context.file, "A settings file in place of an agent")->type_name("FILE");
   for (const auto add : VERBS) add(app, context);
   // Last, because sub-commands take over what is set before them.
   app.footer(std::string(NOTES) + "\n\n" + programs::EXIT_STATUSES);

@@ -23,6 +23,7 @@ struct Context {
 
  private:
   std::unique_ptr<AgentStore> agent_;
+  std::unique_ptr<Store> inFile_;
 };
 
 }  // namespace client

@@ -1,0 +1,122 @@
+#include "client/file_store.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <filesystem>
+#include <sstream>
+#include <utility>
+
+#include "client/failure.h"
+#include "client/user_file.h"
+#include "editing/copy_group.h"
+#include "editing/draft.h"
+#include "editing/named_reader.h"
+#include "editing/record_check.h"
+#include "inspection/inspection.h"
+#include "inspection/settings_completeness.h"
+#include "schema/schema.h"
+#include "text/escape.h"
+
+namespace client {
+namespace {
+
+using namespace LPARAMS::Server;
+
+/// The lock by which an agent keeps others out of its state directory.
+class DirectoryLock {
+ public:
+  /// Throws Failure if an agent has the lock.
+  explicit DirectoryLock(const std::string& file, int operation) {
+    std::error_code unknown;
+    const auto directory = std::filesystem::canonical(file, unknown).parent_path();
+    descriptor_ = ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor_ < 0 || ::flock(descriptor_, operation | LOCK_NB) == 0) return;
+    const bool used = errno == EWOULDBLOCK;
+    (void)::close(descriptor_);
+    if (!used) return;  // a file system without such locks
+    throw Failure(programs::EXIT_TRY_AGAIN,
+                  text::escaped(file) +
+                      " is in the directory of a running agent; leave out "
+                      "--file to reach its settings");
+  }
+  ~DirectoryLock() {
+    if (descriptor_ >= 0) (void)::close(descriptor_);
+  }
+  DirectoryLock(const DirectoryLock&) = delete;
+  DirectoryLock& operator=(const DirectoryLock&) = delete;
+
+ private:
+  int descriptor_;
+};
+
+std::string textOf(Catalogue& settings) {
+  std::ostringstream text;
+  (void)settings.save(text, 0);
+  return std::move(text).str();
+}
+
+ParamGroup& counterpart(const Catalogue& catalogue, const ParamGroup& group) {
+  const auto groups = catalogue.groups();
+  return **std::ranges::find_if(
+      groups, [&](const ParamGroup* one) { return std::string_view(one->name) == group.name; });
+}
+
+}  // namespace
+
+FileStore::FileStore(std::string path)
+    : path_(std::move(path)), settings_(std::make_shared<Catalogue>()) {
+  text_ = readUserFile(path_, inspection::MAX_SETTINGS_SIZE);
+  const DirectoryLock unused(path_, LOCK_SH);
+  inspection::Inspection found = inspection::inspect(text_, *settings_);
+  if (!found.incomplete.empty()) {
+    throw Failure(programs::EXIT_BAD_FILE,
+                  text::escaped(path_) + " is no settings file: " + found.incomplete);
+  }
+  findings_ = std::move(found.findings);
+}
+
+bridge::NamedValues FileStore::get(const bridge::Names& names) {
+  editing::NamedReader reader(*settings_, settings_, true);
+  bridge::NamedValues values{.values = reader.read(names)};
+  if (!reader.mistakes().empty()) {
+    throw Failure(programs::EXIT_ILLEGAL, reader.mistakes().text());
+  }
+  return values;
+}
+
+bridge::NamedValues FileStore::set(const bridge::NamedChanges& changes) {
+  const editing::RecordCheck check(*settings_, editing::MAX_USERS);
+  editing::Draft draft(*settings_, check, editing::Draft::WithUsers);
+  for (const bridge::Change& change : changes.changes) draft.apply(change);
+  draft.finish();
+  if (!draft.mistakes().empty()) throw Failure(programs::EXIT_ILLEGAL, draft.mistakes().text());
+  const auto changed = draft.changedGroups();
+  if (!changed.empty() && findings_.count > 0) {
+    throw Failure(programs::EXIT_BAD_FILE,
+                  text::escaped(path_) +
+                      " holds what a load does not take as it stands, and what "
+                      "would be lost: see \"lparamsctl check\"; nothing was "
+                      "written");
+  }
+  for (ParamGroup* group : changed) editing::copyGroup(*group, counterpart(*settings_, *group));
+  if (!changed.empty()) {
+    const DirectoryLock lock(path_, LOCK_EX);
+    if (readUserFile(path_, inspection::MAX_SETTINGS_SIZE) != text_) {
+      throw Failure(programs::EXIT_TRY_AGAIN,
+                    text::escaped(path_) + " has been changed meanwhile; nothing was written");
+    }
+    text_ = textOf(*settings_);
+    replaceUserFile(path_, text_);
+  }
+  return {.values = draft.changedValues(settings_)};
+}
+
+void FileStore::save(const Saving& /*how*/) {}
+
+std::string FileStore::schema() { return schema::ownSchema(); }
+
+}  // namespace client
