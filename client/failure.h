@@ -17,4 +17,11 @@ class Failure : public std::runtime_error {
   const programs::ExitStatus status;
 };
 
+/// The settings have changed meanwhile, or the agent is busy: the same may work when it is tried
+/// again with what is there then.
+class Conflict : public Failure {
+ public:
+  explicit Conflict(const std::string& message) : Failure(programs::EXIT_TRY_AGAIN, message) {}
+};
+
 }  // namespace client
