@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "editing/record_check.h"
+#include "lparams/values/values.h"
 
 namespace agent {
 
@@ -14,7 +14,7 @@ struct Options {
   std::string socket = "/run/lparams/agent.sock";
   std::string module;      ///< lparams_server.so beside the agent's executable, unless given
   std::string adminGroup;  ///< the one that the settings name, unless given
-  size_t maxUsers = editing::MAX_USERS;
+  size_t maxUsers = LPARAMS::Server::MAX_USERS;
   bool acceptAny = false;      ///< writes reach the module unchecked
   bool allowDefaults = false;  ///< start on defaults although damaged settings were found
   bool saveOnExit = false;

@@ -13,11 +13,12 @@ namespace {
 using namespace LPARAMS::Server;
 using inspection::Finding;
 
-/// What the text leaves out is not named, and which texts are legal is for the agent to say: what
-/// is so already may stay.
+/// What the text leaves out is not named, and which texts are legal and how many users there may be
+/// is for the agent to say: what is so already may stay.
 bool isMistake(const Finding& finding) {
   return finding.kind != Finding::MembersMissing && finding.kind != Finding::ControlCharacters &&
-         finding.kind != Finding::LongText;
+         finding.kind != Finding::LongText && finding.kind != Finding::NamelessUser &&
+         finding.kind != Finding::TooManyUsers;
 }
 
 std::string inWords(const Finding& finding) {
@@ -37,7 +38,7 @@ Document readSettingsFile(std::string_view text) {
   Document document(Document::SettingsFile);
   Catalogue settings;
   std::vector<inspection::Taken> taken;
-  const inspection::Inspection found = inspection::inspect(text, settings, &taken);
+  const inspection::Inspection found = inspection::inspect(text, settings, {}, &taken);
   for (const Finding& finding : found.findings.first) {
     if (isMistake(finding)) document.addMistake(finding.place, inWords(finding));
   }

@@ -11,9 +11,6 @@
 
 namespace editing {
 
-/// Upper limit of the user list, unless the agent is told another one.
-inline constexpr size_t MAX_USERS = 4096;
-
 /// Decodes the whole input of a write command as the module does, into a catalogue that is thrown
 /// away: exact length, numbers within their limits, named values only, no control characters in
 /// strings (a newline would write other settings into the file), no text of more than 64 KiB, no

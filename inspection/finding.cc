@@ -27,6 +27,10 @@ std::string_view inWords(Finding::Kind kind) {
       return "this is given once more; the later one counts";
     case Finding::SecondUser:
       return "another user has the same name";
+    case Finding::NamelessUser:
+      return "the user has no name";
+    case Finding::TooManyUsers:
+      return "there are more users than a write may leave";
     case Finding::LineTaken:
       return "the line became a part of one before it";
     case Finding::LostBehindEnd:
@@ -61,6 +65,7 @@ std::vector<std::pair<const char*, std::string>> fieldsOf(const Finding& finding
                         finding.expected);
   }
   addText("value", finding.taken);
+  if (!finding.similar.empty()) fields.emplace_back("similar", finding.similar);
   addNumber("other-line", finding.otherLine);
   return fields;
 }
@@ -68,7 +73,7 @@ std::vector<std::pair<const char*, std::string>> fieldsOf(const Finding& finding
 void Findings::add(Finding finding) {
   ++count;
   if (finding.reported) ++reported;
-  if (first.size() < KEPT) first.push_back(std::move(finding));
+  if (keepNext()) first.push_back(std::move(finding));
 }
 
 }  // namespace inspection

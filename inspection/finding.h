@@ -33,6 +33,8 @@ struct Finding {
     OtherValue,
     GivenTwice,
     SecondUser,
+    NamelessUser,
+    TooManyUsers,
     LineTaken,
     LostBehindEnd,
     ControlCharacters,
@@ -50,7 +52,8 @@ struct Finding {
   std::optional<std::string> was = {};    ///< the value before
   std::optional<std::string> taken = {};  ///< the value that the load takes
   std::string expected = {};              ///< legal values, or the names of what is missing
-  size_t otherLine = 0;                   ///< the line that it repeats, or became a part of
+  std::string similar = {};               ///< a name that may have been meant
+  size_t otherLine = 0;  ///< the line that it repeats, became a part of, or takes in as the last
 };
 
 /// What the kind means, in words.
@@ -64,11 +67,15 @@ struct Findings {
   /// A text of one line each would have millions of them.
   static constexpr size_t KEPT = 100;
 
+  size_t kept = KEPT;  ///< upper limit of those
   std::vector<Finding> first = {};
   size_t count = 0;
   size_t reported = 0;  ///< how many of them the module's load reports
 
   void add(Finding finding);
+
+  /// Whether the next one would be among the first.
+  bool keepNext() const { return first.size() < kept; }
 };
 
 }  // namespace inspection

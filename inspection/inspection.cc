@@ -22,15 +22,17 @@ class ActiveLog {
 
 }  // namespace
 
-Inspection inspect(std::string_view text, Catalogue& settings, std::vector<Taken>* taken) {
+Inspection inspect(std::string_view text, Catalogue& settings, Limits limits,
+                   std::vector<Taken>* taken) {
   static std::mutex loading;  // there is one log for all loads
   Inspection result{incompleteBecause(text)};
+  result.findings.kept = limits.findings;
   // The module reads such a text for ever.
   if (withoutByteOrderMark(text).find_first_not_of(KEY_MARK) == std::string_view::npos) {
     return result;
   }
   const std::lock_guard lock(loading);
-  Inspector inspector(text, settings, result.findings, taken);
+  Inspector inspector(text, settings, limits.users, result.findings, taken);
   const ActiveLog active(inspector);
   result.loaded = inspector.load();
   return result;

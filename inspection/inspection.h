@@ -7,8 +7,15 @@
 
 #include "inspection/finding.h"
 #include "lparams/catalogue/catalogue.h"
+#include "lparams/values/values.h"
 
 namespace inspection {
+
+/// What is left out of an inspection, and what is too much for the settings.
+struct Limits {
+  size_t findings = Findings::KEPT;
+  size_t users = LPARAMS::Server::MAX_USERS;
+};
 
 struct Inspection {
   std::string incomplete;  ///< why no start takes the text for a whole one; empty if one does
@@ -30,7 +37,7 @@ struct Taken {
 /// Takes time and memory in proportion to the text. Thread-safe, but no other load may run in this
 /// process with the same objects. REQUIRES: nobody else uses `settings`, which are at their
 /// defaults.
-Inspection inspect(std::string_view text, LPARAMS::Server::Catalogue& settings,
+Inspection inspect(std::string_view text, LPARAMS::Server::Catalogue& settings, Limits limits = {},
                    std::vector<Taken>* taken = nullptr);
 
 }  // namespace inspection

@@ -7,6 +7,7 @@
 #include "lparams/storage/settings_reader.h"
 #include "lparams/values/values.h"
 #include "lparams/values/visit.h"
+#include "text/similar.h"
 
 namespace inspection {
 namespace {
@@ -15,12 +16,21 @@ using namespace LPARAMS::Server;
 
 constexpr std::string_view WHITE_SPACE = " \t\n\v\f\r";
 constexpr std::string_view NAMELESS =
-    "USERS[]";                         // the path of an entry whose name is not known yet
+    "USERS[]";  // the path of an entry whose name is not known yet
+constexpr std::string_view NAME_OF_USER = "NAME";
 constexpr size_t MAX_SHOWN_NAME = 64;  // bytes of a user's
 constexpr size_t MAX_MISSING = 10;     // names that a finding tells
 
 bool hasText(const Param& param) {
   return param.getTypeId() == TYPE_STRING || param.getTypeId() == TYPE_SECRET;
+}
+
+std::vector<std::string> namesOf(const EnumParam& param) {
+  std::vector<std::string> names;
+  for (const Variant* row = param.variants; row->name != nullptr; ++row) {
+    names.emplace_back(row->name);
+  }
+  return names;
 }
 
 std::string shownUser(const std::string& name, size_t index) {
@@ -30,12 +40,13 @@ std::string shownUser(const std::string& name, size_t index) {
 
 }  // namespace
 
-Inspector::Inspector(std::string_view text, Catalogue& settings, Findings& findings,
-                     std::vector<Taken>* taken)
+Inspector::Inspector(std::string_view text, Catalogue& settings, size_t maxUsers,
+                     Findings& findings, std::vector<Taken>* taken)
     : text_(text),
       settings_(settings),
       findings_(findings),
       taken_(taken),
+      maxUsers_(maxUsers),
       shown_(settings),
       source_(text),
       followed_(text),
@@ -103,6 +114,7 @@ bool Inspector::load(WatchedMember& watched, std::istream& is) {
     watched.first = place;
   }
   behindSecret_ = false;
+  if (blocks_.back().path == NAMELESS && watched.name == NAME_OF_USER) userName_ = place;
   switch (watched.getTypeId()) {
     case TYPE_GROUP:
       return loadBlock(static_cast<ParamGroup&>(watched.member), place, is);
@@ -116,6 +128,7 @@ bool Inspector::load(WatchedMember& watched, std::istream& is) {
 bool Inspector::loadBlock(ParamGroup& group, Place head, std::istream& is) {
   const bool isUser = group.name == std::string_view(USER_t::GROUP_NAME);
   const size_t before = findings_.first.size();
+  userName_ = head;
   if (isUser) addTaken(group, nullptr, head);
   const bool loaded =
       loadMembers({group, isUser ? std::string(NAMELESS) : pathOf(group.name), head, nullptr}, is);
@@ -193,18 +206,27 @@ void Inspector::lookAtLines(size_t begin, size_t end) {
        .otherLine = valuePlace_.line});
 }
 
-/// Tells a name that is taken, and puts the name into what was found in the entry.
+/// Tells a name that is taken or missing, and puts the name into what was found in the entry.
 void Inspector::lookAtUser(const USER_t& user, Place head, size_t firstFinding) {
-  const auto [first, isNew] = users_.emplace(user.NAME.value, head.line);
-  if (!isNew) {
-    add({.kind = Finding::SecondUser,
-         .place = head,
-         .path = std::string(NAMELESS),
-         .otherLine = first->second});
+  const auto addUser = [&](Finding::Kind kind, Place place) -> Finding {
+    return {.kind = kind, .place = place, .path = std::string(NAMELESS)};
+  };
+  const auto [first, isNew] = users_.emplace(user.NAME.value, userName_.line);
+  if (user.NAME.value.empty()) {
+    add(addUser(Finding::NamelessUser, userName_));
+  } else if (!isNew) {
+    Finding second = addUser(Finding::SecondUser, userName_);
+    second.otherLine = first->second;
+    add(std::move(second));
   }
   const auto* const list = static_cast<WatchedUsers*>(&blocks_.back().group);
-  const std::string name =
-      shownUser(user.NAME.value, settings_.USERS->items.size() + list->items.size() - 1);
+  const size_t users = settings_.USERS->items.size() + list->items.size();
+  if (users == maxUsers_ + 1) {
+    Finding tooMany = addUser(Finding::TooManyUsers, head);
+    tooMany.expected = "at most " + std::to_string(maxUsers_);
+    add(std::move(tooMany));
+  }
+  const std::string name = shownUser(user.NAME.value, users - 1);
   for (size_t i = firstFinding; i < findings_.first.size(); ++i) {
     std::string& path = findings_.first[i].path;
     if (path.starts_with(NAMELESS)) path.insert(NAMELESS.size() - 1, name);
@@ -243,7 +265,10 @@ void Inspector::addValue(Finding::Kind kind, bool reported) {
                   .given = isSecret(*param_)  ? HIDDEN
                            : hasText(*param_) ? shown_.value(given_)
                                               : shown_.text(given_)};
-  if (reported) finding.expected = legalValues(*param_);
+  if (!hasText(*param_)) finding.expected = legalValues(*param_);
+  if (param_->getTypeId() == TYPE_INT && kind == Finding::NoSuchName && findings_.keepNext()) {
+    finding.similar = text::similar(given_, namesOf(static_cast<const EnumParam&>(*param_)));
+  }
   add(std::move(finding));
 }
 
@@ -261,17 +286,30 @@ std::string Inspector::pathOfKnown(std::string_view key) const {
   return blocks_.back().path;
 }
 
+/// The member of the innermost block that the key may have been meant to name.
+std::string Inspector::similarMember(std::string_view key) const {
+  std::vector<std::string> names;
+  for (const WatchedMember& member : *blocks_.back().members) names.emplace_back(member.name);
+  return text::similar(key.substr(0, key.find_last_not_of(" \t") + 1), names);
+}
+
 void Inspector::unknownParam(const std::string& key, const std::string& group) {
   const size_t begin = beginOfKey();
   told_ = source_.position();
   const Place place = lines_.placeOf(begin);
   const std::string shown = behindSecret_ ? Shown::hidden(key) : shown_.name(key);
   const bool nested = group != blocks_.back().group.name;
-  add({.kind = Finding::UnknownName,
-       .reported = true,
-       .place = place,
-       .path = pathOf(nested ? shown_.name(group) + "." + shown : shown)});
+  Finding unknown{.kind = Finding::UnknownName,
+                  .reported = true,
+                  .place = place,
+                  .path = pathOf(nested ? shown_.name(group) + "." + shown : shown)};
   const size_t lineEnd = key.rfind('\n');
+  if (lineEnd != std::string::npos) {
+    unknown.otherLine = place.line + static_cast<size_t>(std::ranges::count(key, '\n'));
+  } else if (!nested && !behindSecret_ && findings_.keepNext()) {
+    unknown.similar = similarMember(key);
+  }
+  add(std::move(unknown));
   if (lineEnd == std::string::npos) return;
   const std::string_view joined = withoutIndent(std::string_view(key).substr(lineEnd));
   add({.kind = Finding::LineTaken,

@@ -23,8 +23,8 @@ namespace inspection {
 class Inspector final : public LPARAMS::Server::LoadLog, private Watcher {
  public:
   /// REQUIRES: all of them outlive the inspector.
-  Inspector(std::string_view text, LPARAMS::Server::Catalogue& settings, Findings& findings,
-            std::vector<Taken>* taken);
+  Inspector(std::string_view text, LPARAMS::Server::Catalogue& settings, size_t maxUsers,
+            Findings& findings, std::vector<Taken>* taken);
 
   /// Returns what the module's load returns. REQUIRES: g_loadlog is this inspector, and the text
   /// holds something else than KEY_MARKs.
@@ -60,6 +60,7 @@ class Inspector final : public LPARAMS::Server::LoadLog, private Watcher {
   void lookAtSilence(LPARAMS::Server::Param& param, size_t begin, size_t end);
   void lookAtLines(size_t begin, size_t end);
   void lookAtUser(const LPARAMS::Server::USER_t& user, Place head, size_t firstFinding);
+  std::string similarMember(std::string_view key) const;
   void addMissing(bool reported);
   void addValue(Finding::Kind kind, bool reported);
   void addTaken(LPARAMS::Server::ParamGroup& owner, LPARAMS::Server::Param* param, Place place);
@@ -71,6 +72,7 @@ class Inspector final : public LPARAMS::Server::LoadLog, private Watcher {
   LPARAMS::Server::Catalogue& settings_;
   Findings& findings_;
   std::vector<Taken>* const taken_;  // may be null
+  const size_t maxUsers_;
   const Shown shown_;
 
   TextSource source_;    // what the load reads
@@ -81,6 +83,7 @@ class Inspector final : public LPARAMS::Server::LoadLog, private Watcher {
 
   std::vector<Block> blocks_;                         // those that are open and known
   Place lastHead_;                                    // of the block that was loaded last
+  Place userName_;                                    // where the user has the name
   std::map<std::string, size_t, std::less<>> users_;  // lines by name
 
   // The value that is being loaded.

@@ -21,17 +21,22 @@ std::string_view takeUpTo(std::string_view& text, char delimiter) {
 
 }  // namespace
 
-std::string incompleteBecause(std::string_view text) {
-  if (text.empty()) return "it is empty";
-  if (text.size() > MAX_SETTINGS_SIZE) return "it is larger than 16 MiB";
-  if (text.find('\0') != std::string_view::npos) return "it holds a zero byte";
+std::string incompleteBecause(std::string_view text) { return incompleteness(text).reason; }
+
+Incompleteness incompleteness(std::string_view text) {
+  const size_t size = text.size();
+  if (text.empty()) return {"it is empty"};
+  if (size > MAX_SETTINGS_SIZE) return {"it is larger than 16 MiB", MAX_SETTINGS_SIZE};
+  if (const size_t zero = text.find('\0'); zero != std::string_view::npos) {
+    return {"it holds a zero byte", zero};
+  }
   text = withoutByteOrderMark(text);
-  if (!text.starts_with(ROOT_HEAD)) return "it does not begin with " + std::string(ROOT_HEAD);
+  if (!text.starts_with(ROOT_HEAD)) return {"it does not begin with " + std::string(ROOT_HEAD)};
   text.remove_prefix(ROOT_HEAD.size());
 
   for (size_t open = 1; open > 0;) {
     if (text.find(KEY_MARK) == std::string_view::npos) {
-      return std::to_string(open) + " of its blocks are not closed";
+      return {std::to_string(open) + " of its blocks are not closed", size};
     }
     const Key key = keyOf(takeUpTo(text, KEY_MARK));
     if (key.name == END_KEY) {
@@ -43,7 +48,8 @@ std::string incompleteBecause(std::string_view text) {
       (void)takeUpTo(text, '\n');
     }
   }
-  if (!withoutIndent(text).empty()) return "text follows the end of its root block";
+  const size_t behind = withoutIndent(text).size();
+  if (behind > 0) return {"text follows the end of its root block", size - behind};
   return {};
 }
 

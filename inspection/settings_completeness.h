@@ -1,6 +1,7 @@
 // The text of a settings file, and whether it is whole.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -14,6 +15,13 @@ inline constexpr size_t MAX_SETTINGS_SIZE = 16 * 1024 * 1024;
 /// the root's end line, and holds no zero byte. Reads keys as the module does: up to the next "=",
 /// over line ends, without the white space before them.
 std::string incompleteBecause(std::string_view text);
+
+/// The same, and where.
+struct Incompleteness {
+  std::string reason = {};
+  size_t offset = 0;  ///< of the first byte that is wrong, or the size where something is missing
+};
+Incompleteness incompleteness(std::string_view text);
 
 /// The text behind the byte-order mark that some editors put in front.
 std::string_view withoutByteOrderMark(std::string_view text);

@@ -39,6 +39,9 @@ bool isSecret(const Param& param);
 /// The longest text that a checked write may set, in bytes.
 inline constexpr size_t MAX_TEXT_SIZE = 64 * 1024;
 
+/// How many users a checked write may leave, unless an agent is told another number.
+inline constexpr size_t MAX_USERS = 4096;
+
 /// A byte that leaves its line or drives a terminal.
 constexpr bool isControlByte(char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7f'; }
 

@@ -44,6 +44,10 @@ const char* nameOf(Finding::Kind kind) {
       return "GivenTwice";
     case Finding::SecondUser:
       return "SecondUser";
+    case Finding::NamelessUser:
+      return "NamelessUser";
+    case Finding::TooManyUsers:
+      return "TooManyUsers";
     case Finding::LineTaken:
       return "LineTaken";
     case Finding::LostBehindEnd:
@@ -143,7 +147,7 @@ TEST(Inspection, TellsWhatTheLoadReportsWithPlaceAndText) {
         R"(expected="one of LOG_LANG_ENG, LOG_LANG_RUS" value="LOG_LANG_ENG")"}},
       {"NATT_PORT=",
        "Natt_Port=",
-       {R"(!UnknownName line="6" column="9" parameter="IKE.Natt_Port")",
+       {R"(!UnknownName line="6" column="9" parameter="IKE.Natt_Port" similar="NATT_PORT")",
         R"(!MembersMissing line="2" column="6" parameter="IKE" missing="NATT_PORT")"}},
       {"    /LOG=\n",
        "    /OTHER=\nAA=1\n/BB=\nCC=1\nend=\nend=\n    /LOG=\n",
@@ -164,16 +168,19 @@ TEST(Inspection, TellsWhatTheLoadChangesInSilence) {
   expectFindings({
       {"EXCHANGE_TIMEOUT=90",
        "EXCHANGE_TIMEOUT=700",
-       {R"(OtherValue line="7" column="26" parameter="IKE.EXCHANGE_TIMEOUT" text="700" value="600")"}},
+       {R"(OtherValue line="7" column="26" parameter="IKE.EXCHANGE_TIMEOUT" text="700" )"
+        R"(expected="a whole number from 5 to 600" value="600")"}},
       {"IKE_PORT=500",
        "IKE_PORT=-1",
-       {R"(OtherValue line="5" column="18" parameter="IKE.IKE_PORT" text="-1" value="65535")"}},
+       {R"(OtherValue line="5" column="18" parameter="IKE.IKE_PORT" text="-1" )"
+        R"(expected="a whole number from 1 to 65535" value="65535")"}},
       {"IKE_PORT=500", "IKE_PORT= +0500", {}},  // another spelling
       {"LOG_LEVEL=_LL_DETAILS", "LOG_LEVEL=_ll_details", {}},
       {"LOG_LEVEL=_LL_DETAILS",
        "LOG_LEVEL=_LL_EVENTS|_LL_DETAILS",
        {R"(OtherValue line="{LOG_LEVEL=}" column="19" parameter="LOG.LOG_LEVEL" )"
-        R"(text="_LL_EVENTS|_LL_DETAILS" value="_LL_EVENTS")"}},
+        R"(text="_LL_EVENTS|_LL_DETAILS" expected="one of _LL_DISABLED, _LL_EVENTS, _LL_DETAILS, )"
+        R"(_LL_VERBOSE" value="_LL_EVENTS")"}},
       {"NATT_PORT=4500",
        "IKE_PORT=501",
        {R"(GivenTwice line="6" column="9" parameter="IKE.IKE_PORT" other-line="5")",
@@ -185,9 +192,12 @@ TEST(Inspection, TellsWhatTheLoadChangesInSilence) {
         "IKE_PORT, NATT_PORT, EXCHANGE_TIMEOUT, SHORT_EXCHANGE_TIMEOUT, MAX_HALFOPEN, "
         R"(WNDSIZE_INITIATOR, WNDSIZE_RESPONDER, SERVERS_POLICY, ...")"}},
       {"/USER=\n            NAME=bob",
-       "/USER= \n            NAME=alice",
-       {R"(SecondUser line="{/USER= }" column="10" parameter="USERS[alice]" )"
-        R"(other-line="{/USER=}")"}},
+       "/USER=NAME=alice",
+       {R"(SecondUser line="{/USER=NAME=}" column="15" parameter="USERS[alice]" )"
+        R"(other-line="{NAME=alice}")"}},
+      {"/USER=\n            NAME=bob",
+       "/USER=NAME=",
+       {R"(NamelessUser line="{/USER=NAME=}" column="15" parameter="USERS[1]")"}},
       {"PSK_NAME=\n",
        "PSK_NAME=a\tb\n",
        {R"(ControlCharacters line="{PSK_NAME=a}" column="18" parameter="POLICY.PSK_NAME" text="a\tb")"}},
@@ -202,12 +212,12 @@ TEST(Inspection, TellsLinesThatBecameAPartOfAnother) {
   expectFindings({
       {"        IKE_PORT=500",
        "# the port\n        IKE_PORT=500",
-       {R"x(!UnknownName line="5" column="1" parameter="IKE.(27 bytes, not shown)")x",
+       {R"x(!UnknownName line="5" column="1" parameter="IKE.(27 bytes, not shown)" other-line="6")x",
         R"(LineTaken line="6" column="9" parameter="IKE.IKE_PORT" other-line="5")",
         missing + R"("IKE_PORT")"}},
       {"IKE_PORT=500",
        "IKE_PORT 500",
-       {R"x(!UnknownName line="5" column="9" parameter="IKE.(30 bytes, not shown)")x",
+       {R"x(!UnknownName line="5" column="9" parameter="IKE.(30 bytes, not shown)" other-line="6")x",
         R"(LineTaken line="6" column="9" parameter="IKE.NATT_PORT" other-line="5")",
         missing + R"("IKE_PORT, NATT_PORT")"}},
       {"IKE_PORT=500",
@@ -229,9 +239,10 @@ TEST(Inspection, FindingsInUsersHaveTheirNames) {
        "PMP_TIMEOUT=x",
        {R"(!UnreadableValue line="{PMP_TIMEOUT=x}" column="25" parameter="USERS[bob].PMP_TIMEOUT" text="x")" +
         expected}},
-      {"NAME=alice\n",
-       "NAME=\nFOO=1\n",
-       {R"(!UnknownName line="{FOO=1}" column="1" parameter="USERS[0].FOO")"}},
+      {"/USER=\n            NAME=alice\n",
+       "/USER=NAME=\nFOO=1\n",
+       {R"(!UnknownName line="{FOO=1}" column="1" parameter="USERS[0].FOO")",
+        R"(NamelessUser line="{/USER=NAME=}" column="15" parameter="USERS[0]")"}},
       {"            NAME=bob\n",
        "            FOO=1\n            NAME=b b\n",
        {R"(!UnknownName line="{FOO=1}" column="13" parameter="USERS[b b].FOO")"}},
@@ -267,6 +278,40 @@ TEST(Inspection, ShowsNoSecret) {
       EXPECT_THAT(text, Not(HasSubstr("TOPSECRET"))) << to;
     }
   }
+}
+
+TEST(Inspection, TellsTheFirstUserThatIsOneTooMany) {
+  Catalogue settings;
+  const std::string text = agent_testing::exampleSettings();
+  EXPECT_EQ(inspect(text, settings, {.users = 2}).findings.count, 0u);
+  Catalogue again;
+  const Inspection inspection = inspect(text, again, {.users = 1});
+  ASSERT_EQ(inspection.findings.count, 1u);
+  EXPECT_EQ(describe(inspection.findings.first[0]),
+            "TooManyUsers line=\"" + std::to_string(std::stoi(lineWith("NAME=bob", text)) - 1) +
+                R"(" column="10" parameter="USERS[bob]" expected="at most 1")");
+  Catalogue noneAllowed;
+  EXPECT_EQ(inspect(text, noneAllowed, {.users = 0}).findings.count, 1u);
+}
+
+TEST(Inspection, TellsWhichNameMayHaveBeenMeant) {
+  expectFindings({
+      {"    /LOG=\n",
+       "    /LOGS=\n    end=\n    /LOG=\n",
+       {R"(!UnknownName line="{/LOGS=}" column="6" parameter="LOGS" similar="LOG")"}},
+      {"LANGUAGE=LOG_LANG_ENG",
+       "LANGUAGE=LOG_LANG_EN",
+       {R"(!NoSuchName line="{LANGUAGE=}" column="18" parameter="LOG.LANGUAGE" text="LOG_LANG_EN" )"
+        R"(expected="one of LOG_LANG_ENG, LOG_LANG_RUS" value="LOG_LANG_ENG" )"
+        R"(similar="LOG_LANG_ENG")"}},
+  });
+}
+
+TEST(Inspection, KeepsAsManyAsAreAskedFor) {
+  Catalogue settings;
+  const Inspection inspection = inspect("/ROOT=\nA=\nB=\nC=\nend=\n", settings, {.findings = 2});
+  EXPECT_EQ(inspection.findings.first.size(), 2u);
+  EXPECT_EQ(inspection.findings.count, 4u);
 }
 
 TEST(Inspection, CountsWhatItDoesNotKeep) {

@@ -33,6 +33,16 @@ TEST(SettingsCompleteness, WholeFiles) {
   }
 }
 
+TEST(SettingsCompleteness, TellsWhere) {
+  EXPECT_EQ(incompleteness("").offset, 0u);
+  EXPECT_EQ(incompleteness("\n" + SMALLEST).offset, 0u);
+  EXPECT_EQ(incompleteness("/ROOT=\nA=\0\nend=\n"s).offset, 9u);
+  EXPECT_EQ(incompleteness("/ROOT=\n/A=\n").offset, 11u);
+  EXPECT_EQ(incompleteness("\xEF\xBB\xBF" + SMALLEST + "\n x").offset, 3 + SMALLEST.size() + 2);
+  const std::string tooLarge(MAX_SETTINGS_SIZE + 1, ' ');
+  EXPECT_EQ(incompleteness(tooLarge).offset, MAX_SETTINGS_SIZE);
+}
+
 TEST(SettingsCompleteness, TellsWhatIsMissing) {
   const struct {
     std::string text;
