@@ -34,10 +34,10 @@ std::string importFailure() {
 }
 
 /// Looks at the text before the module loads its file. Settings are served without such a look too.
-inspection::Findings review(const StartingPoint& start) {
+inspection::Findings review(const StartingPoint& start, size_t maxUsers) {
   if (start.source == StartingPoint::FirstStart) return {};
   try {
-    return reviewText(start.text);
+    return reviewText(start.text, maxUsers);
   } catch (const std::exception& error) {
     log(Level::Warning, "the settings file could not be looked at", {{"reason", error.what()}});
     return {};
@@ -47,10 +47,11 @@ inspection::Findings review(const StartingPoint& start) {
 }  // namespace
 
 LoadOutcome loadSettings(LPARAMS::Server::Server_t& server, const StateDirectory& directory,
-                         const StartingPoint& start, std::optional<size_t> importing) {
+                         const StartingPoint& start, std::optional<size_t> importing,
+                         size_t maxUsers) {
   std::ostringstream defaults;
   (void)server.save(defaults, 0);
-  inspection::Findings findings = review(start);
+  inspection::Findings findings = review(start, maxUsers);
   LoadReport report;
   bool loaded = false;
   {

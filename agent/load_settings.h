@@ -19,9 +19,10 @@ struct LoadOutcome {
 };
 
 /// Has the module load its settings, and logs what it reports and what it changes in silence.
-/// `importing` is how many bytes of settings of earlier versions there are, if any. REQUIRES:
-/// systemVarDir() answers the directory.
+/// `importing` is how many bytes of settings of earlier versions there are, if any; more users than
+/// `maxUsers` are a finding. REQUIRES: systemVarDir() answers the directory.
 LoadOutcome loadSettings(LPARAMS::Server::Server_t& server, const StateDirectory& directory,
-                         const StartingPoint& start, std::optional<size_t> importing);
+                         const StartingPoint& start, std::optional<size_t> importing,
+                         size_t maxUsers);
 
 }  // namespace agent

@@ -54,8 +54,8 @@ int run(const Options& options) {
   setSystemVarDir(directory.path());
 
   Module module(options.module);
-  LoadOutcome loaded = loadSettings(module.server(), directory, start, importing);
-  SettingsKeeper keeper(module.server(), directory);
+  LoadOutcome loaded = loadSettings(module.server(), directory, start, importing, options.maxUsers);
+  SettingsKeeper keeper(module.server(), directory, options.maxUsers);
   startStep(EXIT_IO, [&] {
     keeper.adopt(std::move(start), std::move(loaded.degradedReason), loaded.reports,
                  std::move(loaded.findings));

@@ -65,7 +65,7 @@ void SettingsKeeper::adopt(StartingPoint start, std::string degradedReason, int 
 
 /// Settings of earlier versions may hold values that a settings file would not give back.
 void SettingsKeeper::reviewImported(std::string& degradedReason, inspection::Findings& findings) {
-  findings = reviewReread(server_, currentText());
+  findings = reviewReread(server_, currentText(), maxUsers_);
   logFindings(Level::Warning, findings);
   const std::string names = namesNotReadBack(findings);
   if (names.empty() || !degradedReason.empty()) return;
@@ -275,7 +275,7 @@ bool SettingsKeeper::replaceSettings(const std::string& text, std::string& repor
 
 /// Tells what a start would find in the text that is to be saved. REQUIRES: the write turn.
 void SettingsKeeper::review(const std::string& text) {
-  reviewed_ = reviewReread(server_, text);
+  reviewed_ = reviewReread(server_, text, maxUsers_);
   logFindings(Level::Warning, reviewed_, state().findings);
 }
 

@@ -12,6 +12,7 @@
 #include "agent/state/state_directory.h"
 #include "inspection/finding.h"
 #include "lparams/server.h"
+#include "lparams/values/values.h"
 
 namespace agent {
 
@@ -23,9 +24,10 @@ namespace agent {
 /// do.
 class SettingsKeeper {
  public:
-  /// REQUIRES: both outlive the keeper.
-  SettingsKeeper(LPARAMS::Server::Server_t& server, const StateDirectory& directory)
-      : server_(server), directory_(directory) {}
+  /// More users than `maxUsers` are a finding. REQUIRES: the others outlive the keeper.
+  SettingsKeeper(LPARAMS::Server::Server_t& server, const StateDirectory& directory,
+                 size_t maxUsers = LPARAMS::Server::MAX_USERS)
+      : server_(server), directory_(directory), maxUsers_(maxUsers) {}
 
   /// Makes durable what the module has loaded, with so many reports and these findings in the file.
   /// `degradedReason` says why the load was not whole, or is empty; a file that is not what was
@@ -80,6 +82,7 @@ class SettingsKeeper {
 
   LPARAMS::Server::Server_t& server_;
   const StateDirectory& directory_;
+  const size_t maxUsers_;
 
   WriteTurn writeTurn_;
 

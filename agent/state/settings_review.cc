@@ -38,14 +38,15 @@ void logFinding(Level level, const Finding& finding) {
 
 }  // namespace
 
-Findings reviewText(const std::string& text) {
+Findings reviewText(const std::string& text, size_t maxUsers) {
   Catalogue loaded;
-  return inspection::inspect(text, loaded).findings;
+  return inspection::inspect(text, loaded, {.users = maxUsers}).findings;
 }
 
-Findings reviewReread(LPARAMS::Server::Server_t& settings, const std::string& text) {
+Findings reviewReread(LPARAMS::Server::Server_t& settings, const std::string& text,
+                      size_t maxUsers) {
   Catalogue loaded;
-  Findings inText = inspection::inspect(text, loaded).findings;
+  Findings inText = inspection::inspect(text, loaded, {.users = maxUsers}).findings;
   if (textOf(loaded) == text) return inText;
   Findings findings;
   addDifferences(settings, loaded, Finding::NotReadBack, findings);

@@ -1,6 +1,7 @@
 // What the settings and a text of them make of each other, told to the operator.
 #pragma once
 
+#include <cstddef>
 #include <string>
 
 #include "agent/base/log.h"
@@ -9,12 +10,13 @@
 
 namespace agent {
 
-/// What a load of the text finds.
-inspection::Findings reviewText(const std::string& text);
+/// What a load of the text finds. More users than `maxUsers` are among it, here and below.
+inspection::Findings reviewText(const std::string& text, size_t maxUsers);
 
 /// What the next start would find in the text that the settings have now; before that, which values
 /// it would not give back. Call it while nobody else writes settings.
-inspection::Findings reviewReread(LPARAMS::Server::Server_t& settings, const std::string& text);
+inspection::Findings reviewReread(LPARAMS::Server::Server_t& settings, const std::string& text,
+                                  size_t maxUsers);
 
 /// What the settings have otherwise than the text of those before them.
 inspection::Findings reviewEdit(const std::string& before, LPARAMS::Server::Server_t& settings);

@@ -151,7 +151,7 @@ TEST(Document, AllMistakesOfSettingsFilesAreTold) {
   EXPECT_THAT(mistakesIn(document),
               AllOf(Contains(HasSubstr("8:1 IKE.IKE_PORT: this is given once more")),
                     Contains("11:2 USERS: a user needs a name"),
-                    Contains(HasSubstr("17:2 USERS[bob]: another user has the same name"))));
+                    Contains(HasSubstr("18:1 USERS[bob]: another user has the same name"))));
   EXPECT_THAT(mistakesIn(document), Not(Contains(HasSubstr("fewer members"))));
 }
 

@@ -59,19 +59,20 @@ TEST_F(Findings, AreToldWithTheirPlacesUntilASaveHasReplacedTheFile) {
   EXPECT_THAT(log(), HasSubstr("warning: " + unreadable +
                                " line=5 column=18 parameter=IKE.IKE_PORT text=70000 "
                                "expected=\"a whole number from 1 to 65535\" value=500\n"));
-  EXPECT_THAT(log(),
-              HasSubstr("line=6 column=26 parameter=IKE.EXCHANGE_TIMEOUT text=700 value=600"));
+  EXPECT_THAT(log(), HasSubstr("line=6 column=26 parameter=IKE.EXCHANGE_TIMEOUT text=700 "
+                               "expected=\"a whole number from 5 to 600\" value=600"));
   EXPECT_EQ(state("findings"), "4");
   EXPECT_EQ(state("findingList"), "(none)");
-  EXPECT_EQ(list(),
-            "line 5, column 18: IKE.IKE_PORT: " + unreadable +
-                " (expected \"a whole number from 1 to 65535\", text \"70000\", value \"500\")\n"
-                "line 6, column 26: IKE.EXCHANGE_TIMEOUT: the parameter took another value than "
-                "the file has (text \"700\", value \"600\")\n"
-                "line 7, column 9: IKE.EXCHANGE_TIMEOUT: this is given once more; the later one "
-                "counts (other-line \"6\")\n"
-                "line 2, column 6: IKE: the group has fewer members in the file than it should; "
-                "those missing keep their values (missing \"NATT_PORT\")\n");
+  EXPECT_EQ(
+      list(),
+      "line 5, column 18: IKE.IKE_PORT: " + unreadable +
+          " (expected \"a whole number from 1 to 65535\", text \"70000\", value \"500\")\n"
+          "line 6, column 26: IKE.EXCHANGE_TIMEOUT: the parameter took another value than "
+          "the file has (expected \"a whole number from 5 to 600\", text \"700\", value \"600\")\n"
+          "line 7, column 9: IKE.EXCHANGE_TIMEOUT: this is given once more; the later one "
+          "counts (other-line \"6\")\n"
+          "line 2, column 6: IKE: the group has fewer members in the file than it should; "
+          "those missing keep their values (missing \"NATT_PORT\")\n");
   save();
   EXPECT_EQ(state("findings"), "0");
   EXPECT_EQ(list(), "");
@@ -126,6 +127,22 @@ TEST_F(Findings, OfAFileThatMakesTheAgentDegradedSayWhatDiffersToo) {
   EXPECT_NE(state("degraded"), "no");
   EXPECT_THAT(list(), AllOf(HasSubstr("line 6, column 9: IKE.FOO: "),
                             HasSubstr("IKE.IKE_PORT: the settings file has another value")));
+}
+
+TEST_F(Findings, OfUsersAreNamesThatAreMissingOrTakenAndMoreThanAWriteMayLeave) {
+  std::string text = edited("NAME=bob", "NAME=");
+  const std::string second = "        /USER=\n            NAME=alice\n        end=\n";
+  text.insert(text.find("    end=\nend=\n"), second);
+  state_.write(SETTINGS, text);
+  start({"--max-users", "2"});
+  EXPECT_EQ(state("degraded"), "no");
+  EXPECT_THAT(list(), AllOf(HasSubstr("USERS[1]: the user has no name\n"),
+                            HasSubstr("USERS[alice]: another user has the same name"),
+                            HasSubstr("USERS[alice]: there are more users than a write may leave "
+                                      "(expected \"at most 2\")\n")));
+  EXPECT_THAT(log(), HasSubstr("warning: the user has no name line="));
+  save();
+  EXPECT_THAT(list(), HasSubstr("USERS[1]: the user has no name\n")) << "the file still has it";
 }
 
 // What no write may add may stay, and is told.
