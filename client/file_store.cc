@@ -89,7 +89,7 @@ bridge::NamedValues FileStore::get(const bridge::Names& names) {
 }
 
 bridge::NamedValues FileStore::set(const bridge::NamedChanges& changes) {
-  const editing::RecordCheck check(*settings_, LPARAMS::Server::MAX_USERS);
+  const editing::RecordCheck check(*settings_, MAX_USERS);
   editing::Draft draft(*settings_, check, editing::Draft::WithUsers);
   for (const bridge::Change& change : changes.changes) draft.apply(change);
   draft.finish();
