@@ -65,19 +65,44 @@ void syncDirectoryOf(const std::string& path) {
   file.sync();
 }
 
-/// Makes a new file. One that could not be written to its end is removed: it would only take up a
-/// full disk.
-void writeDurably(const std::string& path, std::string_view text) {
+/// Makes a new file, which `fill` writes. One that could not be written to its end is removed: it
+/// would only take up a full disk.
+template <typename Fill>
+void makeDurably(const std::string& path, Fill fill) {
   File file(path, O_WRONLY | O_CREAT | O_EXCL);
   if (!file.isOpen()) fail(path, "created");
   try {
-    file.write(text);
+    fill(file);
     file.sync();
     file.close();
   } catch (const std::system_error&) {
     (void)::unlink(path.c_str());
     throw;
   }
+}
+
+void writeDurably(const std::string& path, std::string_view text) {
+  makeDurably(path, [&](File& file) { file.write(text); });
+}
+
+/// Renames a file that `make` makes over the one at the path.
+template <typename Make>
+void replaceAtomically(const std::string& path, Make make) {
+  const std::string temporary = path + TEMPORARY_SUFFIX;
+  // Whatever has the name, a hard link or a pipe, is not to be written to; nor is its mode kept.
+  (void)::unlink(temporary.c_str());
+  make(temporary);
+  if (std::rename(temporary.c_str(), path.c_str()) != 0) {
+    const int reason = errno;
+    (void)::unlink(temporary.c_str());
+    fail(path, "replaced", reason);
+  }
+  syncDirectoryOf(path);
+}
+
+void requireRegularFile(const std::string& path, const File& file, struct stat& status) {
+  if (::fstat(file.descriptor(), &status) != 0) fail(path, "examined");
+  if (!S_ISREG(status.st_mode)) fail(path, "used: it is not a regular file", EINVAL);
 }
 
 /// Calls `attempt` with one name after the other until it does not say that the name is taken.
@@ -99,9 +124,7 @@ std::optional<std::string> readFile(const std::string& path, size_t limit) {
     fail(path, "opened");
   }
   struct stat status {};
-  if (::fstat(file.descriptor(), &status) != 0) fail(path, "examined");
-  if (!S_ISREG(status.st_mode)) fail(path, "used: it is not a regular file", EINVAL);
-
+  requireRegularFile(path, file, status);
   std::string text(static_cast<size_t>(std::min<uint64_t>(status.st_size, limit)), '\0');
   size_t length = 0;
   while (length < text.size()) {
@@ -115,16 +138,24 @@ std::optional<std::string> readFile(const std::string& path, size_t limit) {
 }
 
 void replaceFileAtomically(const std::string& path, std::string_view text) {
-  const std::string temporary = path + TEMPORARY_SUFFIX;
-  // Whatever has the name, a hard link or a pipe, is not to be written to; nor is its mode kept.
-  (void)::unlink(temporary.c_str());
-  writeDurably(temporary, text);
-  if (std::rename(temporary.c_str(), path.c_str()) != 0) {
-    const int reason = errno;
-    (void)::unlink(temporary.c_str());
-    fail(path, "replaced", reason);
-  }
-  syncDirectoryOf(path);
+  replaceAtomically(path, [&](const std::string& temporary) { writeDurably(temporary, text); });
+}
+
+void copyFileAtomically(const std::string& from, const std::string& path) {
+  File source(from, O_RDONLY | O_NONBLOCK);
+  if (!source.isOpen()) fail(from, "opened");
+  struct stat status {};
+  requireRegularFile(from, source, status);
+  const auto fill = [&](File& file) {
+    std::string chunk(64 * 1024, '\0');
+    for (;;) {
+      const ssize_t got = ::read(source.descriptor(), chunk.data(), chunk.size());
+      if (got < 0 && errno != EINTR) fail(from, "read");
+      if (got == 0) return;
+      if (got > 0) file.write(std::string_view(chunk).substr(0, static_cast<size_t>(got)));
+    }
+  };
+  replaceAtomically(path, [&](const std::string& temporary) { makeDurably(temporary, fill); });
 }
 
 std::string moveAside(const std::string& path, const std::string& name) {

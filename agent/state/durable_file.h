@@ -19,6 +19,9 @@ std::optional<std::string> readFile(const std::string& path, size_t limit);
 /// old or the new one is there, whole. Its mode is 0600.
 void replaceFileAtomically(const std::string& path, std::string_view text);
 
+/// The same with what another regular file holds, however much that is.
+void copyFileAtomically(const std::string& from, const std::string& path);
+
 // Both return the name that they have used: `name`, or `name` and a number where that is taken.
 // They overwrite nothing.
 

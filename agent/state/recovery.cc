@@ -4,9 +4,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <fstream>
+#include <iterator>
 #include <optional>
 #include <stdexcept>
-#include <system_error>
+#include <utility>
 #include <vector>
 
 #include "agent/base/log.h"
@@ -15,6 +18,7 @@
 #include "agent/state/sealed_text.h"
 #include "inspection/settings_completeness.h"
 #include "lparams/interface/file_names.h"
+#include "markup/tree.h"
 
 namespace agent {
 namespace {
@@ -69,16 +73,39 @@ void moveDamagedAside(const Copy& copy) {
       {{"file", copy.path}, {"damage", copy.damage}, {"kept", kept}});
 }
 
-std::optional<std::string> readLegacy(const std::string& path) {
-  auto text = readFile(path, inspection::MAX_SETTINGS_SIZE + 1);
-  if (text && text->size() > inspection::MAX_SETTINGS_SIZE) {
-    throw std::runtime_error(path + " is larger than 16 MiB: no settings of an earlier version");
+/// Settings of an earlier version. One that is too large to be imported is kept all the same: the
+/// module would delete it.
+struct Legacy {
+  explicit Legacy(std::string from)
+      : path(std::move(from)), text(readFile(path, markup::MAX_SIZE + 1)) {}
+
+  bool isThere() const { return text.has_value(); }
+  bool isTooLarge() const { return text && text->size() > markup::MAX_SIZE; }
+
+  /// Makes it survive under another name too.
+  void copyTo(const std::string& other) const {
+    isTooLarge() ? copyFileAtomically(path, other) : replaceFileAtomically(other, *text);
   }
-  return text;
+
+  const std::string path;
+  const std::optional<std::string> text;  // nothing if there is no such file; the beginning of it
+};
+
+bool holdSame(const Legacy& a, const Legacy& b) {
+  if (a.text != b.text || !a.isTooLarge()) return a.text == b.text;
+  std::ifstream inA(a.path);
+  std::ifstream inB(b.path);
+  using Bytes = std::istreambuf_iterator<char>;
+  return std::equal(Bytes(inA), Bytes(), Bytes(inB), Bytes());
 }
 
-void keepImported(const StateDirectory& directory, const std::string& text) {
-  (void)keepCopy(directory.legacy(), "imported", text);
+/// For who imports other settings than these.
+void keepImported(const StateDirectory& directory, const Legacy& legacy) {
+  if (legacy.isTooLarge()) {
+    copyFileAtomically(legacy.path, nameAside(directory.legacy(), "imported"));
+  } else {
+    (void)keepCopy(directory.legacy(), "imported", *legacy.text);
+  }
 }
 
 }  // namespace
@@ -123,37 +150,37 @@ std::optional<std::string> readShadowCopy(const StateDirectory& directory) {
 }
 
 std::optional<size_t> keepLegacySettings(const StateDirectory& directory) {
-  const auto interrupted = readLegacy(directory.importing());
-  const auto own = readLegacy(directory.legacy());
-  const auto system = readLegacy(LPARAMS::Server::LEGACY_SYSTEM_FILE);
+  const Legacy interrupted(directory.importing());
+  const Legacy own(directory.legacy());
+  const Legacy system(LPARAMS::Server::LEGACY_SYSTEM_FILE);
 
   // The module reads its own candidate first, and deletes both.
-  if (own) {
-    if (interrupted && interrupted != own) keepImported(directory, *interrupted);
-    replaceFileAtomically(directory.importing(), *own);
-  } else if (interrupted) {
+  if (own.isThere()) {
+    if (interrupted.isThere() && !holdSame(interrupted, own)) keepImported(directory, interrupted);
+    own.copyTo(directory.importing());
+  } else if (interrupted.isThere()) {
     log(Level::Warning, "an import of the settings of earlier versions was cut short: once more",
         {{"file", directory.legacy()}});
-    replaceFileAtomically(directory.legacy(), *interrupted);
-  } else if (system) {
-    replaceFileAtomically(directory.importing(), *system);
+    interrupted.copyTo(directory.legacy());
+  } else if (system.isThere()) {
+    system.copyTo(directory.importing());
   }
-  if (system && (own || interrupted)) keepImported(directory, *system);
-  for (const auto* imported : {&own, &interrupted, &system}) {
-    if (*imported) return (*imported)->size();
+  if (system.isThere() && (own.isThere() || interrupted.isThere())) keepImported(directory, system);
+  for (const Legacy* imported : {&own, &interrupted, &system}) {
+    if (imported->isThere()) return imported->text->size();
   }
   return {};
 }
 
 void giveUpImport(const StateDirectory& directory) {
-  if (!readLegacy(directory.importing())) return;
+  if (!Legacy(directory.importing()).isThere()) return;
   const std::string kept =
       moveAside(directory.importing(), nameAside(directory.legacy(), "damaged"));
   log(Level::Notice, "the settings of earlier versions were given up", {{"kept", kept}});
 }
 
 void finishImport(const StateDirectory& directory) {
-  if (!readLegacy(directory.importing())) return;
+  if (!Legacy(directory.importing()).isThere()) return;
   const std::string kept =
       moveAside(directory.importing(), nameAside(directory.legacy(), "imported"));
   log(Level::Notice, "the settings of earlier versions were imported", {{"kept", kept}});

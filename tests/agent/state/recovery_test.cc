@@ -281,10 +281,27 @@ TEST_F(LegacyRecovery, WithoutAnOldFileThereIsNothingToDo) {
   EXPECT_THAT(directory_.names(), ElementsAre());
 }
 
+// The parser refuses it, and the module deletes it.
+TEST_F(LegacyRecovery, ADocumentThatIsTooLargeIsKeptWhole) {
+  const std::string large(inspection::MAX_SETTINGS_SIZE + 1, ' ');
+  directory_.write("localsettings.xml", large);
+  EXPECT_TRUE(keepLegacySettings(state_));
+  EXPECT_TRUE(directory_.text("localsettings.xml.importing") == large);
+  EXPECT_EQ(directory_.mode("localsettings.xml.importing"), 0600u);
+
+  directory_.remove("localsettings.xml");  // as the module does
+  EXPECT_TRUE(keepLegacySettings(state_));
+  EXPECT_TRUE(directory_.text("localsettings.xml") == large);
+  EXPECT_TRUE(keepLegacySettings(state_));  // cut short again
+  EXPECT_THAT(directory_.names(), ElementsAre("localsettings.xml", "localsettings.xml.importing"));
+
+  directory_.write("localsettings.xml", "<newer/>");
+  EXPECT_TRUE(keepLegacySettings(state_));
+  EXPECT_EQ(directory_.text("localsettings.xml.importing"), "<newer/>");
+  EXPECT_TRUE(directory_.textOfOnly("localsettings.xml.imported-") == large);
+}
+
 TEST_F(LegacyRecovery, WhatCannotBeKeptStopsTheStart) {
-  directory_.write("localsettings.xml", std::string(inspection::MAX_SETTINGS_SIZE + 1, ' '));
-  EXPECT_THROW(keepLegacySettings(state_), std::runtime_error);
-  directory_.remove("localsettings.xml");
   (void)::mkdir(directory_.at("localsettings.xml").c_str(), 0700);
   EXPECT_THROW(keepLegacySettings(state_), std::system_error);
   EXPECT_THAT(directory_.names(), ElementsAre("localsettings.xml"));

@@ -361,6 +361,7 @@ TEST_F(Import, OfABrokenDocumentIsNone) {
       {utf16, "at byte "},
       {deep, "the document is nested deeper than 64 elements"},
       {legacy_ + std::string(1024 * 1024, ' '), "the document is larger than 1048576 bytes"},
+      {std::string(17 * 1024 * 1024, 'x'), "the document is larger than 1048576 bytes"},
   };
   for (const auto& row : rows) {
     SCOPED_TRACE(row.reason);
