@@ -7,18 +7,28 @@ namespace agent {
 AgentCommands::AgentCommands(LPARAMS::Server::Server_t& server, const SettingsKeeper& keeper,
                              const editing::RecordCheck& check, CommandService& service)
     : saved_(keeper), get_(server, saved_, service), set_(server, check, saved_, service) {
-  service.add("schema", [](BridgeSession& /*session*/, const std::string& /*input*/) {
-    return bridge::Reply{.result = 1, .output = schema::ownSchema()};
-  });
-  service.add("get", [this](BridgeSession& session, const std::string& input) {
-    return get_.execute(session, input);
-  });
+  using Access = CommandService::Access;
+  service.add(
+      "schema",
+      [](BridgeSession& /*session*/, const std::string& /*input*/) {
+        return bridge::Reply{.result = 1, .output = schema::ownSchema()};
+      },
+      Access::Reads);
+  service.add(
+      "get",
+      [this](BridgeSession& session, const std::string& input) {
+        return get_.execute(session, input);
+      },
+      Access::Reads);
   service.add("set", [this](BridgeSession& session, const std::string& input) {
     return set_.execute(session, input);
   });
-  service.add("try", [this](BridgeSession& session, const std::string& input) {
-    return set_.tryOut(session, input);
-  });
+  service.add(
+      "try",
+      [this](BridgeSession& session, const std::string& input) {
+        return set_.tryOut(session, input);
+      },
+      Access::Reads);
 }
 
 }  // namespace agent

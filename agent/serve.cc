@@ -23,6 +23,7 @@
 #include "agent/bridge/change_tracker.h"
 #include "agent/bridge/command_service.h"
 #include "agent/bridge/socket_group.h"
+#include "agent/save_events.h"
 #include "agent/service_manager.h"
 #include "agent/settings_locks.h"
 #include "agent/status.h"
@@ -83,9 +84,11 @@ void serve(const Options& options, LPARAMS::Server::Server_t& server, SettingsKe
   asio::io_context io(1);  // runs on this thread alone
   std::optional<BridgeServer> bridge;
   std::optional<SocketGroup> socketGroup;
-  CommandService service(server, keeper.writeTurn(), changes, options.acceptAny ? nullptr : &check,
-                         [&] { return statusOf(options, server, keeper, *bridge, *socketGroup); });
+  CommandService service(
+      server, keeper.writeTurn(), changes, options.acceptAny ? nullptr : &check,
+      [&](bool /*mayWrite*/) { return statusOf(options, server, keeper, *bridge, *socketGroup); });
   const AgentCommands commands(server, keeper, check, service);
+  const SaveEvents saveEvents(keeper, service.events());
   bridge.emplace(io, options.socket, service);
   socketGroup.emplace(io, options.socket, rules, changes);
 

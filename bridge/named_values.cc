@@ -42,6 +42,8 @@ bool take(std::string_view& bytes, std::vector<GroupRevision>& revisions) {
   return true;
 }
 
+}  // namespace
+
 void put(std::string& out, const NamedValue& value) {
   int flags = value.secret ? SECRET : 0;
   forEachText(value, [&](ValueFlags flag, const auto& text) { flags |= text ? flag : 0; });
@@ -62,6 +64,8 @@ bool take(std::string_view& bytes, NamedValue& value) {
   });
   return whole;
 }
+
+namespace {
 
 void put(std::string& out, const Change& change) {
   put(out, change.kind);

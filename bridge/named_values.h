@@ -28,6 +28,10 @@ struct NamedValue {
   bool operator==(const NamedValue&) const = default;
 };
 
+/// Appends the value, or takes it off the front of the bytes; false if they are too short.
+void put(std::string& out, const NamedValue& value);
+bool take(std::string_view& bytes, NamedValue& value);
+
 /// The output of both commands.
 struct NamedValues {
   std::vector<GroupRevision> revisions = {};

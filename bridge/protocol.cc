@@ -15,6 +15,7 @@ enum Kind : uint8_t {
   AGENT_COMMAND = 4,
   REPLY = 129,
   EVENT = 130,
+  NOTICE = 131,
 };
 
 enum CommandFlags : uint8_t { HAS_REVISION = 1, FORCE = 2 };
@@ -54,6 +55,11 @@ void putBody(std::string& out, const Event& event) {
   put(out, event.uid);
   put(out, event.pid);
   out += event.group;
+}
+
+void putBody(std::string& out, const Notice& notice) {
+  put(out, NOTICE);
+  put(out, notice);
 }
 
 template <typename Variant>
@@ -106,6 +112,8 @@ bool takeBody(std::string_view bytes, Event& event) {
   event.group = bytes;
   return true;
 }
+
+bool takeBody(std::string_view bytes, Notice& notice) { return take(bytes, notice); }
 
 template <typename Variant, typename Alternative>
 std::optional<Variant> decodeAs(std::string_view body) {
@@ -163,6 +171,8 @@ std::optional<Message> decodeMessage(std::string_view frame) {
       return decodeAs<Message, Reply>(frame);
     case EVENT:
       return decodeAs<Message, Event>(frame);
+    case NOTICE:
+      return decodeAs<Message, Notice>(frame);
     default:
       return std::nullopt;
   }

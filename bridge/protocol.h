@@ -10,6 +10,9 @@
 #include <utility>
 #include <variant>
 
+#include "bridge/notice.h"
+#include "bridge/reason.h"
+
 namespace bridge {
 
 /// Both sides open with a hello: the four bytes HELLO_MAGIC and the version, 32-bit little-endian.
@@ -60,24 +63,11 @@ struct AgentCommand {
   bool operator==(const AgentCommand&) const = default;
 };
 
-using Request = std::variant<Command, StatusRequest, Subscription, AgentCommand>;
+/// The agent's command that asks for a Notice of all that happens from now on. After its reply the
+/// first one is of the degradation, if the agent is degraded.
+inline constexpr std::string_view WATCH = "watch";
 
-/// Why a request failed. The numbers travel: do not change one.
-enum class Reason : uint32_t {
-  None = 0,            ///< it did not fail
-  ModuleRefused = 1,   ///< the module answered 0
-  NotAuthorised = 2,   ///< the session may not do that
-  MalformedInput = 3,  ///< the module could not read the input to its end
-  NoSuchModule = 4,    ///< no module with that identifier is loaded
-  MalformedFrame = 5,  ///< the frame holds no request; the session is closed after this reply
-  ModuleFailed = 6,    ///< the module ran into an error of its own
-  ReplyTooLarge = 7,   ///< the command succeeded, but its output does not fit a frame
-  IllegalValue = 8,    ///< the record to be written holds what the settings do not allow
-  Conflict = 9,        ///< the group has changed since the stated revision
-  SaveRefused = 10,    ///< the settings were not saved, or not durably
-  NoSuchCommand = 11,  ///< the agent has no command with that name
-  Busy = 12,           ///< too much is under way for it: to be tried again
-};
+using Request = std::variant<Command, StatusRequest, Subscription, AgentCommand>;
 
 /// Agent to client: the answer to a request; one each, in the order of the requests.
 struct Reply {
@@ -104,7 +94,7 @@ struct Event {
   bool operator==(const Event&) const = default;
 };
 
-using Message = std::variant<Reply, Event>;
+using Message = std::variant<Reply, Event, Notice>;
 
 std::string encodeHello(uint32_t version = PROTOCOL_VERSION);
 

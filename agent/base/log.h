@@ -40,8 +40,8 @@ void log(Level level, std::string_view message, std::initializer_list<Field> fie
 void log(Level level, std::string_view message, std::span<const Field> fields) noexcept;
 
 /// The same for what clients can cause as often as they like: one line of a message in a second,
-/// which says how many were left out since the one before.
-void logOften(Level level, std::string_view message,
+/// which says how many were left out since the one before. False if this one was.
+bool logOften(Level level, std::string_view message,
               std::initializer_list<Field> fields = {}) noexcept;
 
 enum class LeftOut {

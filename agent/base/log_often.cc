@@ -31,7 +31,7 @@ std::string withCount(std::string_view message, long long leftOut) {
 
 }  // namespace
 
-void logOften(Level level, std::string_view message, std::initializer_list<Field> fields) noexcept
+bool logOften(Level level, std::string_view message, std::initializer_list<Field> fields) noexcept
     try {
   const auto now = Clock::now();
   long long leftOut = 0;
@@ -42,16 +42,17 @@ void logOften(Level level, std::string_view message, std::initializer_list<Field
       g_messages.emplace(message, Told{level, now});
     } else if (now - found->second.last < PAUSE) {
       ++found->second.leftOut;
-      return;
+      return false;
     } else {
       leftOut = std::exchange(found->second.leftOut, 0);
       found->second.last = now;
     }
   }
-  if (leftOut == 0) return log(level, message, fields);
-  log(level, withCount(message, leftOut), fields);
+  log(level, leftOut == 0 ? std::string(message) : withCount(message, leftOut), fields);
+  return true;
 } catch (const std::bad_alloc&) {
   log(level, message, fields);
+  return true;
 }
 
 void logLeftOut(LeftOut which) noexcept try {

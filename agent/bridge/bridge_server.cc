@@ -129,6 +129,7 @@ void BridgeServer::stop() {
   for (const Entry& entry : sessions_) {
     if (const auto session = entry.session.lock()) session->stop();
   }
+  service_.events().publishEnd();
 }
 
 }  // namespace agent

@@ -141,6 +141,9 @@ void ClientConnection::run() {
               {"program", peer_.program}});
     if (opened) tellOfFailure();
   }
+  activity_.reset();
+  if (watch_ && state_ == State::Stopping) service_.events().waitForEnd();
+  if (watch_) service_.events().unwatch(*watch_);
   if (subscription_) service_.changes().unsubscribe(*subscription_);
   if (opened) listenerRegistry().sessionClosed(peer_);
   (void)sendQueue_.waitUntilWritten();
@@ -174,8 +177,10 @@ bool ClientConnection::handleHello() {
 void ClientConnection::serve() {
   while (awaitFrame()) {
     State state = State::Waiting;
+    activity_.emplace(service_.events());  // before the state says so: nothing runs behind the end
     if (!state_.compare_exchange_strong(state, State::Running)) return;
     if (!handleFrame()) return;
+    activity_.reset();
     state = State::Running;
     if (!state_.compare_exchange_strong(state, State::Waiting)) return;
   }
@@ -235,6 +240,8 @@ bool ClientConnection::handleFrame() {
   counted_ = false;
   if (!request) return refuseFrame("the frame holds no request");
   if (std::holds_alternative<bridge::Subscription>(*request)) return subscribe();
+  const auto* const ofAgent = std::get_if<bridge::AgentCommand>(&*request);
+  if (ofAgent != nullptr && ofAgent->name == bridge::WATCH) return watch();
   bridge::Reply reply = execute(*request);
   request.reset();  // whatever the client does with the reply
   (void)frameBytes_.resize(0);
@@ -259,16 +266,27 @@ bridge::Reply ClientConnection::execute(const bridge::Request& request) {
   if (const auto* command = std::get_if<bridge::AgentCommand>(&request)) {
     return service_.execute(peer_, *command);
   }
-  return service_.status();
+  return service_.status(peer_);
 }
 
 bool ClientConnection::subscribe() {
   const bridge::Reply done{1};
   if (subscription_) return send(done);
   SendQueue::Outcome outcome{};
-  subscription_ =
-      service_.changes().subscribe([this](const bridge::Event& event) { postEvent(event); },
-                                   [&] { outcome = post(bridge::encode(done)); });
+  subscription_ = service_.changes().subscribe(
+      [this](const bridge::Event& event) { postEvent([&] { return bridge::encode(event); }); },
+      [&] { outcome = post(bridge::encode(done)); });
+  return settle(outcome);
+}
+
+bool ClientConnection::watch() {
+  const bridge::Reply done{1};
+  if (watch_) return send(done);
+  SendQueue::Outcome outcome{};
+  watch_ = service_.events().watch(
+      {.tell = [this](const std::string& frame) { postEvent([&] { return frame; }); },
+       .lose = [this] { interrupt(); }},
+      [&] { outcome = post(bridge::encode(done)); });
   return settle(outcome);
 }
 
@@ -288,15 +306,16 @@ bool ClientConnection::send(bridge::Reply reply) {
 
 /// A client that does not take its replies is not read from. False if it never will take this one.
 bool ClientConnection::settle(SendQueue::Outcome outcome) {
+  activity_.reset();  // the command is done, however long its client takes
   if (outcome == SendQueue::Outcome::Pending) return sendQueue_.waitUntilWritten();
   return outcome == SendQueue::Outcome::Written;
 }
 
 /// For replies and, on the thread of whoever has written, for events. Does not wait.
-SendQueue::Outcome ClientConnection::post(std::string frame) {
+SendQueue::Outcome ClientConnection::post(std::string frame, SendQueue::Kind kind) {
   SendQueue::Outcome outcome = SendQueue::Outcome::Closed;
   try {
-    outcome = sendQueue_.send(std::move(frame));
+    outcome = sendQueue_.send(std::move(frame), kind);
   } catch (const std::bad_alloc&) {
     logOften(Level::Error, "session closed: no memory for what its client does not take",
              {{"uid", peer_.uid}, {"pid", peer_.pid}, {"program", peer_.program}});
@@ -311,8 +330,8 @@ SendQueue::Outcome ClientConnection::post(std::string frame) {
 }
 
 /// The writer is not to suffer for a subscriber.
-void ClientConnection::postEvent(const bridge::Event& event) noexcept try {
-  (void)post(bridge::encode(event));
+void ClientConnection::postEvent(const std::function<std::string()>& frame) noexcept try {
+  (void)post(frame(), SendQueue::Kind::Event);
 } catch (const std::bad_alloc&) {
   interrupt();
 }

@@ -23,8 +23,8 @@
 namespace agent {
 
 /// Reads requests from a socket, executes them one at a time, and sends the replies and, to a
-/// subscriber, the events. Ends when the client closes the socket, sends something else than a
-/// request or runs into a time-out, or when stop() is called.
+/// subscriber or to who watches, the events. Ends when the client closes the socket, sends
+/// something else than a request or runs into a time-out, or when stop() is called.
 ///
 /// Each connection has a thread of its own for its requests, so that no client waits for another
 /// one's command. Time-outs, waiting for a full socket and the clean-up at the end run on the
@@ -69,13 +69,14 @@ class ClientConnection : public std::enable_shared_from_this<ClientConnection> {
   bool sendRefusal(bridge::Reply reply);
   bridge::Reply execute(const bridge::Request& request);
   bool subscribe();
+  bool watch();
   bool send(bridge::Reply reply);
   void tellOfFailure() noexcept;
   bool settle(SendQueue::Outcome outcome);
 
   // On any.
-  SendQueue::Outcome post(std::string frame);
-  void postEvent(const bridge::Event& event) noexcept;
+  SendQueue::Outcome post(std::string frame, SendQueue::Kind kind = SendQueue::Kind::Reply);
+  void postEvent(const std::function<std::string()>& frame) noexcept;
   void interrupt();
 
   asio::io_context& io_;
@@ -96,6 +97,8 @@ class ClientConnection : public std::enable_shared_from_this<ClientConnection> {
 
   // Used by the connection's thread only, while there is one.
   std::optional<ChangeTracker::Ticket> subscription_;
+  std::optional<Events::Ticket> watch_;
+  std::optional<Events::Activity> activity_;  // while a command runs
   std::array<char, 4096> chunk_{};
   bridge::FrameBuffer input_;  // received and not yet handled
   QuotaShare frameBytes_;      // of the request that arrives or is executed

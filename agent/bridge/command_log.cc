@@ -1,12 +1,58 @@
 #include "agent/bridge/command_log.h"
 
+#include <algorithm>
+
 #include "agent/base/log.h"
 
 namespace agent {
+namespace {
 
+using bridge::NoticedChange;
 using bridge::Reason;
 
-void logWrite(const BridgeSession& session, std::string_view group, const std::string& changes,
+constexpr size_t MAX_NAMES = 100;     // more than any group has members
+constexpr size_t MAX_USER_NAME = 40;  // bytes that are shown
+
+bool isPlain(char c) {
+  return c > ' ' && c < '\x7f' && std::string_view("[],\"\\").find(c) == std::string_view::npos;
+}
+
+/// A name that would be mistaken for something else stands in quotes.
+std::string shown(std::string_view user) {
+  const std::string name = shortened(user, MAX_USER_NAME);
+  return "[" + (std::ranges::all_of(name, isPlain) ? name : quoted(name)) + "]";
+}
+
+std::string nameOf(const GroupChange& change) {
+  const std::string user = change.user == nullptr ? "" : shown(*change.user);
+  switch (change.kind) {
+    case NoticedChange::UserAdded:
+      return user + " added";
+    case NoticedChange::UserRemoved:
+      return user + " removed";
+    case NoticedChange::UserOrder:
+      return "order";
+    default:
+      return (user.empty() ? "" : user + ".") + change.member->name;
+  }
+}
+
+}  // namespace
+
+void ChangedNames::add(const GroupChange& change) {
+  const bool ofNewUser = change.member != nullptr && change.before == nullptr;
+  if (ofNewUser || ++count_ > MAX_NAMES) return;
+  if (!names_.empty()) names_ += ',';
+  names_ += nameOf(change);
+}
+
+std::string ChangedNames::text() const {
+  if (count_ == 0) return "none";
+  if (count_ <= MAX_NAMES) return names_;
+  return names_ + ",... (" + std::to_string(count_ - MAX_NAMES) + " more)";
+}
+
+void logWrite(const BridgeSession& session, std::string_view group, std::string_view changes,
               const bridge::Reply& reply) {
   const Field revision("revision", static_cast<long long>(reply.revision));
   if (reply.result != 0) {
@@ -33,13 +79,13 @@ void logSave(const BridgeSession& session, bool force) {
       {{"uid", session.uid}, {"pid", session.pid}, {"program", session.program}});
 }
 
-void logRefusal(const BridgeSession& session, const bridge::Reply& reply) {
+bool logRefusal(const BridgeSession& session, const bridge::Reply& reply) {
   const auto tell = [&](Level level, std::string_view message) {
-    logOften(level, message,
-             {{"reason", reply.text},
-              {"uid", session.uid},
-              {"pid", session.pid},
-              {"program", session.program}});
+    return logOften(level, message,
+                    {{"reason", reply.text},
+                     {"uid", session.uid},
+                     {"pid", session.pid},
+                     {"program", session.program}});
   };
   switch (reply.reason) {
     case Reason::NotAuthorised:

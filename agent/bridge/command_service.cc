@@ -2,14 +2,15 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 #include <string_view>
 #include <utility>
 
 #include "agent/base/log.h"
 #include "agent/bridge/command_log.h"
-#include "agent/bridge/group_values.h"
 #include "agent/bridge/listener_registry.h"
 #include "agent/bridge/secrets.h"
+#include "agent/events/notices.h"
 #include "lparams/interface/access_levels.h"
 #include "lparams/interface/commands.h"
 #include "platform/command_bridge.h"
@@ -24,12 +25,6 @@ using LPARAMS::Server::READ_GROUP;
 using LPARAMS::Server::SAVE;
 using LPARAMS::Server::WRITE_ACCESS;
 using LPARAMS::Server::WRITE_GROUP;
-
-/// The reply, which the log tells of.
-Reply refused(const BridgeSession& session, Reply reply) {
-  logRefusal(session, reply);
-  return reply;
-}
 
 /// Says for the callbacks of a command whose it is.
 class CurrentSession {
@@ -100,19 +95,36 @@ Reply CommandService::execute(BridgeSession& session, const bridge::Command& com
   if (ours && command.command == WRITE_GROUP) return writeGroup(session, command);
   const bool reads = ours && command.command == READ_GROUP;
   Reply reply = reads ? readGroup(session, command) : call(session, command);
-  if (reply.result == 0) return refused(session, std::move(reply));
-  if (ours && command.command == SAVE) logSave(session, command.force);
+  const bool saves = ours && command.command == SAVE;
+  if (reply.result == 0) {
+    return refused(session, std::move(reply), saves ? Access::Writes : Access::Reads);
+  }
+  if (saves) logSave(session, command.force);
   return reply;
 }
 
-Reply CommandService::execute(BridgeSession& session, const bridge::AgentCommand& command) const {
+/// The reply, which the log tells of, and those who watch as often as the log does. A save that
+/// failed has been told already.
+Reply CommandService::refused(const BridgeSession& session, Reply reply, Access access) {
+  events_.countRefusal();
+  const bool told = logRefusal(session, reply);
+  if (!told || access == Access::Reads || reply.reason == Reason::SaveRefused) return reply;
+  bridge::Notice notice = noticeOf(bridge::Notice::Refused, session);
+  notice.reason = reply.reason;
+  notice.text = noticedText(reply.text);
+  events_.publish(notice);
+  return reply;
+}
+
+Reply CommandService::execute(BridgeSession& session, const bridge::AgentCommand& command) {
   const auto handler = handlers_.find(command.name);
   if (handler == handlers_.end()) {
-    return refused(session, failure(Reason::NoSuchCommand,
-                                    "the agent has no command " + quoted(command.name)));
+    return refused(
+        session, failure(Reason::NoSuchCommand, "the agent has no command " + quoted(command.name)),
+        Access::Reads);
   }
-  Reply reply = handler->second(session, command.input);
-  return reply.result != 0 ? reply : refused(session, std::move(reply));
+  Reply reply = handler->second.execute(session, command.input);
+  return reply.result != 0 ? reply : refused(session, std::move(reply), handler->second.access);
 }
 
 Reply CommandService::readGroup(BridgeSession& session, const bridge::Command& command) {
@@ -198,6 +210,7 @@ Reply CommandService::write(BridgeSession& session, const std::string& input,
     reply = call(session, command);
   } catch (...) {
     (void)changes_.written(name, session);  // it may have been
+    events_.lose();
     throw;
   }
   if (!mayHaveWritten(reply)) {
@@ -205,8 +218,33 @@ Reply CommandService::write(BridgeSession& session, const std::string& input,
     return refused(session, std::move(reply));
   }
   reply.revision = changes_.written(name, session);
-  logWrite(session, name, before.changesUntil(GroupValues(**group)), reply);
+  tellOfWrite(session, before, **group, reply);
   return reply;
+}
+
+/// The write is done, whatever memory there is.
+void CommandService::tellOfWrite(const BridgeSession& session, const GroupValues& before,
+                                 ParamGroup& group, const Reply& reply) noexcept try {
+  using bridge::Notice;
+
+  const bool whole = reply.result != 0;
+  Notice notice = noticeOf(whole ? Notice::Written : Notice::WrittenInPart, session);
+  notice.group = group.name;
+  notice.revision = reply.revision;
+  notice.reason = reply.reason;
+  notice.text = noticedText(reply.text);
+  ChangedNames names;
+  ChangeTeller teller(notice);
+  const GroupValues after(group);
+  before.visitChangesUntil(after, [&](const GroupChange& change) {
+    names.add(change);
+    teller.add(change);
+  });
+  logWrite(session, group.name, names.text(), reply);
+  events_.publish(notice);
+} catch (const std::bad_alloc&) {
+  logWrite(session, group.name, "(no memory to tell)", reply);
+  events_.lose();
 }
 
 Reply CommandService::busy(const BridgeSession& session) {
@@ -215,6 +253,8 @@ Reply CommandService::busy(const BridgeSession& session) {
                      std::to_string(session.uid) + "; try again");
 }
 
-Reply CommandService::status() const { return {1, Reason::None, {}, status_()}; }
+Reply CommandService::status(BridgeSession& session) const {
+  return {1, Reason::None, {}, status_(mayWrite(session))};
+}
 
 }  // namespace agent

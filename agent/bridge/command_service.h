@@ -11,6 +11,8 @@
 #include "agent/base/bridge_session.h"
 #include "agent/base/write_turn.h"
 #include "agent/bridge/change_tracker.h"
+#include "agent/events/events.h"
+#include "agent/events/group_values.h"
 #include "bridge/protocol.h"
 #include "editing/record_check.h"
 #include "lparams/catalogue/catalogue.h"
@@ -18,16 +20,17 @@
 namespace agent {
 
 /// Stands in front of the modules: checks writes of settings and their revisions, keeps secrets
-/// from who may not write, puts what went wrong into words, and tells the log of every write, save
-/// and refusal. Thread-safe; commands run side by side, writes of settings take turns.
+/// from who may not write, puts what went wrong into words, and tells the log and those who watch
+/// of every write, save and refusal. Thread-safe; commands run side by side, writes of settings
+/// take turns.
 class CommandService {
  public:
   /// `settings` are those of the module. `check` may be null: then every value is taken and given
-  /// as it stands. `status` returns the agent's state as a JSON object. REQUIRES: all of them
-  /// outlive the service.
+  /// as it stands. `status` returns the agent's state as a JSON object, for a session that may
+  /// write or for one that may not. REQUIRES: all of them outlive the service.
   CommandService(const LPARAMS::Server::Catalogue& settings, WriteTurn& writeTurn,
                  ChangeTracker& changes, const editing::RecordCheck* check,
-                 std::function<std::string()> status)
+                 std::function<std::string(bool mayWrite)> status)
       : settings_(settings),
         writeTurn_(writeTurn),
         changes_(changes),
@@ -39,17 +42,27 @@ class CommandService {
   /// What carries out a command of the agent itself, with the command's input. Thread-safe.
   using Handler = std::function<bridge::Reply(BridgeSession& session, const std::string& input)>;
 
+  enum class Access {
+    Writes,  ///< or saves, at least: who watches is told if it is refused
+    Reads,
+  };
+
   /// Makes the agent know a command. Call before the first session.
-  void add(const std::string& name, Handler handler) { handlers_[name] = std::move(handler); }
+  void add(const std::string& name, Handler handler, Access access = Access::Writes) {
+    handlers_[name] = {std::move(handler), access};
+  }
 
-  bridge::Reply execute(BridgeSession& session, const bridge::AgentCommand& command) const;
+  bridge::Reply execute(BridgeSession& session, const bridge::AgentCommand& command);
 
-  bridge::Reply status() const;
+  bridge::Reply status(BridgeSession& session) const;
 
   /// Of a request that there is no room for, or for whose reply there is none.
   static bridge::Reply busy(const BridgeSession& session);
 
   ChangeTracker& changes() { return changes_; }
+
+  /// Writes and refusals are published here.
+  Events& events() { return events_; }
 
   // For commands of the agent that read or write settings. The write turn is theirs to hold from
   // the look at a revision to the end of the last write.
@@ -69,6 +82,15 @@ class CommandService {
       const std::function<void()>& prepare = [] {});
 
  private:
+  struct NamedHandler {
+    Handler execute;
+    Access access = Access::Writes;
+  };
+
+  bridge::Reply refused(const BridgeSession& session, bridge::Reply reply,
+                        Access access = Access::Writes);
+  void tellOfWrite(const BridgeSession& session, const GroupValues& before,
+                   LPARAMS::Server::ParamGroup& group, const bridge::Reply& reply) noexcept;
   bridge::Reply readGroup(BridgeSession& session, const bridge::Command& command);
   bridge::Reply writeGroup(BridgeSession& session, const bridge::Command& command);
   static void hideSecrets(BridgeSession& session, std::string_view group, bridge::Reply& reply);
@@ -78,8 +100,9 @@ class CommandService {
   Mutex readTurn_;        ///< held while a group is read
   ChangeTracker& changes_;
   const editing::RecordCheck* const check_;
-  const std::function<std::string()> status_;
-  std::map<std::string, Handler> handlers_;  ///< by the command's name; constant during sessions
+  const std::function<std::string(bool mayWrite)> status_;
+  Events events_;
+  std::map<std::string, NamedHandler> handlers_;  ///< by the command's name; constant in sessions
 };
 
 }  // namespace agent

@@ -18,8 +18,9 @@ inline constexpr Quota::Limits SESSION_LIMITS{.all = 256, .others = 240, .oneUse
 inline constexpr Quota::Limits MEMORY_LIMITS{
     .all = 256 * MEBIBYTE, .others = 192 * MEBIBYTE, .oneUser = 96 * MEBIBYTE, .free = 64 * 1024};
 
-/// More frames than this are not kept for a client.
+/// More frames than this are not kept for a client, and of events not more bytes.
 inline constexpr size_t MAX_PENDING = 1000;
+inline constexpr size_t MAX_PENDING_EVENTS = MEBIBYTE / 2;
 
 /// A client is disconnected if it takes longer than this to send its hello, to send the rest of a
 /// frame that it has begun, or to take more of what the agent sends; that is looked at once a tick.

@@ -31,7 +31,12 @@ bool writeWhatFits(int socket, std::string_view& bytes) {
 SendQueue::SendQueue(int socket, std::function<void()> onBacklog)
     : socket_(socket), onBacklog_(std::move(onBacklog)) {}
 
-SendQueue::Outcome SendQueue::send(std::string frame) {
+bool SendQueue::isFullFor(const std::string& frame, Kind kind) const {
+  if (frames_.size() >= MAX_PENDING) return true;
+  return kind == Kind::Event && frame.size() > MAX_PENDING_EVENTS - eventBytes_;
+}
+
+SendQueue::Outcome SendQueue::send(std::string frame, Kind kind) {
   const MutexLock lock(mutex_);
   if (closed_) return Outcome::Closed;
   const bool first = frames_.empty();
@@ -43,12 +48,14 @@ SendQueue::Outcome SendQueue::send(std::string frame) {
     }
     if (rest.empty()) return Outcome::Written;
     taken_ = frame.size() - rest.size();
-  } else if (frames_.size() >= MAX_PENDING) {
+  } else if (isFullFor(frame, kind)) {
     closeLocked();
     return Outcome::Overflow;
   }
   try {
-    frames_.push_back(std::move(frame));
+    const size_t size = frame.size();
+    frames_.push_back({std::move(frame), kind});
+    if (kind == Kind::Event) eventBytes_ += size;
   } catch (const std::bad_alloc&) {
     closeLocked();
     throw;
@@ -63,14 +70,15 @@ SendQueue::Outcome SendQueue::send(std::string frame) {
 void SendQueue::writeMore() {
   const MutexLock lock(mutex_);
   while (!frames_.empty()) {
-    std::string_view rest = std::string_view(frames_.front()).substr(taken_);
+    std::string_view rest = std::string_view(frames_.front().bytes).substr(taken_);
     const size_t before = rest.size();
     if (!writeWhatFits(socket_, rest)) return closeLocked();
     if (rest.size() < before) lastProgress_ = Clock::now();
     if (!rest.empty()) {
-      taken_ = frames_.front().size() - rest.size();
+      taken_ = frames_.front().bytes.size() - rest.size();
       return onBacklog_();
     }
+    if (frames_.front().kind == Kind::Event) eventBytes_ -= frames_.front().bytes.size();
     frames_.pop_front();
     taken_ = 0;
   }
@@ -91,6 +99,7 @@ void SendQueue::close() {
 void SendQueue::closeLocked() {
   closed_ = true;
   frames_.clear();
+  eventBytes_ = 0;
   written_.notifyAll();
 }
 

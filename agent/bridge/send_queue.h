@@ -30,8 +30,12 @@ class SendQueue {
     Overflow,  ///< the client leaves too much untaken; closed now
     Closed,    ///< now or before
   };
+  enum class Kind {
+    Reply,  ///< its size is counted elsewhere
+    Event,  ///< the client has not asked for this one: not many bytes of them are kept
+  };
   /// Throws std::bad_alloc if the rest cannot be kept; closed then, as the client may have a part.
-  Outcome send(std::string frame);
+  Outcome send(std::string frame, Kind kind = Kind::Reply);
 
   /// Writes what the socket takes; `onBacklog` is called again if that is not all.
   void writeMore();
@@ -46,14 +50,21 @@ class SendQueue {
   std::optional<Clock::time_point> untakenSince() const;
 
  private:
+  struct Frame {
+    std::string bytes;
+    Kind kind;
+  };
+
   void closeLocked() REQUIRES(mutex_);
+  bool isFullFor(const std::string& frame, Kind kind) const REQUIRES(mutex_);
 
   const int socket_;
   const std::function<void()> onBacklog_;
   mutable Mutex mutex_;
   ConditionVariable written_;
-  std::deque<std::string> frames_ GUARDED_BY(mutex_);
-  size_t taken_ GUARDED_BY(mutex_) = 0;  // bytes of the first of them
+  std::deque<Frame> frames_ GUARDED_BY(mutex_);
+  size_t taken_ GUARDED_BY(mutex_) = 0;       // bytes of the first of them
+  size_t eventBytes_ GUARDED_BY(mutex_) = 0;  // of the events among them
   Clock::time_point lastProgress_ GUARDED_BY(mutex_);
   bool closed_ GUARDED_BY(mutex_) = false;
 };

@@ -131,26 +131,37 @@ void SettingsKeeper::compareWithLastSave(const std::string& found, std::string& 
 std::string SettingsKeeper::save(bool force) {
   const MutexLock lock(saving_);
   std::string failure;
+  SaveOutcome outcome;
   try {
     failure = refusal(force);
     if (failure.empty()) {
-      saveDurably();
+      outcome.written = saveDurably();
       if (importFailed_) giveUpImport(directory_);
       importFailed_ = false;
     }
   } catch (const std::exception& error) {
     failure = error.what();
   }
-  const MutexLock stateLock(stateMutex_);
-  if (failure.empty()) {
-    state_.degradedReason.clear();
-    state_.disk.clear();
-    state_.findings = std::move(reviewed_);
-    state_.lastSave = std::time(nullptr);
-    savedText_ = std::make_shared<const std::string>(*onDisk_);
+  outcome.failure = failure;
+  {
+    const MutexLock stateLock(stateMutex_);
+    if (failure.empty()) {
+      outcome.endedDegradation = !state_.degradedReason.empty();
+      state_.degradedReason.clear();
+      state_.disk.clear();
+      state_.findings = std::move(reviewed_);
+      state_.lastSave = std::time(nullptr);
+      savedText_ = std::make_shared<const std::string>(*onDisk_);
+    }
+    state_.lastFailure = failure;
   }
-  state_.lastFailure = failure;
+  if (observer_) observer_(outcome);
   return failure;
+}
+
+void SettingsKeeper::observeSaves(SaveObserver observer) {
+  const MutexLock lock(saving_);
+  observer_ = std::move(observer);
 }
 
 SettingsKeeper::State SettingsKeeper::state() const {
@@ -219,7 +230,8 @@ std::string SettingsKeeper::refuseForeignChange(const std::optional<std::string>
   return {};
 }
 
-void SettingsKeeper::saveDurably() {
+/// False if nothing had to be written.
+bool SettingsKeeper::saveDurably() {
   std::string text;
   {
     const MutexLock turn(writeTurn_);
@@ -229,7 +241,7 @@ void SettingsKeeper::saveDurably() {
   }
   // The shadow copy first: from here on the new settings are safe, whatever becomes of the file.
   writeShadowCopy(text);
-  if (onDisk_ == text && text == snapshot()) return;  // the file, just looked at, holds them
+  if (onDisk_ == text && text == snapshot()) return false;  // the file, just read, holds them
 
   if (asFound_ && onDisk_) {
     log(Level::Notice, "the settings file says what the settings do not hold; it was kept",
@@ -260,6 +272,7 @@ void SettingsKeeper::saveDurably() {
   }
   forgetOldCopies(directory_.settings());
   forgetOldCopies(directory_.legacy());
+  return true;
 }
 
 /// Has the module write the file, of settings that no start would refuse. Returns what it returns.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <ctime>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -44,6 +45,17 @@ class SettingsKeeper {
   /// has changed; a copy of that file is kept.
   std::string save(bool force);
 
+  struct SaveOutcome {
+    std::string failure = {};       ///< why it was refused or failed; empty after a success
+    bool written = false;           ///< the settings file is another one
+    bool endedDegradation = false;  ///< saves are not refused any more
+  };
+  using SaveObserver = std::function<void(const SaveOutcome& outcome)>;
+
+  /// Has the observer told of each save when it is over, one after the other; none if it is empty.
+  /// It must not throw, nor save. Call while nobody saves.
+  void observeSaves(SaveObserver observer);
+
   struct State {
     std::string degradedReason;           ///< why saves are refused; empty if they are not
     std::optional<std::time_t> lastSave;  ///< the last success in this process
@@ -73,7 +85,7 @@ class SettingsKeeper {
   std::string refuseForeignChange(const std::optional<std::string>& found, bool force)
       REQUIRES(saving_);
   void keepLastSave(const std::optional<std::string>& found, bool force) REQUIRES(saving_);
-  void saveDurably() REQUIRES(saving_);
+  bool saveDurably() REQUIRES(saving_);
   bool replaceSettings(const std::string& text, std::string& report) REQUIRES(saving_);
   void writeShadowCopy(const std::string& text) REQUIRES(saving_);
   std::string currentText();
@@ -95,6 +107,7 @@ class SettingsKeeper {
   std::string foreignKept_ GUARDED_BY(saving_);             // and the name of its copy
 
   inspection::Findings reviewed_ GUARDED_BY(saving_);  // of the text that is being saved
+  SaveObserver observer_ GUARDED_BY(saving_);
 
   mutable Mutex stateMutex_;
   State state_ GUARDED_BY(stateMutex_);

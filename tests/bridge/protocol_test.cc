@@ -48,6 +48,20 @@ const std::vector<Row<Message>> MESSAGES = {
      "19 00 00 00 81 FF FF FF FF 07 00 00 00 01 02 03 04 05 06 07 08 03 00 00 00 61 00 62 FF", 24},
     {Event{"IKE", 3, 1000, 42},
      "14 00 00 00 82 03 00 00 00 00 00 00 00 E8 03 00 00 2A 00 00 00 49 4B 45", 17},
+    {Notice{Notice::Refused, 0x0807060504030201, 1000, -1, 3, Reason::Conflict, 7, "ctl", "IKE",
+            "no"},
+     "36 00 00 00 83 06 01 02 03 04 05 06 07 08 E8 03 00 00 FF FF FF FF 03 00 00 00 00 00 00 00 "
+     "09 00 00 00 07 00 00 00 03 00 00 00 63 74 6C 03 00 00 00 49 4B 45 02 00 00 00 6E 6F",
+     54},
+    {Notice{.group = "LOG",
+            .changes = {{NoticedChange::Value, {"A", false, "1", {}, {}, "0"}},
+                        {NoticedChange::UserAdded, {.name = "U"}},
+                        {NoticedChange::Value, {.name = "S", .secret = true}}}},
+     "50 00 00 00 83 01 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 00 "
+     "00 00 00 00 00 00 00 00 00 00 00 00 03 00 00 00 4C 4F 47 00 00 00 00 "
+     "01 01 00 00 00 41 11 01 00 00 00 31 01 00 00 00 30 "
+     "02 01 00 00 00 55 00 01 01 00 00 00 53 08",
+     49},
 };
 
 TEST(BridgeHello, IsTheMagicAndTheVersion) {
@@ -131,9 +145,27 @@ TEST(BridgeMessage, IsRefusedIfItsFixedPartOrItsTextIsCutOff) {
 }
 
 TEST(BridgeMessage, IsRefusedIfItIsOfNoKnownKind) {
-  for (const char* bytes : {"00", "01", "02", "03", "80", "83", "FF"}) {
+  for (const char* bytes : {"00", "01", "02", "03", "80", "84", "FF"}) {
     EXPECT_FALSE(decodeMessage(unhex(bytes))) << bytes;
   }
+}
+
+TEST(BridgeNotice, IsRefusedIfAChangeIsCutOff) {
+  const Notice empty{.group = "LOG"};
+  Notice notice = empty;
+  notice.changes = {{NoticedChange::Value, {"A", false, "1", {}, {}, "0"}}};
+  const std::string whole = body(encode(Message(notice)));
+  for (size_t size = body(encode(Message(empty))).size() + 1; size < whole.size(); ++size) {
+    EXPECT_FALSE(decodeMessage(whole.substr(0, size))) << size;
+  }
+}
+
+TEST(BridgeNotice, IsRefusedIfItsChangesAreMoreThanThereMayBe) {
+  Notice notice;
+  notice.changes.resize(MAX_NOTICED_CHANGES / 6);  // the bytes of an empty one
+  EXPECT_EQ(decodeMessage(body(encode(Message(notice)))), Message(notice));
+  notice.changes.emplace_back();
+  EXPECT_FALSE(decodeMessage(body(encode(Message(notice)))));
 }
 
 TEST(BridgeReply, IsRefusedIfItsTextIsLongerThanItsFrame) {

@@ -66,15 +66,20 @@ bool BridgeClient::greet() const {
   return receive(bridge::HELLO_SIZE) == bridge::encodeHello();
 }
 
-bridge::Reply BridgeClient::receiveReply() const {
+template <typename Message>
+Message BridgeClient::receiveMessage() const {
   const std::string head = receive(bridge::FRAME_HEAD_SIZE);
-  if (head.size() < bridge::FRAME_HEAD_SIZE) throw std::runtime_error("there is no reply");
+  if (head.size() < bridge::FRAME_HEAD_SIZE) throw std::runtime_error("there is no message");
   auto message = bridge::decodeMessage(receive(bridge::decodeFrameHead(head)));
-  if (!message || !std::holds_alternative<bridge::Reply>(*message)) {
-    throw std::runtime_error("the reply is malformed");
+  if (!message || !std::holds_alternative<Message>(*message)) {
+    throw std::runtime_error("the message is another one, or malformed");
   }
-  return std::get<bridge::Reply>(std::move(*message));
+  return std::get<Message>(std::move(*message));
 }
+
+bridge::Reply BridgeClient::receiveReply() const { return receiveMessage<bridge::Reply>(); }
+
+bridge::Notice BridgeClient::receiveNotice() const { return receiveMessage<bridge::Notice>(); }
 
 bridge::Reply BridgeClient::call(const bridge::Command& command) const {
   send(bridge::encode(command));

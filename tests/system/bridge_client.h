@@ -47,6 +47,9 @@ class BridgeClient {
   /// The next reply. Throws std::runtime_error if there is none or it is malformed.
   bridge::Reply receiveReply() const;
 
+  /// The same for the next notice.
+  bridge::Notice receiveNotice() const;
+
   bridge::Reply call(const bridge::Command& command) const;
 
   /// A command of the agent itself.
@@ -58,6 +61,9 @@ class BridgeClient {
   bridge::Reply save() const;
 
  private:
+  template <typename Message>
+  Message receiveMessage() const;
+
   int socket_;
 };
 

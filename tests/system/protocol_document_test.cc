@@ -1,5 +1,6 @@
 // The document's example, played to the agent.
 #include <gtest/gtest.h>
+#include <sys/prctl.h>
 
 #include <optional>
 #include <set>
@@ -25,7 +26,17 @@ struct Message {
   bool fromClient;
   std::string bytes;
   std::optional<size_t> revisionAt = {};  ///< where "rr" stands for the bytes that the agent says
+  std::set<size_t> anyAt = {};            ///< where "xx" stands for any byte
 };
+
+/// Replaces each of the words by "00". Returns where in the line's bytes they stood.
+std::vector<size_t> replaceWords(std::string& line, const std::string& word) {
+  std::vector<size_t> places;
+  for (size_t i = 0; (i = line.find(word, i)) != std::string::npos; line.replace(i, 2, "00")) {
+    places.push_back(unhex(line.substr(0, i)).size());
+  }
+  return places;
+}
 
 /// The messages in the block behind the heading "Example".
 std::vector<Message> exampleOf(const std::string& document) {
@@ -41,10 +52,11 @@ std::vector<Message> exampleOf(const std::string& document) {
       line.erase(0, side.size());
     }
     Message& message = messages.back();
-    if (const size_t at = line.find("rr"); at != std::string::npos) {
-      message.revisionAt = message.bytes.size() + unhex(line.substr(0, at)).size();
-      for (size_t i = at; (i = line.find("rr", i)) != std::string::npos;) line.replace(i, 2, "00");
+    if (const auto at = replaceWords(line, "rr"); !at.empty()) {
+      message.revisionAt = message.bytes.size() + at.front();
     }
+    for (const size_t at : replaceWords(line, "xx"))
+      message.anyAt.insert(message.bytes.size() + at);
     message.bytes += unhex(line);
   }
   return messages;
@@ -67,7 +79,11 @@ TEST(ProtocolDocument, StatesTheLimits) {
       "taking a reply | " + to_string(agent::CLIENT_TIMEOUT.count()) +
           " s, while the agent stops " + to_string(agent::CLIENT_TIMEOUT_AT_STOP.count()) +
           " s; noticed up to " + to_string(agent::CLOCK_TICK.count()) + " s later |",
-      "leaves " + to_string(agent::MAX_PENDING) + " events untaken is closed",
+      "leaves " + to_string(agent::MAX_PENDING) + " events and notices, or " +
+          to_string(agent::MAX_PENDING_EVENTS / 1024) + " KiB of them, untaken is closed",
+      "changes, at most " + to_string(bridge::MAX_NOTICED_CHANGES / 1024) + " KiB",
+      "a parameter with a value of over " + to_string(bridge::MAX_NOTICED_VALUE) + " bytes",
+      "cut off after " + to_string(bridge::MAX_NOTICED_TEXT) + " bytes",
   };
   const std::string document = sourceFile(DOCUMENT);
   for (const std::string& row : rows) EXPECT_NE(document.find(row), std::string::npos) << row;
@@ -77,6 +93,7 @@ TEST_F(SystemTest, AnswersAsTheProtocolsDocumentSays) {
   const std::vector<Message> example = exampleOf(sourceFile(DOCUMENT));
   ASSERT_GE(example.size(), 4U);
   start();
+  ASSERT_EQ(prctl(PR_SET_NAME, "example"), 0);
   const BridgeClient client(socketPath);
   std::set<std::string> revisions;
   std::string revision;  // the agent's last
@@ -93,6 +110,8 @@ TEST_F(SystemTest, AnswersAsTheProtocolsDocumentSays) {
       bytes.replace(*message.revisionAt, REVISION_SIZE, revision);
       revisions.insert(revision);
     }
+    ASSERT_EQ(received.size(), bytes.size());
+    for (const size_t at : message.anyAt) bytes[at] = received[at];
     EXPECT_EQ(hex(received), hex(bytes));
   }
   EXPECT_EQ(revisions.size(), 2U) << "one that was read, one after the write";

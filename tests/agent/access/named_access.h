@@ -73,7 +73,7 @@ class NamedAccess : public testing::Test {
   const editing::RecordCheck check_{server(), 3};
   agent::ChangeTracker changes_{server()};
   agent::CommandService service_{server(), kept_.keeper().writeTurn(), changes_, &check_,
-                                 [] { return ""; }};
+                                 [](bool) { return ""; }};
   agent::SavedSettings saved_{kept_.keeper()};
   const agent::GetCommand get_{server(), saved_, service_};
   const agent::SetCommand set_{server(), check_, saved_, service_};

@@ -272,6 +272,63 @@ TEST_F(ClientConnection, EventsComeAfterTheReplyToTheSubscription) {
   done = true;
 }
 
+TEST_F(ClientConnection, WhoWatchesIsToldBesidesTheReplies) {
+  const RawClient& client = newClient();
+  const bridge::AgentCommand watch{std::string(bridge::WATCH), ""};
+  EXPECT_EQ(client.exchange(watch), (Reply{.result = 1}));
+  EXPECT_EQ(client.exchange(watch), (Reply{.result = 1})) << "it does already";
+  client.send(bridge::encode(bridge::Request(bridge::Command{13, 0, adminRecord(20)})));
+  const auto message = client.receive();
+  ASSERT_TRUE(message);
+  const auto& notice = std::get<bridge::Notice>(*message);
+  EXPECT_EQ(notice.group, "ADMIN");
+  EXPECT_EQ(notice.pid, ::getpid());
+  EXPECT_EQ(notice.changes.size(), 1U);
+  const auto reply = client.receive();
+  ASSERT_TRUE(reply);
+  EXPECT_EQ(std::get<Reply>(*reply).revision, notice.revision) << "the reply comes behind it";
+  expectServed(client);
+}
+
+TEST_F(ClientConnection, WhoWatchesAndTakesNothingIsClosed) {
+  const RawClient& sleeper = newClient();
+  EXPECT_EQ(sleeper.exchange(bridge::AgentCommand{"watch", ""}), (Reply{.result = 1}));
+  const RawClient& writer = newClient();
+  testing_support::Settings settings;
+  size_t bytes = 0;
+  constexpr size_t SIZE = bridge::MAX_NOTICED_VALUE;
+  for (char c = 'a'; sessions() == 2; c = c == 'z' ? 'a' : static_cast<char>(c + 1)) {
+    settings.updateGroup.SCHEDULE.value = std::string(SIZE, c);
+    const std::string input = testing_support::encodeRecord(settings.updateGroup);
+    ASSERT_EQ(writer.exchange(bridge::Command{13, 0, input}).result, 1);
+    bytes += 2 * SIZE;
+  }
+  EXPECT_GE(bytes, MAX_PENDING_EVENTS);
+  EXPECT_LT(bytes, MAX_PENDING_EVENTS + 4 * MEBIBYTE);
+  expectServed(writer);
+}
+
+TEST_F(ClientConnection, TheEndIsTheLastThatWhoWatchesIsTold) {
+  const RawClient& client = newClient();
+  EXPECT_EQ(client.exchange(bridge::AgentCommand{"watch", ""}), (Reply{.result = 1}));
+  const RawClient& writer = newClient();
+  std::jthread writing([&] {
+    while (true) {
+      writer.send(bridge::encode(bridge::Request(bridge::Command{13, 0, adminRecord(20)})));
+      if (!writer.receive()) return;
+    }
+  });
+  uint64_t revision = 0;
+  bridge::Notice last;
+  while (const auto message = client.receive()) {
+    last = std::get<bridge::Notice>(*message);
+    if (last.what == bridge::Notice::Written) revision = last.revision;
+    if (revision == 20) asio::post(io_, [this] { server_.stop(); });
+  }
+  EXPECT_EQ(last.what, bridge::Notice::AgentEnds);
+  EXPECT_EQ(revision, module_.changes().revision("ADMIN")) << "every write was told";
+}
+
 TEST_F(ClientConnection, ASilentClientIsClosedWhenItHasBegunSomething) {
   const RawClient idle(socket_);
   ASSERT_TRUE(idle.greet());

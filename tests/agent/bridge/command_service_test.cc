@@ -12,6 +12,7 @@ namespace {
 using agent_testing::adminRecord;
 using agent_testing::exptimeIn;
 using agent_testing::ServedModule;
+using bridge::Notice;
 using bridge::Reason;
 using bridge::Reply;
 using testing::HasSubstr;
@@ -183,6 +184,77 @@ TEST_F(Service, WhatTheModuleDoesNotTakeHasItsReason) {
   }
 }
 
+/// What those who watch are told, in words.
+class Watched : public Service {
+ protected:
+  explicit Watched(const ServedModule::Rules& rules = {}) : Service(rules) {
+    (void)module_.service().events().watch(
+        {.tell =
+             [this](const std::string& frame) {
+               const auto message = bridge::decodeMessage(frame.substr(bridge::FRAME_HEAD_SIZE));
+               note(std::get<Notice>(message.value()));
+             },
+         .lose = [] { FAIL(); }},
+        [] {});
+  }
+
+  void note(const Notice& notice) {
+    std::string words = std::to_string(notice.what) + " " + notice.group + " " +
+                        std::to_string(notice.revision) + " by " + std::to_string(notice.uid) +
+                        "/" + std::to_string(notice.pid) + ": " + notice.text;
+    for (const auto& [kind, value] : notice.changes) {
+      words += value.name + " " + value.before.value_or("-") + " -> " +
+               value.running.value_or("-") + ";";
+    }
+    told_.push_back(words);
+  }
+
+  std::vector<std::string> told_;
+};
+
+TEST_F(Watched, WritesAreToldWithWhatTheyChange) {
+  (void)module_.write(adminRecord(20));
+  (void)module_.write(adminRecord(20));
+  testing_support::Settings settings;
+  settings.ikeGroup.QCD_SECRET.value = "sesame";
+  (void)module_.write(testing_support::encodeRecord(settings.ikeGroup));
+  EXPECT_THAT(told_, testing::ElementsAre(
+                         "1 ADMIN 2 by 0/1234: ADMIN.SESSION_EXPTIME 10 -> 20;",
+                         "1 ADMIN 3 by 0/1234: ", "1 IKE 2 by 0/1234: IKE.QCD_SECRET - -> -;"));
+  EXPECT_EQ(module_.service().events().counts().writes, 3U);
+}
+
+TEST_F(Watched, RefusedWritesAndSavesAreToldAsOftenAsTheLogDoes) {
+  for (int i = 0; i < 100; ++i) (void)module_.write(adminRecord(86401));
+  EXPECT_THAT(told_,
+              testing::ElementsAre("6  0 by 0/1234: ADMIN.SESSION_EXPTIME: 86401 is not legal; "
+                                   "expected a whole number from 0 to 86400"));
+  told_.clear();
+  for (int i = 0; i < 100; ++i) (void)module_.service().execute(stranger_, {13, 2});
+  EXPECT_THAT(told_, testing::ElementsAre(HasSubstr(" may not use module 13 at level 2")));
+  EXPECT_EQ(module_.service().events().counts().refusals, 200U);
+}
+
+TEST_F(Watched, RefusedReadsAreNotTold) {
+  BridgeSession root(0, 0, 1, {});
+  module_.service().add(
+      "look", [](auto&, auto&) { return failure(Reason::Conflict, "no"); },
+      CommandService::Access::Reads);
+  EXPECT_EQ(module_.service().execute(root, bridge::AgentCommand{"look", ""}).result, 0);
+  EXPECT_EQ(module_.service().execute(root, {13, 1, "ADM"}).result, 0);
+  EXPECT_EQ(module_.service().execute(root, {14, 1}).result, 0);
+  EXPECT_EQ(module_.service().execute(root, bridge::AgentCommand{"none", ""}).result, 0);
+  EXPECT_THAT(told_, testing::IsEmpty());
+  EXPECT_EQ(module_.service().events().counts().refusals, 4U);
+}
+
+TEST_F(Watched, RefusedCommandsOfTheAgentAreTold) {
+  BridgeSession root(0, 0, 1, {});
+  module_.service().add("turn", [](auto&, auto&) { return failure(Reason::ModuleRefused, "no"); });
+  EXPECT_EQ(module_.service().execute(root, bridge::AgentCommand{"turn", ""}).result, 0);
+  EXPECT_THAT(told_, testing::ElementsAre("6  0 by 0/1: no"));
+}
+
 TEST_F(Service, NoUpdateIsLostWithRevisions) {
   constexpr unsigned THREADS = 4;
   constexpr unsigned TIMES = 50;
@@ -223,6 +295,19 @@ TEST_F(AcceptAny, AWriteThatBreaksOffIsTold) {
   EXPECT_THAT(events_, testing::ElementsAre("ADMIN"));
   EXPECT_EQ(exptimeIn(module_.read("ADMIN")), 20u);  // what came first was taken
   EXPECT_EQ(module_.write(record, 1).reason, Reason::Conflict);
+}
+
+class WatchedAcceptAny : public Watched {
+ protected:
+  WatchedAcceptAny() : Watched({.acceptAny = true}) {}
+};
+
+TEST_F(WatchedAcceptAny, AWriteThatBreaksOffIsToldWithWhatItHasChanged) {
+  const std::string record = adminRecord(20);
+  (void)module_.write(record.substr(0, record.size() - 1));
+  EXPECT_THAT(told_, testing::ElementsAre(
+                         "2 ADMIN 2 by 0/1234: the module could not read the command to its end: "
+                         "CommandStreamErrorADMIN.SESSION_EXPTIME 10 -> 20;"));
 }
 
 TEST_F(AcceptAny, AWriteOfNoGroupIsNone) {

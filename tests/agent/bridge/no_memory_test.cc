@@ -73,7 +73,9 @@ class NoMemory : public testing::TestWithParam<int> {
     const RawClient client(socket_);
     if (!client.greet()) return false;
     const bridge::Request requests[] = {
-        bridge::Subscription{}, bridge::StatusRequest{},
+        bridge::Subscription{},
+        bridge::AgentCommand{"watch", ""},
+        bridge::StatusRequest{},
         bridge::Command{13, 1, testing_support::encodeName(testing_support::Settings().adminGroup)},
         bridge::Command{13, 0, adminRecord(20 + static_cast<unsigned>(count) % 100)},
         bridge::Command{77, 0, std::string(100'000, 'x')}};
@@ -83,7 +85,7 @@ class NoMemory : public testing::TestWithParam<int> {
       do {
         message = client.receive();
         if (!message) return false;
-      } while (std::holds_alternative<bridge::Event>(*message));
+      } while (!std::holds_alternative<Reply>(*message));
     }
     return true;
   }

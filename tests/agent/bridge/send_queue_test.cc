@@ -10,6 +10,8 @@
 #include <future>
 #include <string>
 
+#include "agent/bridge/limits.h"
+
 namespace agent {
 namespace {
 
@@ -97,6 +99,24 @@ TEST_F(SendQueueTest, KeepsTheRestInItsOrder) {
   }
   EXPECT_EQ(received, sent);
   EXPECT_EQ(sendQueue_.send("again"), Outcome::Written);
+}
+
+TEST_F(SendQueueTest, KeepsOnlySoManyBytesOfEvents) {
+  (void)fill();
+  EXPECT_EQ(sendQueue_.send(std::string(2 * MAX_PENDING_EVENTS, 'r')), Outcome::Pending)
+      << "a reply";
+  const std::string half(MAX_PENDING_EVENTS / 2, 'e');
+  EXPECT_EQ(sendQueue_.send(half, SendQueue::Kind::Event), Outcome::Pending);
+  EXPECT_EQ(sendQueue_.send(half, SendQueue::Kind::Event), Outcome::Pending);
+  while (sendQueue_.untakenSince()) {
+    (void)taken();
+    sendQueue_.writeMore();
+  }
+  (void)fill();
+  EXPECT_EQ(sendQueue_.send(half, SendQueue::Kind::Event), Outcome::Pending) << "those are taken";
+  EXPECT_EQ(sendQueue_.send(half, SendQueue::Kind::Event), Outcome::Pending);
+  EXPECT_EQ(sendQueue_.send("e", SendQueue::Kind::Event), Outcome::Overflow);
+  EXPECT_EQ(sendQueue_.send("r"), Outcome::Closed);
 }
 
 TEST_F(SendQueueTest, LosesNothingToInterruptedAndShortWrites) {

@@ -34,7 +34,7 @@ class ServedModule {
         check_(server(), rules.maxUsers),
         changes_(server(), 1),
         service_(server(), writeTurn_, changes_, rules.acceptAny ? nullptr : &check_,
-                 [] { return "{}"; }) {}
+                 [](bool) { return "{}"; }) {}
 
   LPARAMS::Server::Server_t& server() { return module_.server(); }
   const agent::AccessRules& rules() const { return rules_; }

@@ -1,4 +1,4 @@
-#include "agent/bridge/group_values.h"
+#include "agent/bridge/command_log.h"
 
 #include <gmock/gmock.h>
 
@@ -14,13 +14,16 @@ namespace {
 using LPARAMS::Server::Catalogue;
 using LPARAMS::Server::ParamGroup;
 
-class GroupValuesTest : public testing::Test {
+class ChangedNamesTest : public testing::Test {
  protected:
   /// What the action changes in the group.
   static std::string changes(ParamGroup& group, const std::function<void()>& action) {
     const GroupValues before(group);
     action();
-    return before.changesUntil(GroupValues(group));
+    const GroupValues after(group);
+    ChangedNames names;
+    before.visitChangesUntil(after, [&](const GroupChange& change) { names.add(change); });
+    return names.text();
   }
 
   std::string usersAfter(const std::vector<std::string>& names) {
@@ -33,12 +36,12 @@ class GroupValuesTest : public testing::Test {
   Catalogue settings_;
 };
 
-TEST_F(GroupValuesTest, NameWhatIsInTheFileOnlyToo) {
+TEST_F(ChangedNamesTest, NameWhatIsInTheFileOnlyToo) {
   EXPECT_EQ(changes(settings_.ikeGroup, [&] { settings_.ikeGroup.DPD_IDLE_TIME.value = 77; }),
             "DPD_IDLE_TIME");
 }
 
-TEST_F(GroupValuesTest, NameWhatHasChangedAndNoValue) {
+TEST_F(ChangedNamesTest, NameWhatHasChangedAndNoValue) {
   EXPECT_EQ(changes(settings_.ikeGroup, [] {}), "none");
   EXPECT_EQ(changes(settings_.ikeGroup,
                     [&] {
@@ -50,7 +53,7 @@ TEST_F(GroupValuesTest, NameWhatHasChangedAndNoValue) {
             "ADMIN_GROUP");
 }
 
-TEST_F(GroupValuesTest, TellUsersApartByTheirNames) {
+TEST_F(ChangedNamesTest, TellUsersApartByTheirNames) {
   EXPECT_EQ(usersAfter({"anna", "bert"}), "[anna] added,[bert] added");
   EXPECT_EQ(changes(settings_.userList,
                     [&] {
@@ -65,12 +68,12 @@ TEST_F(GroupValuesTest, TellUsersApartByTheirNames) {
   EXPECT_EQ(usersAfter({"bert", "bert"}), "[bert] added,[carl] removed");
 }
 
-TEST_F(GroupValuesTest, ShowAUsersNameSoThatItIsNothingElse) {
+TEST_F(ChangedNamesTest, ShowAUsersNameSoThatItIsNothingElse) {
   EXPECT_EQ(usersAfter({"a],[b", std::string(50, 'x')}),
             R"(["a],[b"] added,[)" + std::string(40, 'x') + "...] added");
 }
 
-TEST_F(GroupValuesTest, NameOnlyTheFirstOfMany) {
+TEST_F(ChangedNamesTest, NameOnlyTheFirstOfMany) {
   std::vector<std::string> names;
   for (int i = 0; i < 103; ++i) names.push_back(std::to_string(i));
   const std::string changes = usersAfter(names);
