@@ -34,7 +34,8 @@ Examples:
 
 /// In the order of the help.
 constexpr void (*VERBS[])(CLI::App&, Context&) = {
-    addList, addDescribe, addGet, addShow, addSet, addUser, addSave, addStatus, addWatch,
+    addList,  addDescribe, addGet,     addShow, addSet,    addUser,
+    addApply, addBackup,   addRestore, addSave, addStatus, addWatch,
 };
 
 /// A misplaced assignment may hold a secret: its value is not shown.
@@ -60,7 +61,7 @@ std::string usageError(const CLI::App& app, const CLI::ParseError& error) {
 
 }  // namespace
 
-void runCommandLine(int argc, char** argv) {
+programs::ExitStatus runCommandLine(int argc, char** argv) {
   Context context;
   CLI::App app(DESCRIPTION, "lparamsctl");
   app.fallthrough();
@@ -88,6 +89,7 @@ void runCommandLine(int argc, char** argv) {
     (void)app.exit(error);  // prints the help or the version
   }
   if (!std::cout.flush()) throw Failure(programs::EXIT_IO, "cannot write the output");
+  return context.status;
 }
 
 }  // namespace client

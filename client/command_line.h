@@ -1,9 +1,12 @@
 // The command line of the client.
 #pragma once
 
+#include "programs/exit_status.h"
+
 namespace client {
 
-/// Carries out what the command line says. Throws Failure if that cannot be done.
-void runCommandLine(int argc, char** argv);
+/// Carries out what the command line says and returns the exit status. Throws Failure if that
+/// cannot be done.
+programs::ExitStatus runCommandLine(int argc, char** argv);
 
 }  // namespace client

@@ -17,7 +17,7 @@ AgentStore& Context::agent() {
   if (!file.empty()) {
     throw Failure(programs::EXIT_USAGE,
                   "this command is for an agent; with --file there are get, list, show, describe, "
-                  "diff, set, revert, reset and user");
+                  "diff, set, revert, reset, user and backup");
   }
   if (!agent_) agent_ = std::make_unique<AgentStore>(socketPath, std::chrono::seconds(timeout));
   return *agent_;

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "client/agent_store.h"
+#include "programs/exit_status.h"
 
 namespace client {
 
@@ -14,6 +15,8 @@ struct Context {
   std::string socketPath = "/run/lparams/agent.sock";
   unsigned timeout = 30;  ///< in seconds, for the agent's answers
   std::string file = {};  ///< the settings file in place of an agent; empty for the agent
+
+  programs::ExitStatus status = programs::EXIT_OK;  ///< of a verb that has succeeded
 
   /// The settings that the command line is for.
   Store& store();

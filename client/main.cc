@@ -11,8 +11,7 @@ int main(int argc, char** argv) {
   int status = programs::EXIT_UNAVAILABLE;
   std::string message;
   try {
-    client::runCommandLine(argc, argv);
-    return programs::EXIT_OK;
+    return client::runCommandLine(argc, argv);
   } catch (const client::Failure& failure) {
     status = failure.status;
     message = failure.what();

@@ -58,6 +58,8 @@ class Steps {
     removeUsers();
     addUsers();
     for (const auto& [name, value] : wanted_.values) {
+      const NamedValue* const present = present_.find(name);
+      if (present != nullptr && present->running == value) continue;
       if (!isRenewed(userOf(name))) add({Change::Set, name, value});
     }
     if (wanted_.exclusive) setDefaults();

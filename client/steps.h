@@ -22,8 +22,8 @@ struct Wanted {
   bool operator==(const Wanted&) const = default;
 };
 
-/// What is to be done. `now` is all that the store has. A step may set what is so already: it
-/// changes nothing.
+/// What is to be done. `now` is all that the store has. What is so already needs no step; one that
+/// sets it in another spelling changes nothing.
 std::vector<bridge::Change> stepsTo(const Wanted& wanted, const bridge::NamedValues& now);
 
 /// What a change has done.

@@ -17,6 +17,8 @@
 namespace client {
 namespace {
 
+constexpr const char* STANDARD_INPUT = "-";
+
 [[noreturn]] void fail(const char* what, const std::string& path) {
   const int reason = errno;
   throw Failure(programs::EXIT_IO, std::string("cannot ") + what + " " + text::escaped(path) +
@@ -72,18 +74,51 @@ class Replacement {
   void putInPlace() {
     if (std::rename(name_.c_str(), path_.c_str()) != 0) fail("replace", path_);
     done_ = true;
+    syncDirectory();
+  }
+
+  /// Returns false if there is something of the name.
+  bool putInEmptyPlace() {
+    if (::renameat2(AT_FDCWD, name_.c_str(), AT_FDCWD, path_.c_str(), RENAME_NOREPLACE) == 0) {
+      done_ = true;
+    } else if (errno != EINVAL || ::link(name_.c_str(), path_.c_str()) != 0) {
+      // Some file systems of other machines know links, and not the flag.
+      if (errno == EEXIST) return false;
+      fail("write", path_);
+    }
+    syncDirectory();
+    return true;
+  }
+
+ private:
+  void syncDirectory() const {
     const std::string directory = std::filesystem::path(path_).parent_path().string();
     const Descriptor opened(
         ::open(directory.empty() ? "." : directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (opened < 0 || ::fsync(opened) != 0) fail("make durable", path_);
   }
 
- private:
   const std::string& path_;
   std::string name_;
   const Descriptor file_;
   bool done_ = false;
 };
+
+/// All that can be read from it.
+std::string readWhole(int file, const std::string& path, size_t limit) {
+  std::string text;
+  for (;;) {
+    char chunk[64 * 1024];
+    const ssize_t got = ::read(file, chunk, sizeof chunk);
+    if (got < 0 && errno != EINTR) fail("read", path);
+    if (got == 0) return text;
+    if (got > 0) text.append(chunk, static_cast<size_t>(got));
+    if (text.size() > limit) {
+      throw Failure(programs::EXIT_BAD_FILE,
+                    text::escaped(path) + " is larger than " + std::to_string(limit) + " bytes");
+    }
+  }
+}
 
 /// Where the path's links lead to; the path itself if there is nothing yet.
 std::string resolved(const std::string& path) {
@@ -99,18 +134,16 @@ std::string resolved(const std::string& path) {
 std::string readUserFile(const std::string& path, size_t limit) {
   const Descriptor file(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
   if (file < 0) fail("read", path);
-  std::string text;
-  for (;;) {
-    char chunk[64 * 1024];
-    const ssize_t got = ::read(file, chunk, sizeof chunk);
-    if (got < 0 && errno != EINTR) fail("read", path);
-    if (got == 0) return text;
-    if (got > 0) text.append(chunk, static_cast<size_t>(got));
-    if (text.size() > limit) {
-      throw Failure(programs::EXIT_BAD_FILE,
-                    text::escaped(path) + " is larger than " + std::to_string(limit) + " bytes");
-    }
-  }
+  return readWhole(file, path, limit);
+}
+
+std::string readUserInput(const std::string& path, size_t limit) {
+  if (path != STANDARD_INPUT) return readUserFile(path, limit);
+  return readWhole(STDIN_FILENO, inputName(path), limit);
+}
+
+std::string inputName(const std::string& path) {
+  return path == STANDARD_INPUT ? "the standard input" : path;
 }
 
 void replaceUserFile(const std::string& path, std::string_view text) {
@@ -124,6 +157,20 @@ void replaceUserFile(const std::string& path, std::string_view text) {
   if (isThere) file.takeOwnerAndMode(former);
   file.write(text);
   file.putInPlace();
+}
+
+void writePrivateFile(const std::string& path, std::string_view text, Existing existing) {
+  struct stat former {};
+  const bool isThere = ::lstat(path.c_str(), &former) == 0;
+  if (isThere && !S_ISREG(former.st_mode)) {
+    throw Failure(programs::EXIT_IO, text::escaped(path) + " is not a regular file");
+  }
+  Replacement file(path);
+  file.write(text);
+  if (existing == Existing::Replaced) return file.putInPlace();
+  if (!file.putInEmptyPlace()) {
+    throw Failure(programs::EXIT_IO, text::escaped(path) + " exists; --force replaces it");
+  }
 }
 
 }  // namespace client

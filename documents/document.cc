@@ -11,11 +11,9 @@
 
 namespace documents {
 
-void Document::addMistake(Place place, std::string text) {
-  if (++mistakeCount <= KEPT_MISTAKES) mistakes.push_back({place, std::move(text)});
-}
+namespace {
 
-Document read(std::string_view text) {
+Document readForm(std::string_view text) {
   Document refused(Document::Lines);
   if (text.size() > MAX_SIZE) {
     refused.addMistake({}, "the document is larger than 16 MiB");
@@ -30,6 +28,20 @@ Document read(std::string_view text) {
   if (body.front() == '{') return readJson(text);
   if (body.front() == LPARAMS::Server::BLOCK_MARK) return readSettingsFile(text);
   return readLines(text);
+}
+
+}  // namespace
+
+void Document::addMistake(Place place, std::string text) {
+  if (++mistakeCount <= KEPT_MISTAKES) mistakes.push_back({place, std::move(text)});
+}
+
+Document read(std::string_view text) {
+  Document document = readForm(text);
+  for (const User& user : document.users) {
+    if (user.name.empty()) document.addMistake(user.place, "USERS: a user needs a name");
+  }
+  return document;
 }
 
 std::string shownName(std::string_view name) {

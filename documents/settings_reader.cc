@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "inspection/inspection.h"
+#include "inspection/remark.h"
 #include "lparams/values/values.h"
 #include "text/escape.h"
 
@@ -21,15 +22,11 @@ bool isMistake(const Finding& finding) {
          finding.kind != Finding::TooManyUsers;
 }
 
+/// As a check of the file says it.
 std::string inWords(const Finding& finding) {
-  std::string words;
-  if (!finding.path.empty()) words += text::escaped(finding.path) + ": ";
-  if (finding.given) words += text::inQuotes(*finding.given) + ": ";
-  words += inspection::inWords(finding.kind);
-  if (finding.taken) words += ": " + text::inQuotes(*finding.taken);
-  if (!finding.expected.empty()) words += "; expected " + finding.expected;
-  if (finding.otherLine != 0) words += " (line " + std::to_string(finding.otherLine) + ")";
-  return words;
+  const inspection::Remark remark = inspection::remarkOf(finding);
+  if (!remark.named || remark.parameter.empty()) return remark.message;
+  return text::escaped(remark.parameter) + ": " + remark.message;
 }
 
 }  // namespace
@@ -49,7 +46,6 @@ Document readSettingsFile(std::string_view text) {
     const bool isUser = owner->name == std::string_view(USER_t::GROUP_NAME);
     const std::string user = isUser ? static_cast<USER_t*>(owner)->NAME.value : "";
     if (param == nullptr) {
-      if (user.empty()) document.addMistake(place, "USERS: a user needs a name");
       document.users.push_back({user, place});
       continue;
     }

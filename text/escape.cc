@@ -51,4 +51,6 @@ std::string escaped(std::string_view text) { return escape(text, ""); }
 
 std::string inQuotes(std::string_view text) { return '"' + escape(text, "\"\\") + '"'; }
 
+bool isUtf8(std::string_view text) { return utf8::is_valid(text.begin(), text.end()); }
+
 }  // namespace text

@@ -14,4 +14,6 @@ std::string escaped(std::string_view text);
 /// The same in double quotes, with a backslash before each double quote and backslash.
 std::string inQuotes(std::string_view text);
 
+bool isUtf8(std::string_view text);
+
 }  // namespace text

@@ -31,8 +31,8 @@ declare -A may_include=(
   [agent/bridge]="$module bridge editing agent/base agent/events"
   [agent/access]="$module bridge editing agent/base agent/events agent/state agent/bridge"
   [agent]="$module inspection editing agent/base agent/events agent/services agent/state agent/bridge agent/access schema markup"
-  [client]="$model lparams/interface lparams/values client/verbs bridge editing inspection text schema programs"
-  [client/verbs]="$model lparams/values client bridge editing inspection text schema programs"
+  [client]="$model lparams/interface lparams/values client/verbs bridge editing inspection documents text schema programs"
+  [client/verbs]="$model lparams/values client bridge editing inspection documents text schema programs"
   [tools]="$model lparams/values"
 )
 

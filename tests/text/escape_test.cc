@@ -64,5 +64,11 @@ TEST(Escape, NoByteOfAsciiThatIsNoControlCharacterIsChanged) {
   for (char c = ' '; c <= '~'; ++c) EXPECT_EQ(escaped({&c, 1}), std::string(1, c));
 }
 
+TEST(Escape, KnowsWhatIsUtf8) {
+  EXPECT_TRUE(isUtf8(""));
+  EXPECT_TRUE(isUtf8("a\n\xC3\xA9"));
+  for (const char* text : {"\x80", "a\xC3", "\xED\xA0\x80"}) EXPECT_FALSE(isUtf8(text));
+}
+
 }  // namespace
 }  // namespace text

@@ -1,0 +1,25 @@
+// Has an agent do what a document wants.
+#pragma once
+
+#include <string>
+
+#include "client/agent_store.h"
+#include "client/steps.h"
+#include "client/wanted_document.h"
+
+namespace client {
+
+struct ApplyOptions {
+  bool exclusive = false;    ///< what the document does not name goes to its default, or is removed
+  bool exactOrder = false;   ///< the users shall have the document's order
+  bool check = false;        ///< nothing is changed
+  bool save = false;         ///< the agent saves then, also what was changed before
+  std::string message = {};  ///< for the agent's history of what was saved
+  unsigned confirm = 0;  ///< seconds in which the change has to be confirmed; 0 if it need not be
+};
+
+/// Carries out all that the document wants or nothing. What is so already is not written. Returns
+/// what has been done, or what would be. Throws Failure with all mistakes.
+Done apply(AgentStore& agent, const WantedDocument& document, const ApplyOptions& options);
+
+}  // namespace client

@@ -1,0 +1,138 @@
+// Documents that say what shall be.
+#include <algorithm>
+#include <iostream>
+
+#include "client/apply.h"
+#include "client/change_report.h"
+#include "client/failure.h"
+#include "client/user_file.h"
+#include "client/values.h"
+#include "client/verbs/verb.h"
+#include "client/verbs/verbs.h"
+
+namespace client {
+namespace {
+
+constexpr const char* APPLY_NOTES =
+    R"~(A document names what shall be; what is so already is not written, and so nothing is the second
+time. Everything is checked before anything is written; then all is written, over all groups,
+or nothing. A user who is named and not there is added. "-" stands for the standard input. The
+document is in one of three forms, told by its first character:
+
+  JSON           {"IKE": {"IKE_PORT": 500}, "USERS": {"bob": {"PMP_TIMEOUT": 20}}}, with null
+                 for what stays as it is
+  lines          IKE.IKE_PORT=500 and USERS[bob].PMP_TIMEOUT=20; "#" begins a comment
+  settings file  as "backup" and the agent write it, whole or with less in it
+
+A secret that is "(hidden)" stays as it is. With --exclusive, what the document does not name
+goes to its default, secrets too, and users whom it does not name are removed.
+
+With --check nothing is changed, and the exit status tells whether all is legal; with
+--detailed-exitcode it is 2 if something would be changed, or has been.
+
+Examples:
+  lparamsctl apply --check --diff gateway.json
+  lparamsctl apply --save --message 'new port' gateway.json
+  lparamsctl apply --confirm 60 gateway.json && lparamsctl confirm
+  echo IKE.IKE_PORT=501 | lparamsctl apply --diff -)~";
+
+constexpr const char* RESTORE_NOTES =
+    R"~(Takes back what "backup" has printed: everything is as it was then, users in their order too, and
+what the document does not name is at its default. What is so already is not written; all is
+written or nothing. "-" stands for the standard input.
+
+Examples:
+  lparamsctl restore --check --diff gateway.ini
+  lparamsctl restore --save --message 'back to Monday' gateway.ini)~";
+
+struct Given {
+  std::string path;
+  ApplyOptions options;
+  bool diff = false;
+  bool detailed = false;
+  bool json = false;
+};
+
+std::string plural(size_t count) {
+  return std::to_string(count) + (count == 1 ? " change" : " changes");
+}
+
+std::string summaryOf(const ChangeReport& report, const ApplyOptions& options) {
+  if (report.empty()) return "nothing to change";
+  const size_t count =
+      report.values.size() + report.added.size() + report.removed.size() + report.moved.size();
+  if (options.check) return plural(count) + " to make";
+  std::string summary = plural(count) + " made";
+  summary += options.save ? " and saved" : ", not saved";
+  if (options.confirm > 0) {
+    summary += "; \"lparamsctl confirm\" keeps them, or they go back in " +
+               std::to_string(options.confirm) + " s";
+  }
+  return summary;
+}
+
+void print(const ChangeReport& report, const Given& given, const CatalogueView& catalogue) {
+  const bool saved = given.options.save && !given.options.check;
+  const std::string summary = summaryOf(report, given.options);
+  if (given.json) {
+    CatalogueView::Json json = documentOf(report, catalogue);
+    json["check"] = given.options.check;
+    json["saved"] = saved;
+    json["message"] = summary;
+    std::cout << printedJson(json);
+    return;
+  }
+  // What is not saved is said once, below.
+  if (given.diff) std::cout << linesOf(report, Kept::Saved);
+  std::cout << summary << '\n';
+}
+
+void apply(Context& context, const Given& given) {
+  if (!given.options.message.empty() && !given.options.save) {
+    throw Failure(programs::EXIT_USAGE, "a message is for what is saved: add --save");
+  }
+  AgentStore& agent = context.agent();
+  std::string text = readUserInput(given.path, documents::MAX_SIZE);
+  const CatalogueView catalogue(agent.schema());
+  const WantedDocument document(inputName(given.path), documents::read(text), catalogue);
+  const ChangeReport report(client::apply(agent, document, given.options));
+  print(report, given, catalogue);
+  if (given.detailed && !report.empty()) context.status = programs::EXIT_CHANGED;
+}
+
+void addOptions(CLI::App& command, Given& given) {
+  command.add_option("FILE", given.path, "The document; - for the standard input")->required();
+  command.add_flag("--check", given.options.check, "Change nothing, only tell");
+  command.add_flag("--diff", given.diff, "Print each change");
+  command.add_flag("--save", given.options.save, "Save the settings then");
+  command.add_option("--message", given.options.message, "Why, for the history of what was saved")
+      ->type_name("TEXT");
+  command.add_flag("--detailed-exitcode", given.detailed,
+                   "Exit with 2 if something would be changed, or has been");
+  addJson(command, given.json);
+}
+
+}  // namespace
+
+void addApply(CLI::App& app, Context& context) {
+  const auto [command, given] =
+      addVerb(app, context, "apply", "Make the settings what a document says", APPLY_NOTES, apply);
+  addOptions(command, *given);
+  command.add_flag("--exclusive", given->options.exclusive,
+                   "What the document does not name goes to its default");
+  command
+      .add_option("--confirm", given->options.confirm,
+                  "Take the changes back unless they are confirmed in time")
+      ->type_name("SECONDS")
+      ->check(CLI::Range(1, 86400));
+}
+
+void addRestore(CLI::App& app, Context& context) {
+  const auto [command, given] =
+      addVerb(app, context, "restore", "Take a backup back", RESTORE_NOTES, apply);
+  given->options.exclusive = true;
+  given->options.exactOrder = true;
+  addOptions(command, *given);
+}
+
+}  // namespace client

@@ -1,0 +1,42 @@
+// What a document wants of the settings.
+#pragma once
+
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "client/catalogue_view.h"
+#include "client/failure.h"
+#include "client/steps.h"
+#include "documents/document.h"
+
+namespace client {
+
+/// A document in the terms of an agent's catalogue: its values are spelt as the settings file does.
+/// A secret that is "(hidden)" stays what it is, unless a settings file says so.
+class WantedDocument {
+ public:
+  /// `name` is what messages call the document.
+  WantedDocument(std::string name, documents::Document document, const CatalogueView& catalogue);
+
+  /// Values that are to stay are those that there are `now`.
+  Wanted wanted(const bridge::NamedValues& now) const;
+
+  bool hasMistakes() const { return !mistakes_.empty(); }
+
+  /// All that is wrong, with its places, in the order of the document: also with what the agent has
+  /// refused, in `refusal`, a line for each mistake.
+  Failure failure(std::string_view refusal = {}) const;
+
+ private:
+  void spell(documents::Value& value, const CatalogueView& catalogue);
+  documents::Place placeOf(std::string_view mistake) const;
+
+  const std::string name_;
+  documents::Document document_;
+  std::vector<documents::Mistake> mistakes_;
+  std::map<std::string, documents::Place, std::less<>> places_;  // by shown name
+};
+
+}  // namespace client

@@ -1,0 +1,209 @@
+#include "bridge/named_values.h"
+#include "tests/client/verbs/client_test.h"
+
+namespace system_testing {
+namespace {
+
+class Apply : public Client {
+ protected:
+  /// The document as a file.
+  std::string file(const std::string& text) const {
+    host::writeFile(path, text);
+    return path;
+  }
+
+  Outcome apply(const std::string& text, std::vector<std::string> options = {}) const {
+    options.insert(options.begin(), {"apply", file(text)});
+    return ctl(options);
+  }
+
+  /// Every group's revision.
+  std::string revisions() const {
+    const BridgeClient client = connect();
+    const auto values = bridge::decodeNamedValues(client.call("get", "").output).value();
+    std::string text;
+    for (const auto& [group, revision] : values.revisions) {
+      text += group + " " + std::to_string(revision) + "\n";
+    }
+    return text;
+  }
+
+  const std::string path = directory.path + "document";
+};
+
+/// The same in each form.
+const char* const DOCUMENTS[] = {
+    "{\"IKE\": {\"IKE_PORT\": 501, \"CRL_PROCESSING\": 1, \"PERSISTENT_SA\": true},\n"
+    " \"USERS\": {\"bob\": {\"PMP_TIMEOUT\": 21}, \"eve\": {}}}",
+    "# a comment\nIKE.IKE_PORT=501\nIKE.CRL_PROCESSING=crl_enable\nIKE.PERSISTENT_SA=true\n"
+    "USERS[bob].PMP_TIMEOUT=21\nUSERS[eve].NAME=eve\n",
+    "/ROOT=\n/IKE=\nIKE_PORT=501\nCRL_PROCESSING=CRL_ENABLE\nPERSISTENT_SA=1\nend=\n/USERS=\n"
+    "/USER=\nNAME=bob\nPMP_TIMEOUT=21\nend=\n/USER=\nNAME=eve\nend=\nend=\nend=\n"};
+
+TEST_F(Apply, DoesWhatADocumentOfEachFormSaysAndNothingTheSecondTime) {
+  for (const char* document : DOCUMENTS) {
+    EXPECT_EQ(apply(document, {"--diff"}),
+              printed("USERS[eve]: added\n"
+                      "IKE.IKE_PORT: 500 -> 501\n"
+                      "IKE.CRL_PROCESSING: CRL_ENABLE_SOFT -> CRL_ENABLE\n"
+                      "IKE.PERSISTENT_SA: 0 -> 1\n"
+                      "USERS[bob].PMP_TIMEOUT: 10 -> 21\n"
+                      "5 changes made, not saved\n"));
+    EXPECT_EQ(out({"user", "list"}), "alice\nbob\neve\n");
+    const std::string before = revisions();
+    EXPECT_EQ(apply(document, {"--diff"}), printed("nothing to change\n"));
+    EXPECT_EQ(revisions(), before);
+    EXPECT_EQ(ctl({"apply", file("IKE.IKE_PORT=500\nIKE.CRL_PROCESSING=CRL_ENABLE_SOFT\n"
+                                 "IKE.PERSISTENT_SA=0\nUSERS[bob].PMP_TIMEOUT=10\n")})
+                  .exitCode,
+              0);
+    (void)out({"user", "del", "eve"});
+  }
+}
+
+TEST_F(Apply, WritesNoGroupThatStaysAsItIs) {
+  const std::string before = revisions();
+  EXPECT_EQ(apply("IKE.IKE_PORT=0500\nLOG.WALL_ON=true\n"), printed("1 change made, not saved\n"));
+  const std::string after = revisions();
+  const size_t logLine = before.find("LOG ");
+  EXPECT_EQ(after.substr(0, logLine), before.substr(0, logLine)) << "IKE is written";
+  EXPECT_NE(after, before);
+}
+
+TEST_F(Apply, CheckTellsWhatWouldChangeAndChangesNothing) {
+  const std::string revisionsBefore = revisions();
+  const std::string before = out({"show", "--secrets"});
+  for (const char* document : DOCUMENTS) {
+    EXPECT_EQ(apply(document, {"--check"}), printed("5 changes to make\n"));
+    EXPECT_THAT(apply(document, {"--check", "--diff", "--exclusive"}).out,
+                HasSubstr("USERS[alice]: removed\nUSERS[eve]: added\nIKE.IKE_PORT: 500 -> 501\n"));
+  }
+  EXPECT_EQ(out({"show", "--secrets"}), before);
+  EXPECT_EQ(revisions(), revisionsBefore);
+  EXPECT_EQ(ctl({"apply", "--check", file("IKE.IKE_PORT=500\n")}), printed("nothing to change\n"));
+}
+
+TEST_F(Apply, AllMistakesAreToldWithTheirPlacesAndNothingIsWritten) {
+  for (const std::vector<std::string>& options :
+       {std::vector<std::string>{}, std::vector<std::string>{"--check"}}) {
+    EXPECT_EQ(
+        apply("{\"IKE\": {\"IKE_PROT\": 1,\n"
+              "  \"NATT_PORT\": 0, \"CRL_PROCESSING\": 77, \"PERSISTENT_SA\": 2,\n"
+              "  \"QCD_SECRET\": 5, \"WNDSIZE_INITIATOR\": true},\n"
+              " \"UPDATE\": {\"PATH\": true, \"PATH\": \"x\"},\n"
+              " \"LOG\": {\"WALL_ON\": [1], \"LANGUAGE\": \"\\u0007\"},\n"
+              " \"USERS\": {\"a\\tb\": {}, \"eve\": {\"PMP_TIMEOUT\": 1},\n"
+              "  \"bob\": {\"NAME\": \"x\"}, \"\": {}}}",
+              options),
+        failed(65, path + ":1:10: IKE.IKE_PROT: no such parameter; did you mean IKE.IKE_PORT?\n" +
+                       path + ":2:3: IKE.NATT_PORT: \"0\" is not a whole number from 1 to 65535\n" +
+                       path +
+                       ":2:19: IKE.CRL_PROCESSING: \"77\" is not one of CRL_DISABLE, "
+                       "CRL_ENABLE, CRL_ENABLE_SOFT\n" +
+                       path + ":2:41: IKE.PERSISTENT_SA: \"2\" is not 0 or 1\n" + path +
+                       ":3:3: IKE.QCD_SECRET: the value is no text; write it in quotes\n" + path +
+                       ":3:20: IKE.WNDSIZE_INITIATOR: \"true\" is not a whole number from 1 to "
+                       "16\n" +
+                       path + ":4:13: UPDATE.PATH: true is no text; write it in quotes\n" + path +
+                       ":4:27: UPDATE.PATH: given twice (first in line 4)\n" + path +
+                       ":5:21: LOG.WALL_ON: expected a value, not an array\n" + path +
+                       ":5:26: LOG.LANGUAGE: \"\\x07\" is not one of LOG_LANG_ENG, "
+                       "LOG_LANG_RUS\n" +
+                       path +
+                       ":6:12: USERS[a\\x09b]: \"a\\x09b\" is not one line of text without "
+                       "control characters\n" +
+                       path +
+                       ":6:32: USERS[eve].PMP_TIMEOUT: \"1\" is not a whole number from 5 "
+                       "to 4294967295\n" +
+                       path +
+                       ":7:11: USERS[bob].NAME: \"x\" is not the name that the user goes "
+                       "by here; \"user rename\" renames\n" +
+                       path + ":7:25: USERS: a user needs a name\n" + "nothing was written"));
+  }
+  EXPECT_EQ(out({"list", "--unsaved"}), "");
+}
+
+TEST_F(Apply, MistakesOfTheStandardInputHaveTheirPlacesToo) {
+  EXPECT_EQ(ctlWith("IKE.IKE_PORT=1\nnonsense\nIKE.NATT_PORT=x\n", {"apply", "-"}),
+            failed(65,
+                   "the standard input:2:1: this is no assignment; write GROUP.NAME=VALUE\n"
+                   "the standard input:3:1: IKE.NATT_PORT: \"x\" is not a whole number from 1 to "
+                   "65535\n"
+                   "nothing was written"));
+  EXPECT_EQ(ctlWith("", {"apply", "--exclusive", "-"}),
+            failed(65, "the standard input: the document is empty\nnothing was written"));
+  EXPECT_EQ(out({"list", "--unsaved"}), "");
+}
+
+TEST_F(Apply, WhatCannotBeReadIsAnError) {
+  EXPECT_EQ(ctl({"apply", directory.path}).exitCode, 74);
+  EXPECT_EQ(ctl({"apply", directory.path + "none"}).exitCode, 74);
+}
+
+TEST_F(Apply, ExclusiveTakesTheRestToItsDefaults) {
+  (void)out({"set", "IKE.QCD_SECRET=s3cret", "LOG.WALL_ON=1"});
+  EXPECT_EQ(apply("{\"LOG\": {\"WALL_ON\": true}, \"USERS\": {\"bob\": {\"PMP_TIMEOUT\": 21}}}",
+                  {"--exclusive"})
+                .exitCode,
+            0);
+  EXPECT_EQ(out({"list", "--changed"}),
+            "NAME                    VALUE  DEFAULT  SAVED  LEGAL\n"
+            "USERS[bob].NAME         bob    \"\"       bob    one line of text\n"
+            "USERS[bob].PMP_TIMEOUT  21     10       10     5 to 4294967295\n");
+  EXPECT_EQ(out({"user", "list"}), "bob\n");
+  EXPECT_EQ(out({"get", "IKE.QCD_SECRET"}), "\n");
+  EXPECT_EQ(apply("{\"LOG\": {\"WALL_ON\": true}, \"USERS\": {\"bob\": {\"PMP_TIMEOUT\": 21}}}",
+                  {"--exclusive"}),
+            printed("nothing to change\n"));
+}
+
+TEST_F(Apply, WhatIsNullOrHiddenStays) {
+  (void)out({"set", "IKE.QCD_SECRET=s3cret", "IKE.IKE_PORT=501"});
+  (void)apply("{\"IKE\": {\"QCD_SECRET\": null, \"IKE_PORT\": null, \"NO\": null}}",
+              {"--exclusive"});
+  EXPECT_EQ(out({"get", "IKE.QCD_SECRET", "IKE.IKE_PORT"}), "s3cret\n501\n");
+  (void)apply("IKE.QCD_SECRET=(hidden)\n", {"--exclusive"});
+  EXPECT_EQ(out({"get", "IKE.QCD_SECRET", "IKE.IKE_PORT"}), "s3cret\n500\n");
+}
+
+TEST_F(Apply, SecretsAreHidden) {
+  (void)out({"set", "IKE.QCD_SECRET=s3cret"});
+  EXPECT_EQ(apply("IKE.QCD_SECRET=0ther\n", {"--check", "--diff"}),
+            printed("IKE.QCD_SECRET: (hidden) -> (hidden)\n1 change to make\n"));
+  const json report = json::parse(apply("IKE.QCD_SECRET=0ther\n", {"--json"}).out);
+  EXPECT_EQ(report["changes"], json::parse("[{\"name\": \"IKE.QCD_SECRET\", \"before\": null, "
+                                           "\"after\": null, \"secret\": true}]"));
+}
+
+TEST_F(Apply, JsonIsForPrograms) {
+  const json report = json::parse(apply(DOCUMENTS[0], {"--json", "--check"}).out);
+  EXPECT_EQ(report["changed"], true);
+  EXPECT_EQ(report["check"], true);
+  EXPECT_EQ(report["saved"], false);
+  EXPECT_EQ(report["message"], "5 changes to make");
+  EXPECT_EQ(report["added"], json::parse("[\"eve\"]"));
+  EXPECT_EQ(report["changes"][0],
+            json::parse("{\"name\": \"IKE.IKE_PORT\", \"before\": 500, \"after\": 501}"));
+  EXPECT_EQ(report["changes"].size(), 4U);
+  EXPECT_EQ(json::parse(apply("IKE.IKE_PORT=500", {"--json"}).out)["changed"], false);
+}
+
+TEST_F(Apply, DetailedExitCodeTellsWhetherSomethingChanges) {
+  EXPECT_EQ(apply(DOCUMENTS[0], {"--check", "--detailed-exitcode"}).exitCode, 2);
+  EXPECT_EQ(apply(DOCUMENTS[0], {"--detailed-exitcode"}).exitCode, 2);
+  EXPECT_EQ(apply(DOCUMENTS[0], {"--detailed-exitcode"}).exitCode, 0);
+  EXPECT_EQ(apply(DOCUMENTS[0], {"--check", "--detailed-exitcode"}).exitCode, 0);
+  EXPECT_EQ(apply("IKE.NO=1", {"--detailed-exitcode"}).exitCode, 65);
+}
+
+TEST_F(Apply, ValuesOfAnyBytesAndNamesOfAnyBytesArrive) {
+  (void)out({"user", "add", "a].b=c: d"});
+  EXPECT_EQ(apply("USERS[a].b=c: d].LSP_FILE= \xff=# \nUSERS[a].b=c: d].PMP_TIMEOUT=1\n"),
+            failed(65, path + ":2:1: USERS[a].b=c: d].PMP_TIMEOUT: \"1\" is not a whole number "
+                              "from 5 to 4294967295\nnothing was written"));
+  EXPECT_EQ(apply("USERS[a].b=c: d].LSP_FILE= \xff=# \n").exitCode, 0);
+  EXPECT_EQ(out({"get", "USERS[a].b=c: d].LSP_FILE"}), " \xff=# \n");
+}
+
+}  // namespace
+}  // namespace system_testing
