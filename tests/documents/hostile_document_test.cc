@@ -31,12 +31,12 @@ TEST(HostileDocument, OfManyMistakesTellsTheFirst) {
 
 TEST(HostileDocument, MayNestAsDeepAsItLikes) {
   for (const std::string head : {"{\"A\":", "{\"A\":{\"B\":", "{\"USERS\":{\"b\":{\"C\":"}) {
-    EXPECT_EQ(read(head + repeated("[", 200'000)).mistakeCount, 2U);
-    EXPECT_GE(read(head + repeated("{\"A\":", 200'000)).mistakeCount, 1U);
+    EXPECT_EQ(read(head + repeated("[", 20'000)).mistakeCount, 2U);
+    EXPECT_GE(read(head + repeated("{\"A\":", 20'000)).mistakeCount, 1U);
   }
   EXPECT_EQ(read("{\"A\":{\"B\":" + repeated("[", 9999) + repeated("]", 9999) + "}}").mistakeCount,
             1U);
-  EXPECT_GE(read(repeated("/ROOT=\n", 100'000)).mistakeCount, 1U);
+  EXPECT_GE(read(repeated("/ROOT=\n", 20'000)).mistakeCount, 1U);
 }
 
 /// Nothing may crash, hang, or be read outside of the text; the sanitizers look on.
@@ -49,7 +49,7 @@ TEST(HostileDocument, MayBeSpoiltAnywhere) {
   const std::string bytes("{}[]\",:=/\n \\0e.-tn#\x7f\xff\0", 23);
   std::mt19937 random(1);  // NOLINT: the same texts in each run
   for (const std::string& whole : wholes) {
-    for (int i = 0; i < 500; ++i) {
+    for (int i = 0; i < 100; ++i) {
       std::string text = whole;
       for (auto changes = random() % 4 + 1; changes > 0; --changes) {
         const size_t at = random() % text.size();
