@@ -1,15 +1,10 @@
 #include "client/file_store.h"
 
-#include <fcntl.h>
-#include <sys/file.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cerrno>
-#include <filesystem>
 #include <sstream>
 #include <utility>
 
+#include "client/directory_lock.h"
 #include "client/failure.h"
 #include "client/user_file.h"
 #include "editing/copy_group.h"
@@ -26,32 +21,7 @@ namespace {
 
 using namespace LPARAMS::Server;
 
-/// The lock by which an agent keeps others out of its state directory.
-class DirectoryLock {
- public:
-  /// Throws Failure if an agent has the lock.
-  explicit DirectoryLock(const std::string& file, int operation) {
-    std::error_code unknown;
-    const auto directory = std::filesystem::canonical(file, unknown).parent_path();
-    descriptor_ = ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (descriptor_ < 0 || ::flock(descriptor_, operation | LOCK_NB) == 0) return;
-    const bool used = errno == EWOULDBLOCK;
-    (void)::close(descriptor_);
-    if (!used) return;  // a file system without such locks
-    throw Failure(programs::EXIT_TRY_AGAIN,
-                  text::escaped(file) +
-                      " is in the directory of a running agent; leave out "
-                      "--file to reach its settings");
-  }
-  ~DirectoryLock() {
-    if (descriptor_ >= 0) (void)::close(descriptor_);
-  }
-  DirectoryLock(const DirectoryLock&) = delete;
-  DirectoryLock& operator=(const DirectoryLock&) = delete;
-
- private:
-  int descriptor_;
-};
+constexpr const char* WITHOUT_FILE = "leave out --file to reach its settings";
 
 std::string textOf(Catalogue& settings) {
   std::ostringstream text;
@@ -70,7 +40,7 @@ ParamGroup& counterpart(const Catalogue& catalogue, const ParamGroup& group) {
 FileStore::FileStore(std::string path)
     : path_(std::move(path)), settings_(std::make_shared<Catalogue>()) {
   text_ = readUserFile(path_, inspection::MAX_SETTINGS_SIZE);
-  const DirectoryLock unused(path_, LOCK_SH);
+  const DirectoryLock unused(path_, DirectoryLock::Shared, WITHOUT_FILE);
   inspection::Inspection found = inspection::inspect(text_, *settings_);
   if (!found.incomplete.empty()) {
     throw Failure(programs::EXIT_BAD_FILE,
@@ -104,7 +74,7 @@ bridge::NamedValues FileStore::set(const bridge::NamedChanges& changes) {
   }
   for (ParamGroup* group : changed) editing::copyGroup(*group, counterpart(*settings_, *group));
   if (!changed.empty()) {
-    const DirectoryLock lock(path_, LOCK_EX);
+    const DirectoryLock lock(path_, DirectoryLock::Alone, WITHOUT_FILE);
     if (readUserFile(path_, inspection::MAX_SETTINGS_SIZE) != text_) {
       throw Failure(programs::EXIT_TRY_AGAIN,
                     text::escaped(path_) + " has been changed meanwhile; nothing was written");

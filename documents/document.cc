@@ -13,7 +13,7 @@ namespace documents {
 
 namespace {
 
-Document readForm(std::string_view text) {
+Document readForm(std::string_view text, size_t keptMistakes) {
   Document refused(Document::Lines);
   if (text.size() > MAX_SIZE) {
     refused.addMistake({}, "the document is larger than 16 MiB");
@@ -25,19 +25,19 @@ Document readForm(std::string_view text) {
     refused.addMistake({}, "the document is empty");
     return refused;
   }
-  if (body.front() == '{') return readJson(text);
-  if (body.front() == LPARAMS::Server::BLOCK_MARK) return readSettingsFile(text);
-  return readLines(text);
+  if (body.front() == '{') return readJson(text, keptMistakes);
+  if (body.front() == LPARAMS::Server::BLOCK_MARK) return readSettingsFile(text, keptMistakes);
+  return readLines(text, keptMistakes);
 }
 
 }  // namespace
 
 void Document::addMistake(Place place, std::string text) {
-  if (++mistakeCount <= KEPT_MISTAKES) mistakes.push_back({place, std::move(text)});
+  if (++mistakeCount <= kept) mistakes.push_back({place, std::move(text)});
 }
 
-Document read(std::string_view text) {
-  Document document = readForm(text);
+Document read(std::string_view text, size_t keptMistakes) {
+  Document document = readForm(text, keptMistakes);
   for (const User& user : document.users) {
     if (user.name.empty()) document.addMistake(user.place, "USERS: a user needs a name");
   }

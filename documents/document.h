@@ -49,7 +49,7 @@ class Document {
   /// A hostile document would have millions of mistakes.
   static constexpr size_t KEPT_MISTAKES = 100;
 
-  explicit Document(Form form) : form(form) {}
+  explicit Document(Form form, size_t kept = KEPT_MISTAKES) : form(form), kept(kept) {}
 
   void addMistake(Place place, std::string text);
 
@@ -58,6 +58,7 @@ class Document {
   std::vector<User> users = {};
   std::vector<Mistake> mistakes = {};  ///< the first ones
   size_t mistakeCount = 0;
+  size_t kept;  ///< upper limit of the mistakes
 };
 
 /// Upper limit of a document, in bytes: that of a settings file.
@@ -70,7 +71,7 @@ inline constexpr size_t MAX_SIZE = 16 * 1024 * 1024;
 /// comment, empty lines are left out. The settings file: what it leaves out is not named.
 ///
 /// Takes time and memory in proportion to the text. Thread-safe.
-Document read(std::string_view text);
+Document read(std::string_view text, size_t keptMistakes = Document::KEPT_MISTAKES);
 
 /// A name as mistakes show it: fit for a line, and cut off after 200 bytes.
 std::string shownName(std::string_view name);

@@ -25,8 +25,12 @@ std::string withoutTokens(const std::string& message) {
 /// Takes the events of the library's parser. Objects nest without recursion there.
 class JsonReader final : public nlohmann::json_sax<Json> {
  public:
-  JsonReader(std::string_view text, const inspection::TextSource& source)
-      : text_(text), source_(source), lines_(text), end_(source.position()) {}
+  JsonReader(std::string_view text, const inspection::TextSource& source, size_t keptMistakes)
+      : document(Document::Json, keptMistakes),
+        text_(text),
+        source_(source),
+        lines_(text),
+        end_(source.position()) {}
 
   bool null() override { return take(Value::Kept, {}); }
   bool boolean(bool value) override { return take(Value::Flag, value ? "true" : "false"); }
@@ -82,7 +86,7 @@ class JsonReader final : public nlohmann::json_sax<Json> {
     return false;
   }
 
-  Document document{Document::Json};
+  Document document;
 
  private:
   /// The place of the token that was read last.
@@ -161,10 +165,10 @@ class JsonReader final : public nlohmann::json_sax<Json> {
 
 }  // namespace
 
-Document readJson(std::string_view text) {
+Document readJson(std::string_view text, size_t keptMistakes) {
   inspection::TextSource source(text);
   source.moveTo(text.size() - inspection::withoutByteOrderMark(text).size());
-  JsonReader reader(text, source);
+  JsonReader reader(text, source, keptMistakes);
   (void)Json::sax_parse(source, &reader);
   return std::move(reader.document);
 }

@@ -5,6 +5,6 @@
 
 namespace documents {
 
-Document readJson(std::string_view text);
+Document readJson(std::string_view text, size_t keptMistakes);
 
 }  // namespace documents

@@ -33,6 +33,8 @@ std::string_view nameIn(std::string_view line) {
 
 class LinesReader {
  public:
+  explicit LinesReader(size_t keptMistakes) : document(Document::Lines, keptMistakes) {}
+
   void read(std::string_view line, size_t number) {
     const std::string_view name = nameIn(line);
     if (name.empty() || name.size() == line.size()) {
@@ -51,7 +53,7 @@ class LinesReader {
     addUser(name, number);
   }
 
-  Document document{Document::Lines};
+  Document document;
 
  private:
   void addUser(std::string_view name, size_t number) {
@@ -67,8 +69,8 @@ class LinesReader {
 
 }  // namespace
 
-Document readLines(std::string_view text) {
-  LinesReader reader;
+Document readLines(std::string_view text, size_t keptMistakes) {
+  LinesReader reader(keptMistakes);
   std::string_view rest = inspection::withoutByteOrderMark(text);
   for (size_t number = 1; !rest.empty(); ++number) {
     const size_t length = std::min(rest.find('\n'), rest.size());

@@ -5,6 +5,6 @@
 
 namespace documents {
 
-Document readLines(std::string_view text);
+Document readLines(std::string_view text, size_t keptMistakes);
 
 }  // namespace documents

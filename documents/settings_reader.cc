@@ -31,11 +31,12 @@ std::string inWords(const Finding& finding) {
 
 }  // namespace
 
-Document readSettingsFile(std::string_view text) {
-  Document document(Document::SettingsFile);
+Document readSettingsFile(std::string_view text, size_t keptMistakes) {
+  Document document(Document::SettingsFile, keptMistakes);
   Catalogue settings;
   std::vector<inspection::Taken> taken;
-  const inspection::Inspection found = inspection::inspect(text, settings, {}, &taken);
+  const inspection::Inspection found =
+      inspection::inspect(text, settings, {.findings = keptMistakes}, &taken);
   for (const Finding& finding : found.findings.first) {
     if (isMistake(finding)) document.addMistake(finding.place, inWords(finding));
   }

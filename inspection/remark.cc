@@ -78,10 +78,16 @@ std::string userIn(const std::string& path) {
 
 std::string lineText(size_t line) { return "line " + std::to_string(line); }
 
+/// Of a key that is empty.
+bool isNameless(const Finding& finding) {
+  return finding.path.empty() || finding.path.ends_with('.');
+}
+
 std::string messageOf(const Finding& finding) {
   switch (finding.kind) {
     case Finding::UnknownName:
       if (finding.otherLine != 0) return joined(finding);
+      if (isNameless(finding)) return "no name; the load would ignore what stands here";
       return "no such parameter or block; the load would ignore it" + didYouMean(finding);
     case Finding::BlockNotClosed:
       return "the block is not closed before the end of the file";
@@ -166,14 +172,15 @@ std::string_view nameOf(Severity severity) {
 }
 
 Remark remarkOf(const Finding& finding) {
-  const bool isJoined = finding.kind == Finding::UnknownName && finding.otherLine != 0;
+  const bool hasNoName =
+      finding.kind == Finding::UnknownName && (finding.otherLine != 0 || isNameless(finding));
   return {.severity = isError(finding) ? Severity::Error : Severity::Warning,
           .place = finding.place,
           .parameter = finding.path,
           .message = messageOf(finding),
           .given = finding.given,
           .taken = finding.taken,
-          .named = !isJoined && finding.kind != Finding::SecondUser,
+          .named = !hasNoName && finding.kind != Finding::SecondUser,
           .reported = finding.reported,
           .loses = isLost(finding.kind)};
 }

@@ -25,5 +25,7 @@ void addRestore(CLI::App& app, Context& context);
 void addSave(CLI::App& app, Context& context);
 void addStatus(CLI::App& app, Context& context);
 void addWatch(CLI::App& app, Context& context);
+void addCheck(CLI::App& app, Context& context);
+void addFmt(CLI::App& app, Context& context);
 
 }  // namespace client

@@ -2,7 +2,6 @@
 
 #include <optional>
 #include <string>
-#include <string_view>
 #include <utility>
 
 namespace LPARAMS::Server {
@@ -67,16 +66,16 @@ void forEachChild(MLDoc& document, MLDoc::Token parent, std::string_view tag, Vi
 void importUserModule(MLDoc& document, const MLDoc::Token& module, POLICY_t& policy) {
   std::optional<std::string> sourceType;
   std::optional<std::string> source;
-  forEachChild(document, module, "Param", [&](MLDoc::Token& param) {
-    const ChPair name = document.getAttributeValue(param, chars("Name"));
+  forEachChild(document, module, LEGACY_PARAM, [&](MLDoc::Token& param) {
+    const ChPair name = document.getAttributeValue(param, chars(LEGACY_NAME));
     const ChPair content = document.content(param);
-    if (equals(name, "LOCAL_CERT_FOR_PM_SUBJECT")) {
+    if (equals(name, LEGACY_CERT_SUBJECT)) {
       assign(policy.LOCAL_CERT_SUBJECT, toString(content));
-    } else if (equals(name, "PMS_LOG_LEVEL")) {
+    } else if (equals(name, LEGACY_LOG_LEVEL)) {
       assign(policy.PMP_LOGLEVEL, document.getInt(content));
-    } else if (equals(name, "POLICY_SOURCE_TYPE")) {
+    } else if (equals(name, LEGACY_SOURCE_TYPE)) {
       sourceType = toString(content);
-    } else if (equals(name, "POLICY_SOURCE")) {
+    } else if (equals(name, LEGACY_SOURCE)) {
       source = toString(content);
     }
   });
@@ -84,8 +83,8 @@ void importUserModule(MLDoc& document, const MLDoc::Token& module, POLICY_t& pol
 }
 
 void importIkeModule(MLDoc& document, const MLDoc::Token& module, IKE_t& ike) {
-  forEachChild(document, module, "Param", [&](MLDoc::Token& param) {
-    if (equals(document.getAttributeValue(param, chars("Name")), "ike_nat_t_policy")) {
+  forEachChild(document, module, LEGACY_PARAM, [&](MLDoc::Token& param) {
+    if (equals(document.getAttributeValue(param, chars(LEGACY_NAME)), LEGACY_NATT_POLICY)) {
       assign(ike.NATT_POLICY, nattPolicyOf(document.content(param)));
     }
   });
@@ -94,12 +93,12 @@ void importIkeModule(MLDoc& document, const MLDoc::Token& module, IKE_t& ike) {
 }  // namespace
 
 void importLegacyDocument(MLDoc& document, POLICY_t& policy, IKE_t& ike) {
-  forEachChild(document, {}, "LocalSettings", [&](const MLDoc::Token& settings) {
-    forEachChild(document, settings, "Module", [&](const MLDoc::Token& module) {
-      const ChPair name = document.getAttributeValue(module, chars("Name"));
-      if (equals(name, "USER_ACT_MODULE_ID")) {
+  forEachChild(document, {}, LEGACY_SETTINGS, [&](const MLDoc::Token& settings) {
+    forEachChild(document, settings, LEGACY_MODULE, [&](const MLDoc::Token& module) {
+      const ChPair name = document.getAttributeValue(module, chars(LEGACY_NAME));
+      if (equals(name, LEGACY_USER_MODULE)) {
         importUserModule(document, module, policy);
-      } else if (equals(name, "ISAKMP_MODULE_ID")) {
+      } else if (equals(name, LEGACY_IKE_MODULE)) {
         importIkeModule(document, module, ike);
       }
     });

@@ -32,6 +32,8 @@ TEST(ClientCommandLine, EveryCommandHasHelp) {
                                                {"save"},
                                                {"status"},
                                                {"watch"},
+                                               {"check"},
+                                               {"fmt"},
                                                {"user", "list"},
                                                {"user", "show"},
                                                {"user", "add"},

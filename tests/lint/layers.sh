@@ -24,6 +24,7 @@ declare -A may_include=(
   [editing]="$model lparams/values bridge text"
   [inspection]="$model lparams/storage lparams/values text"
   [documents]="$model lparams/values inspection bridge text"
+  [checking]="$model lparams/storage lparams/values text markup inspection editing documents"
   [agent/base]='platform lparams/params text programs'
   [agent/services]='platform agent/base'
   [agent/state]="$module inspection markup agent/base"
@@ -32,7 +33,7 @@ declare -A may_include=(
   [agent/access]="$module bridge editing agent/base agent/events agent/state agent/bridge"
   [agent]="$module inspection editing agent/base agent/events agent/services agent/state agent/bridge agent/access schema markup"
   [client]="$model lparams/interface lparams/values client/verbs bridge editing inspection documents text schema programs"
-  [client/verbs]="$model lparams/values client bridge editing inspection documents text schema programs"
+  [client/verbs]="$model lparams/values client bridge editing inspection checking documents text schema programs"
   [tools]="$model lparams/values"
 )
 

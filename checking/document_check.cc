@@ -1,0 +1,94 @@
+#include <algorithm>
+#include <string>
+#include <utility>
+
+#include "checking/forms.h"
+#include "documents/document.h"
+#include "editing/parameters.h"
+#include "lparams/values/values.h"
+#include "text/escape.h"
+
+namespace checking {
+namespace {
+
+using namespace LPARAMS::Server;
+using documents::User;
+using documents::Value;
+using inspection::Severity;
+
+constexpr size_t MAX_SHOWN = 200;  // bytes of a value
+
+/// Looks at names and values as if they were set in settings at their defaults that have the
+/// document's users.
+class DocumentCheck {
+ public:
+  explicit DocumentCheck(Checked& checked) : checked_(checked) {}
+
+  void look(const User& user) {
+    USER_t* const entry = listAdd(settings_.userList);
+    const std::string path = documents::shownName("USERS[" + user.name + "]");
+    if (!setValue(entry->NAME, user.name)) {
+      add(user.place, path, "the name is not " + legalValues(entry->NAME));
+    }
+    entry->NAME.value = user.name;  // so that what is said of this user is no mistake too
+    parameters_.add(*entry);
+    if (settings_.userList.items.size() == MAX_USERS + 1) {
+      checked_.add({.severity = Severity::Warning,
+                    .place = user.place,
+                    .parameter = path,
+                    .message = "more users than an agent takes (" + std::to_string(MAX_USERS) + ")",
+                    .loses = false});
+    }
+  }
+
+  void look(const Value& value) {
+    const auto found = parameters_.find(value.name);
+    const std::string name = documents::shownName(value.name);
+    if (!found.problem.empty()) {
+      // It begins with the name.
+      return add(value.place, name,
+                 found.problem.substr(found.problem.find(": ", name.size()) + 2));
+    }
+    if (found.param == nullptr) return add(value.place, name, "not a single parameter");
+    if (value.kind == Value::Kept) return;
+    if (value.text.size() > MAX_TEXT_SIZE) {
+      return add(value.place, name,
+                 "a text of " + std::to_string(value.text.size()) +
+                     " bytes is too long; expected at most " + std::to_string(MAX_TEXT_SIZE));
+    }
+    if (setValue(*found.param, value.text)) return;
+    const bool secret = isSecret(*found.param);
+    const std::string given = secret ? HIDDEN : value.text.substr(0, MAX_SHOWN);
+    checked_.add({.place = value.place,
+                  .parameter = name,
+                  .message = (secret ? "the value" : text::inQuotes(given)) + " is not " +
+                             legalValues(*found.param),
+                  .given = given});
+  }
+
+ private:
+  void add(inspection::Place place, std::string name, std::string message) {
+    checked_.add({.place = place, .parameter = std::move(name), .message = std::move(message)});
+  }
+
+  Checked& checked_;
+  Catalogue settings_;
+  editing::Parameters parameters_{settings_};
+};
+
+}  // namespace
+
+Checked checkDocument(std::string_view text) {
+  Checked checked(Checked::Document);
+  const documents::Document document = documents::read(text, Checked::KEPT);
+  for (const documents::Mistake& mistake : document.mistakes) {
+    checked.add({.place = mistake.place, .message = mistake.text});
+  }
+  checked.leftOut += document.mistakeCount - document.mistakes.size();
+  DocumentCheck names(checked);
+  for (const User& user : document.users) names.look(user);
+  for (const Value& value : document.values) names.look(value);
+  return checked;
+}
+
+}  // namespace checking

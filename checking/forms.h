@@ -1,0 +1,16 @@
+// The forms that a file of settings can have, each checked in a file of its own.
+#pragma once
+
+#include "checking/check.h"
+
+namespace checking {
+
+Checked checkSettingsFile(std::string_view text);
+
+/// Settings of an earlier version, as they are imported at a first start.
+Checked checkLegacy(std::string_view text);
+
+/// A document as it is applied.
+Checked checkDocument(std::string_view text);
+
+}  // namespace checking
