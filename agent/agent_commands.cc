@@ -5,8 +5,12 @@
 namespace agent {
 
 AgentCommands::AgentCommands(LPARAMS::Server::Server_t& server, const SettingsKeeper& keeper,
-                             const editing::RecordCheck& check, CommandService& service)
-    : saved_(keeper), get_(server, saved_, service), set_(server, check, saved_, service) {
+                             const History& history, const editing::RecordCheck& check,
+                             CommandService& service)
+    : saved_(keeper),
+      get_(server, saved_, service),
+      set_(server, check, saved_, service),
+      history_(history, service) {
   using Access = CommandService::Access;
   service.add(
       "schema",
@@ -27,6 +31,21 @@ AgentCommands::AgentCommands(LPARAMS::Server::Server_t& server, const SettingsKe
       "try",
       [this](BridgeSession& session, const std::string& input) {
         return set_.tryOut(session, input);
+      },
+      Access::Reads);
+  service.add("save", [this](BridgeSession& session, const std::string& input) {
+    return history_.save(session, input);
+  });
+  service.add(
+      "history",
+      [this](BridgeSession& session, const std::string& input) {
+        return history_.list(session, input);
+      },
+      Access::Reads);
+  service.add(
+      "revision",
+      [this](BridgeSession& session, const std::string& input) {
+        return history_.read(session, input);
       },
       Access::Reads);
 }

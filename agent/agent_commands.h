@@ -5,6 +5,7 @@
 #include "agent/access/saved_settings.h"
 #include "agent/access/set_command.h"
 #include "agent/bridge/command_service.h"
+#include "agent/history/history_commands.h"
 #include "agent/state/settings_keeper.h"
 #include "editing/record_check.h"
 #include "lparams/server.h"
@@ -16,7 +17,7 @@ namespace agent {
 class AgentCommands {
  public:
   AgentCommands(LPARAMS::Server::Server_t& server, const SettingsKeeper& keeper,
-                const editing::RecordCheck& check, CommandService& service);
+                const History& history, const editing::RecordCheck& check, CommandService& service);
 
   AgentCommands(const AgentCommands&) = delete;
   AgentCommands& operator=(const AgentCommands&) = delete;
@@ -25,6 +26,7 @@ class AgentCommands {
   SavedSettings saved_;
   const GetCommand get_;
   const SetCommand set_;
+  HistoryCommands history_;
 };
 
 }  // namespace agent

@@ -16,6 +16,8 @@
 #include "agent/base/log.h"
 #include "agent/base/standard_streams.h"
 #include "agent/base/start_failure.h"
+#include "agent/history/history.h"
+#include "agent/history/recorded_save.h"
 #include "agent/load_settings.h"
 #include "agent/module.h"
 #include "agent/options.h"
@@ -30,13 +32,15 @@ namespace agent {
 namespace {
 
 /// Returns the exit status.
-int endWithUnsaved(const Options& options, Module& module, SettingsKeeper& keeper) {
+int endWithUnsaved(const Options& options, Module& module, SettingsKeeper& keeper,
+                   History& history) {
   if (!module.server().isChanged()) return EXIT_OK;
   if (!options.saveOnExit) {
     log(Level::Warning, "stopped with changes that were not saved and are lost");
     return EXIT_OK;
   }
-  const std::string failure = keeper.save(false);
+  const std::string failure =
+      saveRecorded(keeper, history, false, Author::self(), "saved at the agent's end").failure;
   if (failure.empty()) return EXIT_OK;
   log(Level::Error, "the changes could not be saved at the end", {{"reason", failure}});
   return EXIT_IO;
@@ -60,10 +64,12 @@ int run(const Options& options) {
     keeper.adopt(std::move(start), std::move(loaded.degradedReason), loaded.reports,
                  std::move(loaded.findings));
   });
-  const SaveHook hook(module.server(), keeper);
+  History history(directory, options.history);
+  if (keeper.state().degradedReason.empty()) history.found(keeper.savedText());
+  const SaveHook hook(module.server(), keeper, history);
 
-  serve(options, module.server(), keeper);
-  const int status = endWithUnsaved(options, module, keeper);
+  serve(options, module.server(), keeper, history);
+  const int status = endWithUnsaved(options, module, keeper, history);
   log(Level::Info, "stopped");
   return status;
 }

@@ -45,6 +45,9 @@ std::optional<Options> readOptions(int argc, char** argv) {
   app.add_option("--max-users", options.maxUsers, "Longest user list that is accepted")
       ->check(CLI::Range(0, 1'000'000))
       ->capture_default_str();
+  app.add_option("--history", options.history, "How many revisions of the settings are kept")
+      ->check(CLI::Range(1, 10'000))
+      ->capture_default_str();
   app.add_flag("--accept-any", options.acceptAny,
                "Take every value from the bridge as it stands, like the module itself");
   app.add_flag("--allow-defaults", options.allowDefaults,

@@ -15,6 +15,7 @@ struct Options {
   std::string module;      ///< lparams_server.so beside the agent's executable, unless given
   std::string adminGroup;  ///< the one that the settings name, unless given
   size_t maxUsers = LPARAMS::Server::MAX_USERS;
+  size_t history = 50;         ///< so many revisions are kept
   bool acceptAny = false;      ///< writes reach the module unchecked
   bool allowDefaults = false;  ///< start on defaults although damaged settings were found
   bool saveOnExit = false;

@@ -1,6 +1,7 @@
-// Leads the bridge's save command to the keeper.
+// Leads the bridge's save command to the keeper, and on to the history.
 #pragma once
 
+#include "agent/history/history.h"
 #include "agent/state/settings_keeper.h"
 #include "lparams/server.h"
 
@@ -10,7 +11,7 @@ namespace agent {
 /// the first command and destroyed after the last one.
 class SaveHook {
  public:
-  SaveHook(LPARAMS::Server::Server_t& server, SettingsKeeper& keeper);
+  SaveHook(LPARAMS::Server::Server_t& server, SettingsKeeper& keeper, History& history);
   ~SaveHook();
 
   SaveHook(const SaveHook&) = delete;

@@ -76,7 +76,8 @@ void run(asio::io_context& io) {
 
 }  // namespace
 
-void serve(const Options& options, LPARAMS::Server::Server_t& server, SettingsKeeper& keeper) {
+void serve(const Options& options, LPARAMS::Server::Server_t& server, SettingsKeeper& keeper,
+           History& history) {
   const AccessRules rules(*server.ADMIN, options.adminGroup);
   const editing::RecordCheck check(server, options.maxUsers);
   ChangeTracker changes(server);
@@ -86,8 +87,10 @@ void serve(const Options& options, LPARAMS::Server::Server_t& server, SettingsKe
   std::optional<SocketGroup> socketGroup;
   CommandService service(
       server, keeper.writeTurn(), changes, options.acceptAny ? nullptr : &check,
-      [&](bool /*mayWrite*/) { return statusOf(options, server, keeper, *bridge, *socketGroup); });
-  const AgentCommands commands(server, keeper, check, service);
+      [&](bool /*mayWrite*/) {
+        return statusOf(options, server, keeper, history, *bridge, *socketGroup);
+      });
+  const AgentCommands commands(server, keeper, history, check, service);
   const SaveEvents saveEvents(keeper, service.events());
   bridge.emplace(io, options.socket, service);
   socketGroup.emplace(io, options.socket, rules, changes);

@@ -38,8 +38,8 @@ json listOf(const inspection::Findings& findings) {
 }  // namespace
 
 std::string statusOf(const Options& options, LPARAMS::Server::Server_t& server,
-                     const SettingsKeeper& keeper, const BridgeServer& bridge,
-                     const SocketGroup& socketGroup) {
+                     const SettingsKeeper& keeper, const History& history,
+                     const BridgeServer& bridge, const SocketGroup& socketGroup) {
   const SettingsKeeper::State state = keeper.state();
   const json status = {
       {"version", LPARAMS_VERSION},
@@ -52,6 +52,8 @@ std::string statusOf(const Options& options, LPARAMS::Server::Server_t& server,
       {"changed", server.isChanged()},
       {"lastSave", utc(state.lastSave)},
       {"lastFailure", orNull(state.lastFailure)},
+      {"history", history.newest()},
+      {"historyProblem", orNull(history.problem())},
       {"sessions", bridge.sessions()},
       {"groupProblem", orNull(socketGroup.problem())},
       {"logClosed", logIsClosed()},

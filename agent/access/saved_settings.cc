@@ -1,6 +1,6 @@
 #include "agent/access/saved_settings.h"
 
-#include <sstream>
+#include "agent/state/settings_text.h"
 
 namespace agent {
 
@@ -11,13 +11,8 @@ std::shared_ptr<Catalogue> SavedSettings::current() {
   if (!text) return nullptr;
   const MutexLock lock(mutex_);
   if (text_ == text) return settings_;
-  auto settings = std::make_shared<Catalogue>();
-  // Behind the head of the root's block, with which a text that was saved or loaded begins. The
-  // load's reports go nowhere: the agent's own load has told them.
-  std::istringstream body(text->substr(text->find('=') + 1));
-  (void)settings->load(body);
+  settings_ = settingsIn(*text);
   text_ = text;
-  settings_ = std::move(settings);
   return settings_;
 }
 

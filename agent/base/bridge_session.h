@@ -3,6 +3,7 @@
 
 #include <sys/types.h>
 
+#include <cstdint>
 #include <string>
 #include <utility>
 #include <vector>
@@ -16,8 +17,10 @@ class BridgeSession {
   /// What a command and the callbacks that it ends in tell each other, beyond input and result.
   struct RunningCommand {
     bool force = false;            ///< it confirms a save that would be refused otherwise
+    std::string message = {};      ///< why it saves, in the client's words
     std::string refusal = {};      ///< why it was not authorised, in words; empty if it was
     std::string saveFailure = {};  ///< why its save failed, in words; empty if none did
+    uint64_t revision = 0;         ///< that its save has made in the history; 0 if none
   };
 
   /// `groups` are the groups of the client's process besides `gid`; `program` is its name.

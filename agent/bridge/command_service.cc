@@ -29,8 +29,9 @@ using LPARAMS::Server::WRITE_GROUP;
 /// Says for the callbacks of a command whose it is.
 class CurrentSession {
  public:
-  CurrentSession(BridgeSession& session, bool force) : session_(session) {
-    session.command = {.force = force};
+  CurrentSession(BridgeSession& session, bool force, const std::string& message)
+      : session_(session) {
+    session.command = {.force = force, .message = message};
     BridgeSession::current() = &session_;
   }
   ~CurrentSession() { BridgeSession::current() = nullptr; }
@@ -42,10 +43,11 @@ class CurrentSession {
 };
 
 /// Has the module execute the command.
-Reply call(BridgeSession& session, const bridge::Command& command) {
+Reply call(BridgeSession& session, const bridge::Command& command,
+           const std::string& message = {}) {
   using Outcome = ListenerRegistry::Outcome;
 
-  const CurrentSession current(session, command.force);
+  const CurrentSession current(session, command.force, message);
   Reply reply;
   auto result = listenerRegistry().execute(session, static_cast<ModuleIdType>(command.module),
                                            command.command, command.input, reply.output);
@@ -93,13 +95,22 @@ std::string_view groupName(std::string_view input) {
 Reply CommandService::execute(BridgeSession& session, const bridge::Command& command) {
   const bool ours = command.module == LPARAMS_MODULE_ID;
   if (ours && command.command == WRITE_GROUP) return writeGroup(session, command);
-  const bool reads = ours && command.command == READ_GROUP;
-  Reply reply = reads ? readGroup(session, command) : call(session, command);
   const bool saves = ours && command.command == SAVE;
-  if (reply.result == 0) {
-    return refused(session, std::move(reply), saves ? Access::Writes : Access::Reads);
-  }
-  if (saves) logSave(session, command.force);
+  const auto execute = [&] {
+    if (saves) return save(session, command.force, {});
+    return ours && command.command == READ_GROUP ? readGroup(session, command)
+                                                 : call(session, command);
+  };
+  Reply reply = execute();
+  if (reply.result != 0) return reply;
+  return refused(session, std::move(reply), saves ? Access::Writes : Access::Reads);
+}
+
+Reply CommandService::save(BridgeSession& session, bool force, const std::string& message) {
+  bridge::Command command{LPARAMS_MODULE_ID, SAVE};
+  command.force = force;
+  Reply reply = call(session, command, message);
+  if (reply.result != 0) logSave(session, force);
   return reply;
 }
 

@@ -69,6 +69,10 @@ class CommandService {
 
   WriteTurn& writeTurn() { return writeTurn_; }
 
+  /// Has the module carry out its save command, with a message for the history. The revision that
+  /// this has made is `session.command.revision`.
+  static bridge::Reply save(BridgeSession& session, bool force, const std::string& message);
+
   /// Whether the session may write settings; if not, its `command.refusal` says why.
   static bool mayWrite(BridgeSession& session);
 

@@ -1,7 +1,6 @@
 #include "agent/state/settings_keeper.h"
 
 #include <exception>
-#include <sstream>
 #include <stdexcept>
 #include <system_error>
 #include <utility>
@@ -11,6 +10,7 @@
 #include "agent/state/kept_copies.h"
 #include "agent/state/sealed_text.h"
 #include "agent/state/settings_review.h"
+#include "agent/state/settings_text.h"
 #include "inspection/settings_completeness.h"
 
 namespace agent {
@@ -128,7 +128,7 @@ void SettingsKeeper::compareWithLastSave(const std::string& found, std::string& 
       {{"file", directory_.settings()}, {"saved", kept}, {"differences", differences}});
 }
 
-std::string SettingsKeeper::save(bool force) {
+std::string SettingsKeeper::save(bool force, const Saved& saved) {
   const MutexLock lock(saving_);
   std::string failure;
   SaveOutcome outcome;
@@ -143,6 +143,7 @@ std::string SettingsKeeper::save(bool force) {
     failure = error.what();
   }
   outcome.failure = failure;
+  std::shared_ptr<const std::string> text;
   {
     const MutexLock stateLock(stateMutex_);
     if (failure.empty()) {
@@ -151,10 +152,14 @@ std::string SettingsKeeper::save(bool force) {
       state_.disk.clear();
       state_.findings = std::move(reviewed_);
       state_.lastSave = std::time(nullptr);
-      savedText_ = std::make_shared<const std::string>(*onDisk_);
+      if (!savedText_ || *savedText_ != *onDisk_) {
+        savedText_ = std::make_shared<const std::string>(*onDisk_);
+      }
+      text = savedText_;
     }
     state_.lastFailure = failure;
   }
+  if (text && saved) saved(text);
   if (observer_) observer_(outcome);
   return failure;
 }
@@ -301,11 +306,7 @@ void SettingsKeeper::writeShadowCopy(const std::string& text) {
   replaceFileAtomically(directory_.shadowCopy(), whole);
 }
 
-std::string SettingsKeeper::currentText() {
-  std::ostringstream text;
-  (void)server_.save(text, 0);
-  return std::move(text).str();
-}
+std::string SettingsKeeper::currentText() { return textOf(server_); }
 
 std::string SettingsKeeper::snapshot() {
   const basekit::ObjectLevelLockable::Lock lock(server_);

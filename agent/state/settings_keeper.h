@@ -42,8 +42,10 @@ class SettingsKeeper {
 
   /// Saves the settings. Returns why it was refused or failed, in words; empty after a success.
   /// `force` confirms settings that were not loaded whole, and replaces a file that somebody else
-  /// has changed; a copy of that file is kept.
-  std::string save(bool force);
+  /// has changed; a copy of that file is kept. `saved` is called after a success, with the text
+  /// that the file holds; saves wait until it has returned.
+  using Saved = std::function<void(const std::shared_ptr<const std::string>& text)>;
+  std::string save(bool force, const Saved& saved = {});
 
   struct SaveOutcome {
     std::string failure = {};       ///< why it was refused or failed; empty after a success

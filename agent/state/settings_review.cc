@@ -1,10 +1,10 @@
 #include "agent/state/settings_review.h"
 
 #include <algorithm>
-#include <sstream>
 #include <utility>
 #include <vector>
 
+#include "agent/state/settings_text.h"
 #include "inspection/differences.h"
 #include "inspection/inspection.h"
 
@@ -17,12 +17,6 @@ using LPARAMS::Server::Catalogue;
 
 constexpr size_t MAX_LINES = 40;  // of the log, for one text
 constexpr size_t MAX_NAMES = 5;
-
-std::string textOf(LPARAMS::Server::ParamGroup& settings) {
-  std::ostringstream text;
-  (void)settings.save(text, 0);
-  return std::move(text).str();
-}
 
 bool isSame(const Finding& a, const Finding& b) {
   return a.kind == b.kind && a.path == b.path && a.given == b.given && a.taken == b.taken;

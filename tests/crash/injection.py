@@ -202,9 +202,11 @@ def check_durable(build, reference, performance, files):
     for call in performance.calls[SAVE]:
         disk.replay(call)
     copy = os.path.join(performance.directory, "cut")
+    run = os.path.join(performance.directory, "cut.run")  # the agent still has its own socket
+    os.makedirs(run, 0o700, exist_ok=True)
     for state in set(disk.states()):
         if state == frozenset(read_files(performance.state).items()):
             continue  # is looked at anyway
         shutil.rmtree(copy, ignore_errors=True)
         write_files(copy, dict(state))
-        recover(build, copy, performance.run, reference.after_save)
+        recover(build, copy, run, reference.after_save)

@@ -91,6 +91,11 @@ bridge::Reply BridgeClient::call(const std::string& name, const std::string& inp
   return receiveReply();
 }
 
+std::string BridgeClient::state() const {
+  send(bridge::encode(bridge::StatusRequest{}));
+  return receiveReply().output;
+}
+
 bridge::Reply BridgeClient::read(std::string_view group) const {
   return call({SETTINGS_MODULE, READ_GROUP, groupInput(group)});
 }

@@ -55,6 +55,9 @@ class BridgeClient {
   /// A command of the agent itself.
   bridge::Reply call(const std::string& name, const std::string& input) const;
 
+  /// The agent's state, a JSON object.
+  std::string state() const;
+
   // Commands of the settings module.
   bridge::Reply read(std::string_view group) const;
   bridge::Reply write(std::string_view group, std::string_view record) const;

@@ -43,6 +43,7 @@ class KeptSettings {
 
   LPARAMS::Server::Server_t& server() { return module_->server(); }
   agent::SettingsKeeper& keeper() { return *keeper_; }
+  const agent::StateDirectory& directory() const { return state_; }
 
   /// Makes a change that is to be saved.
   void setPort(unsigned short port) { server().IKE->IKE_PORT.value = port; }

@@ -236,7 +236,7 @@ TEST_F(AgentProcess, WhatItWritesIsPrivate) {
     EXPECT_EQ(entry.status().permissions(), std::filesystem::perms(0600)) << entry.path();
     ++count;
   }
-  EXPECT_EQ(count, 4);  // settings, shadow copy, the damaged and the edited copy
+  EXPECT_EQ(count, 6);  // settings, shadow copy, the damaged and the edited copy, two revisions
 }
 
 TEST_F(AgentProcess, OutlivesClientsThatGoAway) {

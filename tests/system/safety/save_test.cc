@@ -50,7 +50,8 @@ TEST_F(Save, ThatWasAcknowledgedSurvivesAKill) {
     start();
     EXPECT_EQ(get("IKE.IKE_PORT"), std::to_string(port) + "\n");
   }
-  EXPECT_THAT(state_.names(), ElementsAre(SETTINGS, SHADOW_COPY));
+  EXPECT_THAT(state_.names(), ElementsAre("history.1", "history.2", "history.3", "history.4",
+                                          "history.5", SETTINGS, SHADOW_COPY));
 }
 
 TEST_F(Save, OfASettingsFileThatWasEdited) {
@@ -104,7 +105,7 @@ TEST_F(Save, ThatOutgrowsTheLimitOfAFile) {
   }
   EXPECT_EQ(get("IKE.IKE_PORT"), "501\n");
   expectBothHold(exampleSettings());
-  EXPECT_THAT(state_.names(), ElementsAre(SETTINGS, SHADOW_COPY));
+  EXPECT_THAT(state_.names(), ElementsAre("history.1", SETTINGS, SHADOW_COPY));
 
   const rlimit enough{RLIM_INFINITY, RLIM_INFINITY};
   ASSERT_EQ(::prlimit(agent_->pid(), RLIMIT_FSIZE, &enough, nullptr), 0);
