@@ -62,6 +62,10 @@ bridge::NamedValues AgentStore::set(const bridge::NamedChanges& changes) {
   return valuesIn(call(bridge::AgentCommand{"set", bridge::encode(changes)}, "writing"));
 }
 
+bridge::NamedValues AgentStore::tryOut(const bridge::NamedChanges& changes) {
+  return valuesIn(call(bridge::AgentCommand{"try", bridge::encode(changes)}, "trying"));
+}
+
 std::string AgentStore::schema() {
   return call(bridge::AgentCommand{"schema", {}}, "asking for the catalogue").output;
 }

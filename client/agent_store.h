@@ -19,6 +19,7 @@ class AgentStore final : public Store {
 
   bridge::NamedValues get(const bridge::Names& names) override;
   bridge::NamedValues set(const bridge::NamedChanges& changes) override;
+  bridge::NamedValues tryOut(const bridge::NamedChanges& changes) override;
   void save(const Saving& how) override;
   std::string schema() override;
 

@@ -1,7 +1,9 @@
 #include "client/change_report.h"
 
 #include <algorithm>
+#include <ostream>
 
+#include "client/failure.h"
 #include "client/values.h"
 #include "text/escape.h"
 
@@ -19,13 +21,15 @@ Json valueOf(const NamedValue& of, const std::optional<std::string>& value,
   return param == nullptr ? Json(*value) : typedValue(*param, *value);
 }
 
+bool isChanged(const NamedValue& value) { return value.before != value.running; }
+
 std::string userLine(const std::string& user, const char* what) {
   return "USERS[" + text::escaped(user) + "]: " + what + "\n";
 }
 
 }  // namespace
 
-ChangeReport::ChangeReport(const Done& done) {
+ChangeReport::ChangeReport(const Done& done, Unchanged unchanged) {
   for (const Change& step : done.steps) {
     if (step.kind == Change::RemoveUser) removed.push_back(step.name);
     if (step.kind != Change::AddUser) continue;
@@ -34,8 +38,13 @@ ChangeReport::ChangeReport(const Done& done) {
     if (before != removed.end()) removed.erase(before);
   }
   for (const NamedValue& value : done.values.values) {
-    (value.before == value.running ? unchanged : values).push_back(value);
+    if (unchanged == Told || isChanged(value)) values.push_back(value);
   }
+}
+
+bool ChangeReport::empty() const {
+  return added.empty() && removed.empty() && moved.empty() &&
+         std::ranges::none_of(values, isChanged);
 }
 
 std::string linesOf(const ChangeReport& report, Kept kept) {
@@ -52,6 +61,7 @@ std::string linesOf(const ChangeReport& report, Kept kept) {
 Json documentOf(const ChangeReport& report, const CatalogueView& catalogue) {
   Json changes = Json::array();
   for (const NamedValue& value : report.values) {
+    if (!isChanged(value)) continue;
     Json change = {{"name", value.name},
                    {"before", valueOf(value, value.before, catalogue)},
                    {"after", valueOf(value, value.running, catalogue)}};
@@ -63,6 +73,28 @@ Json documentOf(const ChangeReport& report, const CatalogueView& catalogue) {
           {"added", report.added},
           {"removed", report.removed},
           {"moved", report.moved}};
+}
+
+void print(std::ostream& out, const ChangeReport& report, Kept kept, bool json, Store& store) {
+  if (json) {
+    Json document = documentOf(report, CatalogueView(store.schema()));
+    document["saved"] = kept == Kept::Saved;
+    out << printedJson(document);
+  } else {
+    const std::string lines = linesOf(report, kept);
+    out << (lines.empty() ? "nothing to change\n" : lines);
+  }
+}
+
+void saveAndPrint(std::ostream& out, const ChangeReport& report, const Saving& how, bool json,
+                  Store& store) {
+  try {
+    store.save(how);
+  } catch (const Failure&) {
+    print(out, report, Kept::InMemory, json, store);
+    throw;
+  }
+  print(out, report, Kept::Saved, json, store);
 }
 
 }  // namespace client

@@ -1,6 +1,7 @@
 #include "client/file_store.h"
 
 #include <algorithm>
+#include <optional>
 #include <sstream>
 #include <utility>
 
@@ -35,12 +36,26 @@ ParamGroup& counterpart(const Catalogue& catalogue, const ParamGroup& group) {
       groups, [&](const ParamGroup* one) { return std::string_view(one->name) == group.name; });
 }
 
+/// Changes that are legal; throws Failure with all that is wrong with them.
+struct Trial {
+  Trial(Catalogue& settings, const bridge::NamedChanges& changes)
+      : check(settings, MAX_USERS), draft(settings, check, editing::Draft::WithUsers) {
+    for (const bridge::Change& change : changes.changes) draft.apply(change);
+    draft.finish();
+    if (!draft.mistakes().empty()) throw Failure(programs::EXIT_ILLEGAL, draft.mistakes().text());
+  }
+
+  const editing::RecordCheck check;
+  editing::Draft draft;
+};
+
 }  // namespace
 
-FileStore::FileStore(std::string path)
+FileStore::FileStore(std::string path, Use use)
     : path_(std::move(path)), settings_(std::make_shared<Catalogue>()) {
   text_ = readUserFile(path_, inspection::MAX_SETTINGS_SIZE);
-  const DirectoryLock unused(path_, DirectoryLock::Shared, WITHOUT_FILE);
+  std::optional<DirectoryLock> whileReading;
+  if (use == InPlaceOfAgent) whileReading.emplace(path_, DirectoryLock::Shared, WITHOUT_FILE);
   inspection::Inspection found = inspection::inspect(text_, *settings_);
   if (!found.incomplete.empty()) {
     throw Failure(programs::EXIT_BAD_FILE,
@@ -59,12 +74,8 @@ bridge::NamedValues FileStore::get(const bridge::Names& names) {
 }
 
 bridge::NamedValues FileStore::set(const bridge::NamedChanges& changes) {
-  const editing::RecordCheck check(*settings_, MAX_USERS);
-  editing::Draft draft(*settings_, check, editing::Draft::WithUsers);
-  for (const bridge::Change& change : changes.changes) draft.apply(change);
-  draft.finish();
-  if (!draft.mistakes().empty()) throw Failure(programs::EXIT_ILLEGAL, draft.mistakes().text());
-  const auto changed = draft.changedGroups();
+  Trial trial(*settings_, changes);
+  const auto changed = trial.draft.changedGroups();
   if (!changed.empty() && findings_.count > 0) {
     throw Failure(programs::EXIT_BAD_FILE,
                   text::escaped(path_) +
@@ -82,7 +93,11 @@ bridge::NamedValues FileStore::set(const bridge::NamedChanges& changes) {
     text_ = textOf(*settings_);
     replaceUserFile(path_, text_);
   }
-  return {.values = draft.changedValues(settings_)};
+  return {.values = trial.draft.changedValues(settings_)};
+}
+
+bridge::NamedValues FileStore::tryOut(const bridge::NamedChanges& changes) {
+  return {.values = Trial(*settings_, changes).draft.changedValues(settings_)};
 }
 
 void FileStore::save(const Saving& /*how*/) {}

@@ -15,11 +15,17 @@ namespace client {
 /// file as it is. A file in a directory that an agent uses is refused.
 class FileStore final : public Store {
  public:
+  enum Use {
+    InPlaceOfAgent,
+    ToCompare,  ///< the file may be one that an agent uses
+  };
+
   /// Throws Failure unless a start would take the file for a whole settings file.
-  explicit FileStore(std::string path);
+  explicit FileStore(std::string path, Use use = InPlaceOfAgent);
 
   bridge::NamedValues get(const bridge::Names& names) override;
   bridge::NamedValues set(const bridge::NamedChanges& changes) override;
+  bridge::NamedValues tryOut(const bridge::NamedChanges& changes) override;
   void save(const Saving& how) override;
   std::string schema() override;
 

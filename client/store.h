@@ -7,6 +7,12 @@
 
 namespace client {
 
+/// How settings are saved.
+struct Saving {
+  bool force = false;        ///< confirms what the agent would refuse otherwise
+  std::string message = {};  ///< what the agent's history says of it
+};
+
 /// The settings of an agent, or those in a file. Each operation throws Failure with the reason if
 /// it is refused. Settings go by their names: what the catalogue holds need not be known here.
 class Store {
@@ -20,9 +26,9 @@ class Store {
   /// file follows with save().
   virtual bridge::NamedValues set(const bridge::NamedChanges& changes) = 0;
 
-  struct Saving {
-    bool force = false;  ///< confirms what the agent would refuse otherwise
-  };
+  /// What set() would answer. Nothing is changed.
+  virtual bridge::NamedValues tryOut(const bridge::NamedChanges& changes) = 0;
+
   /// Makes changes last.
   virtual void save(const Saving& how) = 0;
 

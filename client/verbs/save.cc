@@ -13,7 +13,7 @@ why it was not written. The agent refuses to save settings that it could not loa
 to write over a file that somebody has edited meanwhile; --force saves all the same. The
 agent keeps a copy of what it replaces then.)~";
 
-void save(Context& context, const Store::Saving& given) {
+void save(Context& context, const Saving& given) {
   context.agent().save(given);
   std::cout << "saved\n";
 }

@@ -54,19 +54,22 @@ struct Given {
   std::string newName;
   std::vector<std::string> names;
   std::vector<std::string> fields;  // FIELD=VALUE
+  bool bytes = false;
+  SaveOption save;
   bool json = false;
 };
 
 /// What the agent calls a user.
 std::string userName(const std::string& name) { return "USERS[" + name + "]"; }
 
-void addFields(std::vector<Change>& changes, const Given& given) {
+void addFields(Assignments& assignments, const Given& given) {
   for (const std::string& field : given.fields) {
-    auto change = parseAssignment(field);
-    if (!change) throw Failure(programs::EXIT_USAGE, NO_ASSIGNMENT);
-    change->name = userName(given.name) + "." + change->name;
-    changes.push_back(*change);
+    assignments.add(field, userName(given.name) + ".");
   }
+}
+
+void carryOut(Context& context, Assignments& assignments, const Given& given) {
+  client::carryOut(context.store(), assignments, given.bytes, given.save, given.json);
 }
 
 void listUsers(Context& context, const Given& given) {
@@ -85,30 +88,29 @@ void showUser(Context& context, const Given& given) {
 }
 
 void appendUser(Context& context, const Given& given) {
-  std::vector<Change> changes = {{Change::AddUser, given.name}};
-  addFields(changes, given);
-  (void)context.store().set({{}, changes});
+  Assignments assignments;
+  assignments.add(Change{Change::AddUser, given.name});
+  addFields(assignments, given);
+  carryOut(context, assignments, given);
 }
 
 void changeUser(Context& context, const Given& given) {
-  std::vector<Change> changes;
-  addFields(changes, given);
-  for (const bridge::NamedValue& value : context.store().set({{}, changes}).values) {
-    std::cout << changeLine(value, value.running == value.saved) << '\n';
-  }
+  Assignments assignments;
+  addFields(assignments, given);
+  carryOut(context, assignments, given);
 }
 
 void renameUser(Context& context, const Given& given) {
-  (void)context.store().set(
-      {{}, {{Change::Set, userName(given.name) + NAME_FIELD, given.newName}}});
+  Assignments assignments;
+  assignments.add(Change{Change::Set, userName(given.name) + NAME_FIELD, given.newName});
+  carryOut(context, assignments, given);
 }
 
 /// All of the users or, if one is not there, none.
 void deleteUsers(Context& context, const Given& given) {
-  std::vector<Change> changes;
-  changes.reserve(given.names.size());
-  for (const std::string& name : given.names) changes.push_back({Change::RemoveUser, name});
-  (void)context.store().set({{}, changes});
+  Assignments assignments;
+  for (const std::string& name : given.names) assignments.add(Change{Change::RemoveUser, name});
+  carryOut(context, assignments, given);
 }
 
 /// Adds a verb for one user.
@@ -139,6 +141,11 @@ void addUser(CLI::App& app, Context& context) {
   rename.command.add_option("NEW-NAME", rename.given->newName, "The new name")->required();
   const auto remove = addVerb(user, context, "del", "Remove users", DEL_NOTES, deleteUsers);
   remove.command.add_option("NAME", remove.given->names, "The users")->required();
+  for (const Verb<Given>& verb : {add, change, rename, remove}) {
+    addBytes(verb.command, verb.given->bytes);
+    addSave(verb.command, verb.given->save);
+    addJson(verb.command, verb.given->json);
+  }
 }
 
 }  // namespace client

@@ -4,7 +4,10 @@
 #include <CLI/CLI.hpp>
 #include <memory>
 
+#include "client/assignment.h"
+#include "client/change_report.h"
 #include "client/context.h"
+#include "client/selection.h"
 
 namespace client {
 
@@ -27,8 +30,25 @@ Verb<Given> addVerb(CLI::App& parent, Context& context, const char* name, const 
   return {command, given};
 }
 
-inline void addJson(CLI::App& command, bool& json) {
-  command.add_flag("--json", json, "Print JSON");
-}
+/// Whether a change is to be saved, too.
+struct SaveOption {
+  bool wanted = false;
+  Saving how = {};
+};
+
+// Options that several verbs have.
+
+void addJson(CLI::App& command, bool& json);
+void addBytes(CLI::App& command, bool& bytes);
+void addSave(CLI::App& command, SaveOption& save);
+void addSelection(CLI::App& command, Selection& what);
+
+/// Prints what a verb has changed, and before that saves it if that is wanted.
+void finish(const ChangeReport& report, const SaveOption& save, bool json, Store& store);
+
+/// Carries out what a verb has gathered, and prints what it has changed. Warns of secrets that the
+/// command line spells out.
+void carryOut(Store& store, Assignments& assignments, bool bytes, const SaveOption& save,
+              bool json);
 
 }  // namespace client

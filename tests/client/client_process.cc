@@ -93,6 +93,7 @@ Outcome runClient(std::vector<std::string> arguments, const Surroundings& surrou
     (void)dup2(fileno(in.get()), STDIN_FILENO);
     (void)dup2(fileno(out.get()), STDOUT_FILENO);
     (void)dup2(fileno(err.get()), STDERR_FILENO);
+    (void)setsid();  // without the terminal of whoever runs the tests
     (void)alarm(DEADLINE);
     (void)execve(PROGRAM, argv.data(), envp.data());
     _exit(127);

@@ -76,6 +76,7 @@ class BusyStore final : public Store {
     if (refusals_-- > 0) throw Conflict("changed meanwhile");
     return {};
   }
+  NamedValues tryOut(const bridge::NamedChanges& /*changes*/) override { return {}; }
   void save(const Saving& /*how*/) override {}
   std::string schema() override { return {}; }
 

@@ -141,7 +141,7 @@ TEST_F(Apply, WhatCannotBeReadIsAnError) {
 }
 
 TEST_F(Apply, ExclusiveTakesTheRestToItsDefaults) {
-  (void)out({"set", "IKE.QCD_SECRET=s3cret", "LOG.WALL_ON=1"});
+  setLines({"IKE.QCD_SECRET=s3cret", "LOG.WALL_ON=1"});
   EXPECT_EQ(apply("{\"LOG\": {\"WALL_ON\": true}, \"USERS\": {\"bob\": {\"PMP_TIMEOUT\": 21}}}",
                   {"--exclusive"})
                 .exitCode,
@@ -158,7 +158,7 @@ TEST_F(Apply, ExclusiveTakesTheRestToItsDefaults) {
 }
 
 TEST_F(Apply, WhatIsNullOrHiddenStays) {
-  (void)out({"set", "IKE.QCD_SECRET=s3cret", "IKE.IKE_PORT=501"});
+  setLines({"IKE.QCD_SECRET=s3cret", "IKE.IKE_PORT=501"});
   (void)apply("{\"IKE\": {\"QCD_SECRET\": null, \"IKE_PORT\": null, \"NO\": null}}",
               {"--exclusive"});
   EXPECT_EQ(out({"get", "IKE.QCD_SECRET", "IKE.IKE_PORT"}), "s3cret\n501\n");
@@ -167,7 +167,7 @@ TEST_F(Apply, WhatIsNullOrHiddenStays) {
 }
 
 TEST_F(Apply, SecretsAreHidden) {
-  (void)out({"set", "IKE.QCD_SECRET=s3cret"});
+  setLines({"IKE.QCD_SECRET=s3cret"});
   EXPECT_EQ(apply("IKE.QCD_SECRET=0ther\n", {"--check", "--diff"}),
             printed("IKE.QCD_SECRET: (hidden) -> (hidden)\n1 change to make\n"));
   const json report = json::parse(apply("IKE.QCD_SECRET=0ther\n", {"--json"}).out);

@@ -20,7 +20,7 @@ class Backup : public Client {
 
 TEST_F(Backup, IsWhatASaveWouldWrite) {
   EXPECT_EQ(out({"backup"}), sourceFile("examples/localsettings.ini"));
-  (void)out({"set", "IKE.QCD_SECRET= s3cret", "IKE.DPD_IDLE_TIME=77", "UPDATE.PATH=\xff=end="});
+  setLines({"IKE.QCD_SECRET= s3cret", "IKE.DPD_IDLE_TIME=77", "UPDATE.PATH=\xff=end="});
   (void)out({"user", "add", "eve"});
   (void)out({"user", "del", "alice"});
   const std::string backup = out({"backup"});
@@ -55,7 +55,7 @@ TEST_F(Backup, NeverReplacesWhatIsNoFile) {
 }
 
 TEST_F(Backup, CanBeRestoredWhateverHasChanged) {
-  (void)out({"set", "IKE.QCD_SECRET=s3cret", "UPDATE.PATH=\xff", "LOG.WALL_ON=1"});
+  setLines({"IKE.QCD_SECRET=s3cret", "UPDATE.PATH=\xff", "LOG.WALL_ON=1"});
   for (const char* user : {"dora", "eve", "carl"}) (void)out({"user", "add", user});
   const std::string backup = out({"backup"});
   const std::string all = out({"show", "--secrets"});
@@ -89,7 +89,7 @@ TEST_F(Backup, OfAnotherOrderOfUsersIsRestoredInThatOrder) {
 }
 
 TEST_F(Backup, AsJsonCanBeRestoredToo) {
-  (void)out({"set", "IKE.QCD_SECRET=s3\"cr\\et", "UPDATE.PATH=d\xc3\xa9j\xc3\xa0"});
+  setLines({"IKE.QCD_SECRET=s3\"cr\\et", "UPDATE.PATH=d\xc3\xa9j\xc3\xa0"});
   (void)out({"user", "add", "a].b=\"c"});
   const std::string backup = out({"backup", "--json"});
   EXPECT_EQ(json::parse(backup)["IKE"]["IKE_PORT"], 500);
@@ -100,7 +100,7 @@ TEST_F(Backup, AsJsonCanBeRestoredToo) {
 }
 
 TEST_F(Backup, AsJsonNamesWhatJsonCannotHold) {
-  (void)out({"set", "UPDATE.PATH=\xff", "UPDATE.UPDATE_URI=\xc3", "UPDATE.URL=\xc3\xa9"});
+  setLines({"UPDATE.PATH=\xff", "UPDATE.UPDATE_URI=\xc3", "UPDATE.URL=\xc3\xa9"});
   EXPECT_EQ(ctl({"backup", "--json"}),
             failed(65,
                    "UPDATE.PATH: is not UTF-8, which JSON cannot hold; leave out --json\n"

@@ -33,6 +33,14 @@ class Client : public SystemTest {
     return outcome.out;
   }
 
+  /// Sets parameters where nobody can see it.
+  void setLines(const std::vector<std::string>& lines) const {
+    std::string in;
+    for (const std::string& line : lines) in += line + "\n";
+    const Outcome outcome = ctlWith(in, {"set", "--bytes", "-"});
+    EXPECT_EQ(outcome, printed(outcome.out));
+  }
+
   /// A run with this as the standard input.
   client_testing::Outcome ctlWith(const std::string& in, std::vector<std::string> arguments) const {
     arguments.insert(arguments.begin(), {"--socket", socketPath});

@@ -32,7 +32,7 @@ TEST_F(Client, ListFiltersByWhatIsChangedUnsavedOrInTheFileOnly) {
 }
 
 TEST_F(Client, ListHidesSecretsAndAsJsonHasTypedValues) {
-  (void)out({"set", "IKE.QCD_SECRET=s3cret"});
+  setLines({"IKE.QCD_SECRET=s3cret"});
   EXPECT_THAT(out({"list"}), Not(HasSubstr("s3cret")));
   const json document = json::parse(out({"list", "--json"}));
   EXPECT_EQ(document["IKE"]["IKE_PORT"], 500);

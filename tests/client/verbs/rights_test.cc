@@ -17,7 +17,7 @@ TEST_F(Client, WhoMayNotWriteSeesNoSecretAndChangesNothing) {
   if (const auto reason = testing_support::whyNoOtherUser(); !reason.empty()) {
     GTEST_SKIP() << reason;
   }
-  (void)out({"set", "IKE.QCD_SECRET=s3cret"});
+  setLines({"IKE.QCD_SECRET=s3cret"});
   ASSERT_EQ(chmod(directory.path.c_str(), 0755), 0);
   ASSERT_EQ(chmod(socketPath.c_str(), 0666), 0);
   host::runInChild([&] {

@@ -14,8 +14,6 @@ TEST_F(Client, SetChangesGroupsTogetherAndTellsHow) {
   EXPECT_EQ(out({"set", "IKE.EXCHANGE_TIMEOUT=90"}), "IKE.EXCHANGE_TIMEOUT: 120 -> 90\n");
   EXPECT_EQ(out({"set", "--save", "IKE.IKE_PORT=501"}), "IKE.IKE_PORT: 500 -> 501\n");
   EXPECT_THAT(host::readFile(settingsPath), HasSubstr("DPD_IDLE_TIME=50\n"));
-  EXPECT_EQ(out({"set", "IKE.QCD_SECRET=other"}),
-            "IKE.QCD_SECRET: (hidden) -> (hidden)   (not saved)\n");
 }
 
 TEST_F(Client, SetTellsAllMistakesAndWritesNothing) {
@@ -45,18 +43,83 @@ TEST_F(Client, SetTakesLinesAndTellsTheirMistakesWithThem) {
             failed(64,
                    "line 2: an assignment has no \"=\"; write NAME=VALUE\n"
                    "nothing was written"));
-  EXPECT_EQ(ctlWith("# nothing\n", {"set", "-"}), printed(""));
+  EXPECT_EQ(ctlWith("# nothing\n", {"set", "-"}), printed("nothing to change\n"));
   EXPECT_EQ(out({"get", "IKE.IKE_PORT"}), "501\n");
 }
 
 TEST_F(Client, SetTakesBackWhatShowPrints) {
-  (void)out({"set", "IKE.QCD_SECRET=s3cret"});
+  setLines({"IKE.QCD_SECRET=s3cret"});
   const std::string shown = out({"show"});
   EXPECT_THAT(shown, HasSubstr("IKE.QCD_SECRET=(hidden)\n"));
   const std::string secrets = out({"show", "--secrets"});
   (void)out({"set", "IKE.IKE_PORT=501", "IKE.DPD_IDLE_TIME=1", "USERS[bob].PMP_TIMEOUT=77"});
   EXPECT_EQ(ctlWith(shown, {"set", "-"}).exitCode, 0);
   EXPECT_EQ(out({"show", "--secrets"}), secrets);
+}
+
+TEST_F(Client, SetTellsMistakesOfFormTogetherWithTheOthers) {
+  EXPECT_EQ(ctlWith("IKE.IKE_PORT\nIKE.NATT_PORT=0\n", {"set", "LOG.WALL_ON", "IKE.NO=1", "-"}),
+            failed(64,
+                   "an assignment has no \"=\"; write NAME=VALUE\n"
+                   "line 1: an assignment has no \"=\"; write NAME=VALUE\n"
+                   "IKE.NO: no such parameter\n"
+                   "line 2: IKE.NATT_PORT: \"0\" is not a whole number from 1 to 65535\n"
+                   "nothing was written"));
+}
+
+TEST_F(Client, SetTakesValuesFromFilesAndTheStandardInput) {
+  const std::string file = directory.path + "value";
+  host::writeFile(file, "two words\n");
+  EXPECT_EQ(out({"set", "UPDATE.SCHEDULE=@" + file, "UPDATE.PATH=@@literal"}),
+            "UPDATE.SCHEDULE: \"0 3 * * 6\" -> \"two words\"   (not saved)\n"
+            "UPDATE.PATH: \"\" -> @literal   (not saved)\n");
+  EXPECT_EQ(ctlWith("s3cret\n", {"set", "IKE.QCD_SECRET=@-"}),
+            printed("IKE.QCD_SECRET: (hidden) -> (hidden)   (not saved)\n"));
+  EXPECT_EQ(out({"get", "IKE.QCD_SECRET"}), "s3cret\n");
+  EXPECT_EQ(ctl({"set", "UPDATE.PATH=@/nonexistent"}),
+            failed(74, "cannot read /nonexistent: No such file or directory"));
+  EXPECT_EQ(ctlWith("x", {"set", "UPDATE.PATH=@-", "-"}),
+            failed(64, "the standard input can be given only once"));
+}
+
+TEST_F(Client, SetWarnsOfSecretsOnTheCommandLine) {
+  const Outcome outcome = ctl({"set", "IKE.QCD_SECRET=s3cret"});
+  EXPECT_EQ(outcome.exitCode, 0);
+  EXPECT_EQ(outcome.out, "IKE.QCD_SECRET: (hidden) -> (hidden)   (not saved)\n");
+  EXPECT_EQ(outcome.err,
+            "lparamsctl: warning: IKE.QCD_SECRET: other users may have seen this secret in the "
+            "list of processes; --ask and NAME=@FILE keep it out of there\n");
+  EXPECT_EQ(out({"set", "IKE.QCD_SECRET=(hidden)"}), "nothing to change\n");
+  EXPECT_EQ(out({"set", "IKE.QCD_SECRET="}),
+            "IKE.QCD_SECRET: (hidden) -> (hidden)   (not saved)\n");
+}
+
+TEST_F(Client, SetTakesTextsThatDoNotShowWhatTheyAreOnlyIfAsked) {
+  const char* const texts[] = {"\xff", "a\xc2\x85", "a\xe2\x80\xae"};
+  for (const std::string text : texts) {
+    EXPECT_THAT(ctl({"set", "UPDATE.PATH=" + text}).err,
+                HasSubstr(" does not show what it is; --bytes takes it all the same"));
+    EXPECT_EQ(ctl({"set", "UPDATE.PATH=" + text}).exitCode, 65);
+    EXPECT_EQ(ctl({"user", "add", text}).exitCode, 65);
+    (void)out({"set", "--bytes", "UPDATE.PATH=" + text});
+    EXPECT_EQ(out({"get", "UPDATE.PATH"}), text + "\n");
+    EXPECT_EQ(out({"set", "UPDATE.PATH=" + text}).find("UPDATE.PATH: \""), 0U) << "it may stay";
+  }
+  (void)out({"set", "UPDATE.PATH=d\xc3\xa9j\xc3\xa0 vu"});
+}
+
+TEST_F(Client, SetAsJsonIsOneDocument) {
+  EXPECT_EQ(json::parse(out({"set", "IKE.IKE_PORT=501", "LOG.WALL_ON=0", "--json"})),
+            json::parse(R"({"changed": true, "saved": false, "added": [], "removed": [],
+                            "moved": [], "changes": [
+                              {"name": "IKE.IKE_PORT", "before": 500, "after": 501}]})"));
+  EXPECT_EQ(json::parse(out({"set", "IKE.IKE_PORT=501", "--json", "--save"}))["saved"], true);
+}
+
+TEST_F(Client, SetAsksOnlyOnATerminal) {
+  EXPECT_EQ(client_testing::runClient({"--socket", socketPath, "set", "--ask", "IKE.QCD_SECRET"},
+                                      {.in = "s3cret\ns3cret\n"}),
+            failed(64, "there is no terminal to ask on; NAME=@FILE and NAME=@- read a value"));
 }
 
 }  // namespace

@@ -1,0 +1,187 @@
+#include "client/assignment.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <iostream>
+#include <optional>
+#include <sstream>
+
+#include "client/terminal.h"
+#include "client/user_file.h"
+#include "lparams/values/values.h"
+#include "text/escape.h"
+
+namespace client {
+namespace {
+
+using bridge::Change;
+
+constexpr const char* NO_ASSIGNMENT = "an assignment has no \"=\"; write NAME=VALUE";
+constexpr const char* NOTHING_WRITTEN = "nothing was written";
+constexpr size_t MAX_VALUE_FILE = 1024 * 1024;  // many times the longest text
+
+/// Also tells a read error, which a standard stream takes for the end of its input.
+std::string standardInput() {
+  std::ostringstream text;
+  text << std::cin.rdbuf();
+  if (std::cin.bad() || std::ferror(stdin) != 0) {
+    throw Failure(programs::EXIT_IO,
+                  "cannot read the standard input; " + std::string(NOTHING_WRITTEN));
+  }
+  return std::move(text).str();
+}
+
+std::string withoutLineEnd(std::string text) {
+  if (text.ends_with('\n')) text.pop_back();
+  return text;
+}
+
+std::vector<std::string> linesOf(const std::string& text) {
+  std::vector<std::string> lines;
+  std::istringstream in(text);
+  for (std::string line; std::getline(in, line);) lines.push_back(line);
+  return lines;
+}
+
+bool isHidden(const Change& step) { return step.value == LPARAMS::Server::HIDDEN; }
+
+/// Whether the text shows what it is. ASCII is the agent's to refuse, which names what is legal.
+bool showsAsItIs(const std::string& text) {
+  const bool ascii =
+      std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
+  return ascii || text::escaped(text) == text;
+}
+
+}  // namespace
+
+void Assignments::takeStandardInput() {
+  if (inputTaken_) {
+    throw Failure(programs::EXIT_USAGE, "the standard input can be given only once");
+  }
+  inputTaken_ = true;
+}
+
+void Assignments::addMistake(size_t line, const std::string& mistake) {
+  mistakes_.push_back((line == 0 ? "" : "line " + std::to_string(line) + ": ") + mistake);
+}
+
+void Assignments::add(const std::string& text, const std::string& owner) {
+  const size_t equals = text.find('=');
+  if (equals == std::string::npos) {
+    illForm_ = true;
+    return addMistake(0, NO_ASSIGNMENT);
+  }
+  std::string name = owner + text.substr(0, equals);
+  std::string value = text.substr(equals + 1);
+  if (value == "@-") {
+    takeStandardInput();
+    value = withoutLineEnd(standardInput());
+  } else if (value.starts_with("@@")) {
+    value.erase(0, 1);
+    commandLine_.push_back(name);
+  } else if (value.starts_with('@')) {
+    value = withoutLineEnd(readUserFile(value.substr(1), MAX_VALUE_FILE));
+  } else if (!value.empty() && value != LPARAMS::Server::HIDDEN) {
+    commandLine_.push_back(name);
+  }
+  steps.push_back({Change::Set, std::move(name), std::move(value)});
+}
+
+void Assignments::addLines() {
+  takeStandardInput();
+  size_t number = 0;
+  for (const std::string& line : linesOf(standardInput())) {
+    ++number;
+    if (line.empty() || line.front() == '#') continue;
+    const size_t equals = line.find('=');
+    if (equals == std::string::npos) {
+      illForm_ = true;
+      addMistake(number, NO_ASSIGNMENT);
+      continue;
+    }
+    steps.push_back({Change::Set, line.substr(0, equals), line.substr(equals + 1)});
+    lines_.emplace(text::escaped(steps.back().name), number);
+  }
+}
+
+void Assignments::ask(const std::string& name) {
+  Terminal terminal;
+  const std::string shown = text::escaped(name);
+  std::string value = terminal.askHidden(shown + ": ");
+  if (value != terminal.askHidden(shown + ", once more: ")) {
+    throw Failure(programs::EXIT_ILLEGAL, shown + ": the two are not the same; " + NOTHING_WRITTEN);
+  }
+  steps.push_back({Change::Set, name, std::move(value)});
+}
+
+void Assignments::check(Store& store, bool bytes) {
+  const auto isOdd = [&](const std::string& text) { return !bytes && !showsAsItIs(text); };
+  bridge::Names names;  // whose values may stay
+  for (const Change& step : steps) {
+    if (step.kind == Change::Set && (isHidden(step) || isOdd(step.value))) {
+      names.push_back(step.name);
+    }
+    if (step.kind == Change::AddUser && isOdd(step.name)) {
+      addMistake(0, text::escaped(step.name) +
+                        ": a name that does not show what it is; --bytes takes it all the same");
+    }
+  }
+  if (names.empty()) return;
+  bridge::NamedValues found;
+  try {
+    found = store.get(names);
+  } catch (const Failure& failure) {
+    if (failure.status != programs::EXIT_ILLEGAL) throw;
+    return;  // names that are not there: the store says so of the steps, too
+  }
+  const auto valueOf = [&](const Change& step) {
+    return std::ranges::find(found.values, step.name, &bridge::NamedValue::name);
+  };
+  std::erase_if(steps, [&](const Change& step) {
+    const auto value = valueOf(step);
+    return value != found.values.end() && value->secret && isHidden(step);
+  });
+  for (const Change& step : steps) {
+    if (step.kind != Change::Set || !isOdd(step.value)) continue;
+    const auto value = valueOf(step);
+    if (value != found.values.end() && value->running == step.value) continue;
+    const bool secret = value != found.values.end() && value->secret;
+    const auto line = lines_.find(text::escaped(step.name));
+    addMistake(line == lines_.end() ? 0 : line->second,
+               text::escaped(step.name) + ": " +
+                   (secret ? "the value" : text::inQuotes(step.value)) +
+                   " does not show what it is; --bytes takes it all the same");
+  }
+}
+
+bridge::NamedValues Assignments::carryOut(Store& store) {
+  std::string mistakes;
+  for (const std::string& mistake : mistakes_) mistakes += mistake + "\n";
+  try {
+    if (mistakes_.empty()) return steps.empty() ? bridge::NamedValues() : store.set({{}, steps});
+    if (!steps.empty()) (void)store.tryOut({{}, steps});
+  } catch (const Failure& failure) {
+    if (failure.status != programs::EXIT_ILLEGAL && mistakes_.empty()) throw;
+    if (failure.status == programs::EXIT_ILLEGAL) {
+      for (const std::string& mistake : linesOf(failure.what())) {
+        const auto line = lines_.find(mistake.substr(0, mistake.find(": ")));
+        if (line != lines_.end()) mistakes += "line " + std::to_string(line->second) + ": ";
+        mistakes += mistake + "\n";
+      }
+    }
+  }
+  throw Failure(illForm_ ? programs::EXIT_USAGE : programs::EXIT_ILLEGAL,
+                mistakes + NOTHING_WRITTEN);
+}
+
+std::vector<std::string> Assignments::seen(const bridge::NamedValues& done) const {
+  std::vector<std::string> names;
+  for (const bridge::NamedValue& value : done.values) {
+    if (value.secret && std::ranges::find(commandLine_, value.name) != commandLine_.end()) {
+      names.push_back(value.name);
+    }
+  }
+  return names;
+}
+
+}  // namespace client
