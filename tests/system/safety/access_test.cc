@@ -217,8 +217,8 @@ TEST_F(Access, SoManyUsers) {
   EXPECT_EQ(ctl({"user", "add", "carol"}), (Outcome{0, ""}));
   EXPECT_EQ(ctl({"user", "add", "dave"}),
             (Outcome{65,
-                     "lparamsctl: USERS: 4 entries are too many; expected "
-                     "at most 3\n"}));
+                     "lparamsctl: USERS: 4 entries are too many; expected at most 3\n"
+                     "lparamsctl: nothing was written\n"}));
   EXPECT_EQ(get("USERS[2].NAME"), "carol\n");
 }
 
