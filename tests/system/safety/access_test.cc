@@ -214,7 +214,7 @@ TEST_F(Access, IllegalValuesReachTheModuleIfTheyMay) {
 
 TEST_F(Access, SoManyUsers) {
   start({"--max-users", "3"});
-  EXPECT_EQ(ctl({"user", "add", "carol"}), (Outcome{0, ""}));
+  EXPECT_EQ(ctl({"user", "add", "carol"}), (Outcome{0, "USERS[carol]: added\n"}));
   EXPECT_EQ(ctl({"user", "add", "dave"}),
             (Outcome{65,
                      "lparamsctl: USERS: 4 entries are too many; expected at most 3\n"
