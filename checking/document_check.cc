@@ -16,8 +16,6 @@ using documents::User;
 using documents::Value;
 using inspection::Severity;
 
-constexpr size_t MAX_SHOWN = 200;  // bytes of a value
-
 /// Looks at names and values as if they were set in settings at their defaults that have the
 /// document's users.
 class DocumentCheck {

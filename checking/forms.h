@@ -5,6 +5,9 @@
 
 namespace checking {
 
+/// How much of a value or a name is shown, in bytes.
+inline constexpr size_t MAX_SHOWN = 200;
+
 Checked checkSettingsFile(std::string_view text);
 
 /// Settings of an earlier version, as they are imported at a first start.

@@ -39,8 +39,6 @@ constexpr std::string_view LOG_LEVELS = "0, 1, 2, 3";
 constexpr std::string_view NATT_POLICIES = "0, 1, 2, 3, 101, 102, 103";
 constexpr std::string_view SOURCE_TYPES = "1, 2";
 
-constexpr size_t MAX_SHOWN = 200;  // bytes
-
 std::string nameOf(const Node& node) { return {node.name(), node.name_size()}; }
 
 /// The part of the element that the import takes: its first run of text, or CDATA section.
