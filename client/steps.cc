@@ -15,7 +15,6 @@ using bridge::NamedValue;
 using bridge::NamedValues;
 
 constexpr int RETRIES = 3;
-constexpr const char* USERS = "USERS";
 constexpr const char* NAME = "NAME";
 
 /// What "USERS[bob]" and "USERS[bob].NAME" call the user; empty for other parameters.
@@ -144,7 +143,7 @@ std::vector<bridge::GroupRevision> revisionsFor(const std::vector<Change>& steps
                                                 const NamedValues& now) {
   std::set<std::string> groups;
   for (const Change& step : steps) {
-    groups.insert(step.kind == Change::Set ? takeApart(step.name).group : USERS);
+    groups.insert(step.kind == Change::Set ? takeApart(step.name).group : "USERS");
   }
   std::vector<bridge::GroupRevision> revisions;
   for (const bridge::GroupRevision& revision : now.revisions) {
