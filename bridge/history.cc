@@ -10,7 +10,7 @@ namespace {
 using bridge::put;
 using bridge::take;
 
-constexpr uint8_t FORCE = 1;
+constexpr uint8_t FORCED = 1;
 
 bool take(std::string_view& bytes, Revision& revision) {
   std::string changes;
@@ -43,7 +43,7 @@ std::string encode(const Revision& revision) {
 
 std::string encode(const SaveRequest& request) {
   std::string out;
-  put(out, request.force ? FORCE : uint8_t{0});
+  put(out, request.force ? FORCED : uint8_t{0});
   put(out, request.message);
   return out;
 }
@@ -65,7 +65,7 @@ std::optional<std::vector<Revision>> decodeRevisions(std::string_view bytes) {
 std::optional<SaveRequest> decodeSaveRequest(std::string_view bytes) {
   uint8_t flags = 0;
   SaveRequest request;
-  if (!take(bytes, flags) || flags > FORCE) return std::nullopt;
+  if (!take(bytes, flags) || flags > FORCED) return std::nullopt;
   if (!take(bytes, request.message) || !bytes.empty()) return std::nullopt;
   request.force = flags != 0;
   return request;
