@@ -166,7 +166,7 @@ class LegacyCheck {
            "a second time (first in line " + std::to_string(first->second.line) +
                "); the later one counts");
     }
-    if (param.first_node() != param.last_node()) {
+    if (param.first_node() != nullptr && param.first_node()->next_sibling() != nullptr) {
       warn(place, name, "the import would take the first text of the element only");
     }
     const std::string value(content.value(), content.value_size());
