@@ -7,7 +7,7 @@ set -euo pipefail
 cd "$(dirname "$0")/../.."
 
 cmake --preset lint >/dev/null
-products='(agent|bridge|client|inspection|lparams|schema|text|tools)'
+products='(agent|bridge|checking|client|documents|editing|inspection|lparams|markup|schema|text|tools)'
 run-clang-tidy -quiet -checks=-bugprone-suspicious-include -p build/lint \
   "^$PWD/(build/lint/)?$products/" 2>&1 |
   sed -E 's/\x1b\[[0-9;]*m//g; /^clang-tidy|^[0-9]+ warnings? generated/d'
