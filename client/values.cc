@@ -10,9 +10,17 @@ namespace client {
 using bridge::NamedValue;
 using Json = CatalogueView::Json;
 
+namespace {
+
+/// Most values have nothing but these.
+bool isOrdinary(char c) { return c > ' ' && c <= '~' && c != '"' && c != '\\'; }
+
+}  // namespace
+
 std::string shownValue(const NamedValue& of, const std::optional<std::string>& value) {
   if (of.secret) return LPARAMS::Server::HIDDEN;
   if (!value) return "-";
+  if (!value->empty() && *value != "-" && std::ranges::all_of(*value, isOrdinary)) return *value;
   const std::string quoted = text::inQuotes(*value);
   const bool plain = !value->empty() && *value != "-" && quoted.size() == value->size() + 2 &&
                      value->find(' ') == std::string::npos;

@@ -23,8 +23,17 @@ void appendBytes(std::string& out, std::string_view bytes) {
   }
 }
 
+/// Most texts are, and need no look at each character.
+bool isPlain(std::string_view text, std::string_view special) {
+  for (const char c : text) {
+    if (c < ' ' || c > '~' || special.find(c) != std::string_view::npos) return false;
+  }
+  return true;
+}
+
 /// `special` are the characters that get a backslash.
 std::string escape(std::string_view text, std::string_view special) {
+  if (isPlain(text, special)) return std::string(text);
   std::string out;
   const char* at = text.data();
   const char* const end = at + text.size();

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <array>
 #include <iostream>
+#include <map>
 
 #include "client/values.h"
 #include "client/verbs/verb.h"
@@ -12,7 +13,12 @@ namespace client {
 namespace {
 
 using bridge::NamedValue;
-using Row = std::array<std::string, 5>;
+
+/// A line of the table.
+struct Row {
+  std::array<std::string, 4> cells;
+  const std::string& legal;  // long, and the same for every user
+};
 
 constexpr const char* NOTES =
     R"~(Prints name, value, default, saved value and legal values. A glob is for the full name, for
@@ -80,16 +86,21 @@ size_t widthOf(const std::string& cell) {
 }
 
 void print(const std::vector<Row>& rows) {
-  std::array<size_t, std::tuple_size_v<Row>> widths{};
+  std::array<size_t, 4> widths{};
   for (const Row& row : rows) {
-    for (size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], widthOf(row[i]));
+    for (size_t i = 0; i < widths.size(); ++i)
+      widths[i] = std::max(widths[i], widthOf(row.cells[i]));
   }
+  std::string lines;
   for (const Row& row : rows) {
-    for (size_t i = 0; i + 1 < row.size(); ++i) {
-      std::cout << row[i] << std::string(widths[i] - widthOf(row[i]) + 2, ' ');
+    for (size_t i = 0; i < widths.size(); ++i) {
+      lines += row.cells[i];
+      lines.append(widths[i] - widthOf(row.cells[i]) + 2, ' ');
     }
-    std::cout << row.back() << '\n';
+    lines += row.legal;
+    lines += '\n';
   }
+  std::cout << lines;
 }
 
 void list(Context& context, const Given& given) {
@@ -102,12 +113,18 @@ void list(Context& context, const Given& given) {
     std::cout << printedJson(documentOf(found, catalogue));
     return;
   }
-  std::vector<Row> rows = {{"NAME", "VALUE", "DEFAULT", "SAVED", "LEGAL"}};
+  std::map<const CatalogueView::Json*, std::string> legal;
+  const std::string legalHead = "LEGAL";
+  std::vector<Row> rows;
+  rows.reserve(found.values.size() + 1);
+  rows.push_back({{"NAME", "VALUE", "DEFAULT", "SAVED"}, legalHead});
   for (const NamedValue& value : found.values) {
     const auto* const param = catalogue.find(value.name);
-    rows.push_back({text::escaped(value.name), shownValue(value, value.running),
-                    shownValue(value, value.byDefault), shownValue(value, value.saved),
-                    param == nullptr ? "" : legalValues(*param)});
+    const auto [words, isNew] = legal.try_emplace(param);
+    if (isNew && param != nullptr) words->second = legalValues(*param);
+    rows.push_back({{text::escaped(value.name), shownValue(value, value.running),
+                     shownValue(value, value.byDefault), shownValue(value, value.saved)},
+                    words->second});
   }
   if (rows.size() > 1) print(rows);
 }
