@@ -22,6 +22,8 @@ class AgentCommands {
   AgentCommands(const AgentCommands&) = delete;
   AgentCommands& operator=(const AgentCommands&) = delete;
 
+  SavedSettings& saved() { return saved_; }
+
  private:
   SavedSettings saved_;
   const GetCommand get_;

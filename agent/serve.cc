@@ -85,13 +85,17 @@ void serve(const Options& options, LPARAMS::Server::Server_t& server, SettingsKe
   asio::io_context io(1);  // runs on this thread alone
   std::optional<BridgeServer> bridge;
   std::optional<SocketGroup> socketGroup;
-  CommandService service(
-      server, keeper.writeTurn(), changes, options.acceptAny ? nullptr : &check,
-      [&](bool /*mayWrite*/) {
-        return statusOf(options, server, keeper, history, *bridge, *socketGroup);
-      });
-  const AgentCommands commands(server, keeper, history, check, service);
+  std::optional<SettingsHashes> hashes;
+  const BeginOfService begin;
+  CommandService service(server, keeper.writeTurn(), changes, options.acceptAny ? nullptr : &check,
+                         [&](bool mayWrite) {
+                           return statusOf({options, server, keeper, history, *bridge, *socketGroup,
+                                            service.events(), *hashes, begin},
+                                           mayWrite);
+                         });
+  AgentCommands commands(server, keeper, history, check, service);
   const SaveEvents saveEvents(keeper, service.events());
+  hashes.emplace(server, changes, commands.saved());
   bridge.emplace(io, options.socket, service);
   socketGroup.emplace(io, options.socket, rules, changes);
 

@@ -15,10 +15,9 @@ using nlohmann::json;
 
 json orNull(const std::string& text) { return text.empty() ? json() : json(text); }
 
-json utc(const std::optional<std::time_t>& time) {
-  if (!time) return {};
+std::string utc(std::time_t time) {
   std::tm fields{};
-  (void)::gmtime_r(&*time, &fields);
+  (void)::gmtime_r(&time, &fields);
   char text[32];
   (void)std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &fields);
   return text;
@@ -37,29 +36,49 @@ json listOf(const inspection::Findings& findings) {
 
 }  // namespace
 
-std::string statusOf(const Options& options, LPARAMS::Server::Server_t& server,
-                     const SettingsKeeper& keeper, const History& history,
-                     const BridgeServer& bridge, const SocketGroup& socketGroup) {
-  const SettingsKeeper::State state = keeper.state();
-  const json status = {
+BeginOfService::BeginOfService() : time(utc(std::time(nullptr))) {}
+
+std::string statusOf(const StatusSources& sources, bool mayWrite) {
+  using namespace std::chrono;
+  const SettingsKeeper::State state = sources.keeper.state();
+  const Events::Counts counts = sources.events.counts();
+  // Before the hash: the text that is made for it gives an enumeration without a name another
+  // value.
+  const bool changed = sources.server.isChanged();
+  const schema::SettingsHash running = sources.hashes.running();
+  const auto saved = sources.hashes.saved();
+  json status = {
       {"version", LPARAMS_VERSION},
       {"pid", ::getpid()},
-      {"stateDir", options.stateDir},
-      {"strict", !options.acceptAny},
+      {"startTime", sources.begin.time},
+      {"uptime", duration_cast<seconds>(steady_clock::now() - sources.begin.tick).count()},
+      {"stateDir", sources.options.stateDir},
+      {"strict", !sources.options.acceptAny},
       {"catalogue", schema::ownHash()},
+      {"savedHash", saved ? json(saved->open) : json()},
+      {"runningHash", running.open},
       {"degraded", orNull(state.degradedReason)},
       {"disk", orNull(state.disk)},
-      {"changed", server.isChanged()},
-      {"lastSave", utc(state.lastSave)},
+      {"changed", changed},
+      {"lastSave", state.lastSave ? json(utc(*state.lastSave)) : json()},
       {"lastFailure", orNull(state.lastFailure)},
-      {"history", history.newest()},
-      {"historyProblem", orNull(history.problem())},
-      {"sessions", bridge.sessions()},
-      {"groupProblem", orNull(socketGroup.problem())},
+      {"history", sources.history.newest()},
+      {"historyProblem", orNull(sources.history.problem())},
+      {"sessions", sources.bridge.sessions()},
+      {"watchers", counts.watchers},
+      {"writes", counts.writes},
+      {"saves", counts.saves},
+      {"failedSaves", counts.failedSaves},
+      {"refusals", counts.refusals},
+      {"groupProblem", orNull(sources.socketGroup.problem())},
       {"logClosed", logIsClosed()},
       {"findings", state.findings.count},
       {"findingList", listOf(state.findings)},
   };
+  if (mayWrite) {
+    status["savedHashWithSecrets"] = saved ? json(saved->whole) : json();
+    status["runningHashWithSecrets"] = running.whole;
+  }
   // A path may hold any bytes; JSON holds UTF-8.
   return status.dump(-1, ' ', false, json::error_handler_t::replace);
 }

@@ -1,10 +1,13 @@
 // The agent's state, for operators and programs.
 #pragma once
 
+#include <chrono>
 #include <string>
 
+#include "agent/access/settings_hashes.h"
 #include "agent/bridge/bridge_server.h"
 #include "agent/bridge/socket_group.h"
+#include "agent/events/events.h"
 #include "agent/history/history.h"
 #include "agent/options.h"
 #include "agent/state/settings_keeper.h"
@@ -12,13 +15,31 @@
 
 namespace agent {
 
-/// A JSON object: version, stateDir, pid, strict, catalogue (its hash), degraded (null or why),
-/// changed, lastSave (null or UTC), lastFailure (null or why), history (the newest revision's
-/// number), historyProblem (null or what), sessions, groupProblem (null or why
-/// the administrators' group cannot reach the socket), logClosed, findings (their
-/// number) and findingList (the first of them, each an object of texts). Thread-safe.
-std::string statusOf(const Options& options, LPARAMS::Server::Server_t& server,
-                     const SettingsKeeper& keeper, const History& history,
-                     const BridgeServer& bridge, const SocketGroup& socketGroup);
+/// When the agent has begun to serve.
+struct BeginOfService {
+  /// Now. Made a text at once: the first time that is made one reads the system's time zone, and so
+  /// no command does.
+  BeginOfService();
+
+  const std::string time;  ///< UTC
+  const std::chrono::steady_clock::time_point tick = std::chrono::steady_clock::now();
+};
+
+/// Whose state it is.
+struct StatusSources {
+  const Options& options;
+  LPARAMS::Server::Server_t& server;
+  const SettingsKeeper& keeper;
+  const History& history;
+  const BridgeServer& bridge;
+  const SocketGroup& socketGroup;
+  const Events& events;
+  SettingsHashes& hashes;
+  const BeginOfService& begin;
+};
+
+/// A JSON object; docs/bridge-protocol.md has its members. Hashes that include secrets are there
+/// for who may write. Thread-safe.
+std::string statusOf(const StatusSources& sources, bool mayWrite);
 
 }  // namespace agent

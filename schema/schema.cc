@@ -1,16 +1,11 @@
 #include "schema/schema.h"
 
-// Header only, so that it serves every width.
-#define XXH_INLINE_ALL
-#include <xxhash.h>
-
 #include <algorithm>
-#include <array>
-#include <cstdio>
 #include <nlohmann/json.hpp>
 
 #include "lparams/values/values.h"
 #include "lparams/values/visit.h"
+#include "text/hash.h"
 
 namespace schema {
 namespace {
@@ -68,13 +63,7 @@ std::string hashOf(Json groups) {
   for (Json& group : groups) {
     for (Json& param : group["params"]) param.erase(MEANING);
   }
-  const std::string text = groups.dump();
-  const XXH128_hash_t hash = XXH3_128bits(text.data(), text.size());
-  std::array<char, 33> digits{};
-  (void)std::snprintf(digits.data(), digits.size(), "%016llx%016llx",
-                      static_cast<unsigned long long>(hash.high64),
-                      static_cast<unsigned long long>(hash.low64));
-  return digits.data();
+  return text::hashOf(groups.dump());
 }
 
 }  // namespace
