@@ -80,7 +80,9 @@ std::string AgentStore::status() {
   return call(bridge::StatusRequest{}, "asking for the state").output;
 }
 
-void AgentStore::subscribe() { (void)call(bridge::Subscription{}, "subscribing"); }
+void AgentStore::watch() {
+  (void)call(bridge::AgentCommand{std::string(bridge::WATCH), {}}, "watching");
+}
 
 bridge::Reply AgentStore::call(const bridge::Request& request, const std::string& what) {
   if (!connection_) connection_.emplace(socketPath_, timeout_);

@@ -29,9 +29,11 @@ class AgentStore final : public Store {
   /// Returns the reply to a request that has succeeded; `what` is what a message says has failed.
   bridge::Reply call(const bridge::Request& request, const std::string& what);
 
-  /// Has the agent send an event at each change of a group. Nothing but nextEvent follows.
-  void subscribe();
-  bridge::Event nextEvent() { return connection_->nextEvent(); }
+  /// Has the agent tell all that happens. Nothing follows but the other two, as Connection has
+  /// them.
+  void watch();
+  bool waitForNotice(int output) { return connection_->waitForNotice(output); }
+  bridge::Notice nextNotice() { return connection_->nextNotice(); }
 
  private:
   const std::string socketPath_;

@@ -1,6 +1,8 @@
 // The only source that includes Asio, which is slow to compile.
 #include "client/connection.h"
 
+#include <poll.h>
+
 #include <asio/buffer.hpp>
 #include <asio/error.hpp>
 #include <asio/io_context.hpp>
@@ -8,6 +10,7 @@
 #include <asio/write.hpp>
 
 #include <array>
+#include <cerrno>
 #include <chrono>
 #include <filesystem>
 #include <optional>
@@ -56,10 +59,13 @@ class Connection::Stream {
               [&](auto done) { asio::async_write(socket_, asio::buffer(bytes), done); });
   }
 
-  void waitForInput() {
-    std::error_code error;
-    socket_.wait(asio::socket_base::wait_read, error);
-    if (error) fail("cannot be waited for: " + error.message());
+  /// False if nobody reads any more what is written to the descriptor.
+  bool waitForInput(int output) {
+    std::array<pollfd, 2> waiting = {{{socket_.native_handle(), POLLIN, 0}, {output, 0, 0}}};
+    while (::poll(waiting.data(), waiting.size(), -1) < 0) {
+      if (errno != EINTR) fail("cannot be waited for: " + std::system_category().message(errno));
+    }
+    return waiting[1].revents == 0;
   }
 
   /// Returns what has arrived, at least one byte; valid until the next call.
@@ -136,12 +142,15 @@ bridge::Reply Connection::exchange(const bridge::Request& request) {
   return std::move(*reply);
 }
 
-bridge::Event Connection::nextEvent() {
-  if (received_.empty()) stream_->waitForInput();
+bool Connection::waitForNotice(int output) {
+  return !received_.empty() || stream_->waitForInput(output);
+}
+
+bridge::Notice Connection::nextNotice() {
   bridge::Message message = receive();
-  auto* const event = std::get_if<bridge::Event>(&message);
-  if (event == nullptr) stream_->fail("sent a reply that nobody has asked for");
-  return std::move(*event);
+  auto* const notice = std::get_if<bridge::Notice>(&message);
+  if (notice == nullptr) stream_->fail("sent what nobody has asked for");
+  return std::move(*notice);
 }
 
 bridge::Message Connection::receive() {

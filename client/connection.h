@@ -20,11 +20,15 @@ class Connection {
   ~Connection();
 
   /// Sends a request and waits for its reply. A request that is too long for a frame is not sent.
-  /// REQUIRES: not subscribed.
+  /// REQUIRES: it does not watch.
   bridge::Reply exchange(const bridge::Request& request);
 
-  /// Waits for the next event, as long as it takes. REQUIRES: subscribed.
-  bridge::Event nextEvent();
+  /// Waits until a notice comes, as long as it takes. False if nobody reads any more what is
+  /// written to `output`, a descriptor. REQUIRES: the last request was to watch.
+  bool waitForNotice(int output);
+
+  /// The next notice. REQUIRES: as above.
+  bridge::Notice nextNotice();
 
  private:
   class Stream;

@@ -4,6 +4,7 @@
 #include <iostream>
 #include <map>
 
+#include "client/glob.h"
 #include "client/values.h"
 #include "client/verbs/verb.h"
 #include "client/verbs/verbs.h"
@@ -40,43 +41,13 @@ struct Given {
   bool json = false;
 };
 
-char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
-
-/// "*" is any text and "?" any character; brackets are no more than that, since names have them.
-bool matches(std::string_view glob, std::string_view text) {
-  size_t at = 0;
-  size_t in = 0;
-  size_t star = std::string_view::npos;
-  size_t resume = 0;
-  while (in < text.size()) {
-    if (at < glob.size() && glob[at] == '*') {
-      star = at++;
-      resume = in;
-    } else if (at < glob.size() && (glob[at] == '?' || lower(glob[at]) == lower(text[in]))) {
-      ++at;
-      ++in;
-    } else if (star != std::string_view::npos) {
-      at = star + 1;
-      in = ++resume;
-    } else {
-      return false;
-    }
-  }
-  while (at < glob.size() && glob[at] == '*') ++at;
-  return at == glob.size();
-}
-
 bool isListed(const NamedValue& value, const Given& filter, const CatalogueView& catalogue) {
   if (!value.running && !value.secret) return false;  // of a user who was removed
   if (filter.changed && value.running == value.byDefault) return false;
   if (filter.unsaved && value.running == value.saved) return false;
   const auto* const param = catalogue.find(value.name);
   if (filter.fileOnly && (param == nullptr || param->at("where") != "file")) return false;
-  if (filter.glob.empty()) return true;
-  const std::string_view name = value.name;
-  const size_t dot = name.rfind('.');
-  return matches(filter.glob, name) || matches(filter.glob, name.substr(dot + 1)) ||
-         matches(filter.glob, name.substr(0, dot));
+  return filter.glob.empty() || matchesName(filter.glob, value.name);
 }
 
 /// Characters, as far as UTF-8 tells them apart.

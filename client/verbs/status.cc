@@ -3,6 +3,8 @@
 #include <nlohmann/json.hpp>
 
 #include "client/failure.h"
+#include "client/metrics.h"
+#include "client/values.h"
 #include "client/verbs/verb.h"
 #include "client/verbs/verbs.h"
 #include "text/escape.h"
@@ -16,10 +18,22 @@ constexpr const char* NOTES =
     R"~(Whether saves are refused (degraded) and why, whether there are unsaved changes (changed),
 the last save and how it failed, the sessions on the bridge, and how many things in the
 settings file were not taken as they stand there (findings). --findings lists these: lines
-that were ignored or changed, with their places, until a save has replaced the file.)~";
+that were ignored or changed, with their places, until a save has replaced the file.
+savedHash and runningHash are equal on all gateways with equal settings.
+
+--json prints the state as a JSON object. --metrics prints it for the textfile collector of a
+Prometheus node exporter; if the agent does not answer, "lparams_up 0", and the exit status
+says so too.
+
+Examples:
+  lparamsctl status
+  lparamsctl status --metrics > /var/lib/node_exporter/lparams.prom.new
+  lparamsctl status --json | jq -r .runningHash)~";
 
 struct Given {
   bool findings = false;
+  bool metrics = false;
+  bool json = false;
 };
 
 constexpr const char* COUNT = "findings";
@@ -74,17 +88,34 @@ void printState(const json& state) {
   }
 }
 
+json findingsOf(const json& state) { return state.contains(LIST) ? state[LIST] : json::array(); }
+
 void printFindings(const json& state) {
-  const json list = state.contains(LIST) ? state[LIST] : json::array();
+  const json list = findingsOf(state);
   for (const json& finding : list) std::cout << lineOf(finding) << '\n';
   if (state.contains(COUNT) && state[COUNT] > list.size()) {
     std::cout << "and more: " << textOf(state[COUNT]) << " in all\n";
   }
 }
 
+void printMetrics(Context& context) {
+  AgentStore& agent = context.agent();
+  try {
+    std::cout << metricsOf(stateOf(agent));
+  } catch (const Failure&) {
+    std::cout << metricsWithoutAgent();
+    throw;
+  }
+}
+
 void status(Context& context, const Given& given) {
+  if (given.metrics) return printMetrics(context);
   const json state = stateOf(context.agent());
-  given.findings ? printFindings(state) : printState(state);
+  if (given.json) {
+    std::cout << printedJson(given.findings ? findingsOf(state) : state);
+  } else {
+    given.findings ? printFindings(state) : printState(state);
+  }
 }
 
 }  // namespace
@@ -93,6 +124,10 @@ void addStatus(CLI::App& app, Context& context) {
   const auto [command, given] =
       addVerb(app, context, "status", "Print the agent's state", NOTES, status);
   command.add_flag("--findings", given->findings, "List what was found in the settings file");
+  command.add_flag("--metrics", given->metrics, "Print metrics for Prometheus")
+      ->excludes("--findings");
+  addJson(command, given->json);
+  command.get_option("--json")->excludes("--metrics");
 }
 
 }  // namespace client

@@ -1,6 +1,8 @@
 // What the client does beyond reading and writing: saves, the state, events.
 #include <gtest/gtest.h>
 
+#include <nlohmann/json.hpp>
+
 #include <string>
 #include <vector>
 
@@ -81,18 +83,54 @@ TEST(ClientStatus, StateThatIsNone) {
   }
 }
 
-TEST(ClientWatch, PrintsEventsUntilTheAgentGoes) {
+TEST(ClientStatus, PrintsJson) {
+  const auto printedWith = [](std::vector<std::string> command) {
+    ScriptedAgent agent({done(R"({"pid":7,"findings":1,"findingList":[{"what":"x"}]})")});
+    command.insert(command.begin(), {"--socket", agent.socketPath});
+    return nlohmann::json::parse(runClient(command).out);
+  };
+  EXPECT_EQ(printedWith({"status", "--json"})["pid"], 7);
+  EXPECT_EQ(printedWith({"status", "--json", "--findings"}),
+            nlohmann::json::parse(R"([{"what":"x"}])"));
+}
+
+TEST(ClientStatus, MetricsSayThatTheAgentDoesNotAnswer) {
+  Outcome expected =
+      failed(69, "cannot reach the agent at /nonexistent: No such file or directory");
+  expected.out =
+      "# HELP lparams_up Whether the agent answers.\n# TYPE lparams_up gauge\nlparams_up 0\n";
+  EXPECT_EQ(runClient({"--socket", "/nonexistent", "status", "--metrics"}), expected);
+}
+
+TEST(ClientWatch, PrintsNoticesUntilTheAgentGoes) {
   ScriptedAgent agent([](const Peer& peer) {
     (void)peer.read(bridge::HELLO_SIZE);
     peer.write(bridge::encodeHello());
-    (void)peer.read(bridge::FRAME_HEAD_SIZE + 1);
+    (void)peer.read(bridge::encode(bridge::Request(bridge::AgentCommand{"watch", ""})).size());
     peer.write(bridge::encode(done()));
-    peer.write(bridge::encode(bridge::Event{"IKE", 3, 1000, 42}));
-    peer.write(bridge::encode(bridge::Event{"LOG", 2, 0, 43}));
+    peer.write(bridge::encode(
+        bridge::Notice{.what = bridge::Notice::Saved, .uid = 1000, .pid = 42, .program = "x\n"}));
+    peer.write(bridge::encode(bridge::Notice{.what = bridge::Notice::NotSaved, .text = "full"}));
   });
   const Outcome outcome = runClient({"--socket", agent.socketPath, "watch"});
-  EXPECT_EQ(outcome.out, "IKE revision 3 by uid 1000 pid 42\nLOG revision 2 by uid 0 pid 43\n");
+  EXPECT_EQ(outcome.out,
+            "1970-01-01T00:00:00.000Z saved   (x\\x0a, uid 1000, pid 42)\n"
+            "1970-01-01T00:00:00.000Z not saved: full   (, uid 0, pid 0)\n");
+  EXPECT_EQ(outcome.err,
+            "lparamsctl: the agent at " + agent.socketPath + " closed the connection\n");
   EXPECT_EQ(outcome.exitCode, 69);
+}
+
+TEST(ClientWatch, EndsWhereItsOutputCannotBeWritten) {
+  ScriptedAgent agent([](const Peer& peer) {
+    (void)peer.read(bridge::HELLO_SIZE);
+    peer.write(bridge::encodeHello());
+    peer.write(bridge::encode(done()));
+    peer.write(bridge::encode(bridge::Notice{.what = bridge::Notice::Saved}));
+    peer.readToEnd();
+  });
+  EXPECT_EQ(runClient({"--socket", agent.socketPath, "watch"}, {.outputPath = "/dev/full"}),
+            failed(74, "cannot write the output"));
 }
 
 }  // namespace

@@ -75,6 +75,7 @@ TEST(ClientCommandLine, ExamplesAreLegal) {
       {"save", "--force"},
       {"status"},
       {"watch"},
+      {"watch", "USERS[bob]"},
   };
   for (std::vector<std::string> arguments : examples) {
     arguments.insert(arguments.begin(), {"--socket", "/nonexistent"});

@@ -65,15 +65,16 @@ TEST_F(Secrets, AreNotInErrorsEventsAndTheState) {
     ASSERT_TRUE(writer.greet());
     const std::jthread writing([&](const std::stop_token& stop) {
       testing_support::Settings settings;
-      settings.ikeGroup.QCD_SECRET.value = SECRET + " again";
+      int count = 0;
       // Nothing says when the other one has subscribed.
       while (!stop.stop_requested()) {
+        settings.ikeGroup.QCD_SECRET.value = SECRET + std::to_string(++count);
         (void)writer.exchange(
             bridge::Command{13, 0, testing_support::encodeRecord(settings.ikeGroup)});
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
       }
     });
-    EXPECT_TRUE(watch.waitFor("IKE revision "));
+    EXPECT_TRUE(watch.waitFor("Z IKE.QCD_SECRET: (hidden) -> (hidden)   ("));
   }
   state_.write(SETTINGS, "edited " + SECRET);
   for (const Arguments& command :
