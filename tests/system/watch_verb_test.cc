@@ -111,7 +111,8 @@ TEST_F(WatchVerb, PrintsJsonLines) {
 
 TEST_F(WatchVerb, EndsWhenNobodyReadsItsOutput) {
   start();
-  const std::string command = PRODUCTS_DIR "/lparamsctl --socket " + socketPath + " watch 2>/dev/null";
+  const std::string command =
+      PRODUCTS_DIR "/lparamsctl --socket " + socketPath + " watch 2>/dev/null";
   FILE* const output = ::popen(command.c_str(), "re");
   ASSERT_NE(output, nullptr);
   while (status()["watchers"] != 1) continue;
