@@ -3,7 +3,7 @@
 
 Usage: report.py PLOT DIRECTORY...
 
-Each DIRECTORY holds store-WIDTH.json and bridge-WIDTH.json of one run. The ratios are those of every
+Each DIRECTORY holds store-WIDTH.json, bridge-WIDTH.json and client-WIDTH.json of one run. The ratios are those of every
 run, the other figures and the plot those of the last. Times are medians of the rounds in which the
 processor was quiet. "Disturbed" is the share of the others, of the subject or of what it is measured
 against: the larger one.
@@ -32,6 +32,8 @@ RATIOS = [
     ("write USERS/lparams/100", "write USERS/assignment/100", "<", 1.5, 1.5),
     ("bridge/p50/lparams", "bridge/p50/echo", "<", 1.5, 1.5),
     ("bridge/p50/lparams", "bridge/p50/D-Bus", ">", 4, None),
+    ("client/get", "client/one line", "<", 2.0, 2.0),
+    ("client/list", "client/bytes over the bridge", "<", 3.0, 3.0),
     ("load/lparams/10000", "load/lparams/100", "<", 150, 150),
     ("resident per user, written", "strings and parameters per user", "<", 2.0, 2.0),
 ]
@@ -74,6 +76,8 @@ class Run:
                 self.figures[name] = float(value)
         bridge = json.loads((directory / f"bridge-{width}.json").read_text())
         self.figures.update({"bridge/" + name: value for name, value in bridge.items()})
+        client = json.loads((directory / f"client-{width}.json").read_text())
+        self.figures.update({"client/" + name: value for name, value in client.items()})
 
     def pair(self, *names):
         """Two figures to compare: from quiet rounds, or if one has next to none, both from all."""

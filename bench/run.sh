@@ -54,6 +54,9 @@ measure() {
   echo "run $1: the bridge in $width bit" >&2
   logged "$log" taskset -c "$processor" "$from/bridge_bench" "$products/lparams_agent" \
     "$here-bridge" "$to/bridge-$width.json"
+  echo "run $1: the client in $width bit" >&2
+  logged "$log" taskset -c "$processor" "$from/client_bench" "$products/lparams_agent" \
+    "$products/lparamsctl" "$from/one_line" "$here-client" "$to/client-$width.json"
 }
 
 build 64

@@ -27,8 +27,11 @@ CatalogueView::CatalogueView(const std::string& schema) try : schema_(Json::pars
 }
 
 const Json* CatalogueView::find(std::string_view fullName) const {
-  const NamePieces pieces = takeApart(fullName);
-  const auto found = params_.find(pieces.group + "." + pieces.member);
+  const size_t open = fullName.find('[');
+  const bool ofUser = open != std::string_view::npos && fullName.rfind('.') > open;
+  const auto found = !ofUser ? params_.find(fullName)
+                             : params_.find(std::string(fullName.substr(0, open)) +
+                                            std::string(fullName.substr(fullName.rfind('.'))));
   return found == params_.end() ? nullptr : found->second;
 }
 

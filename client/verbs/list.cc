@@ -45,10 +45,14 @@ bool isListed(const NamedValue& value, const Given& filter, const CatalogueView&
   if (!value.running && !value.secret) return false;  // of a user who was removed
   if (filter.changed && value.running == value.byDefault) return false;
   if (filter.unsaved && value.running == value.saved) return false;
-  const auto* const param = catalogue.find(value.name);
-  if (filter.fileOnly && (param == nullptr || param->at("where") != "file")) return false;
+  if (filter.fileOnly) {
+    const auto* const param = catalogue.find(value.name);
+    if (param == nullptr || param->at("where") != "file") return false;
+  }
   return filter.glob.empty() || matchesName(filter.glob, value.name);
 }
+
+constexpr size_t PRINTED_AT_ONCE = 16 * 1024;  // bytes
 
 /// Characters, as far as UTF-8 tells them apart.
 size_t widthOf(const std::string& cell) {
@@ -70,6 +74,9 @@ void print(const std::vector<Row>& rows) {
     }
     lines += row.legal;
     lines += '\n';
+    if (lines.size() < PRINTED_AT_ONCE) continue;
+    std::cout << lines;
+    lines.clear();
   }
   std::cout << lines;
 }
