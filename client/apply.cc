@@ -11,25 +11,15 @@ namespace {
 using bridge::NamedChanges;
 using bridge::NamedValues;
 
-NamedValues tryOut(AgentStore& agent, const NamedChanges& changes) {
-  return valuesIn(agent.call(bridge::AgentCommand{"try", bridge::encode(changes)}, "checking"));
-}
-
-NamedValues applyNow(AgentStore& agent, const ApplyOptions& options, const NamedChanges& changes) {
-  if (!options.save && options.confirm == 0) return agent.set(changes);
+/// Has the agent take the changes back unless they are confirmed in time.
+NamedValues writeUntilConfirmed(AgentStore& agent, const ApplyOptions& options,
+                                const NamedChanges& changes) {
   std::string input;
   bridge::put(input, static_cast<uint32_t>(options.confirm));
   bridge::put(input, static_cast<uint8_t>(options.save ? 1 : 0));
   bridge::put(input, options.message);
   input += bridge::encode(changes);
   return valuesIn(agent.call(bridge::AgentCommand{"apply", input}, "writing"));
-}
-
-void save(AgentStore& agent, const std::string& message) {
-  std::string input;
-  bridge::put(input, static_cast<uint8_t>(0));
-  bridge::put(input, message);
-  (void)agent.call(bridge::AgentCommand{"save", input}, "saving");
 }
 
 /// The document's own mistakes, and those that the agent finds in what could be read of it.
@@ -46,6 +36,10 @@ void save(AgentStore& agent, const std::string& message) {
 
 }  // namespace
 
+NamedValues tryOut(AgentStore& agent, const NamedChanges& changes) {
+  return valuesIn(agent.call(bridge::AgentCommand{"try", bridge::encode(changes)}, "checking"));
+}
+
 Done apply(AgentStore& agent, const WantedDocument& document, const ApplyOptions& options) {
   if (document.hasMistakes()) refuse(agent, document);
   const auto stepsFrom = [&](const NamedValues& now) {
@@ -55,17 +49,22 @@ Done apply(AgentStore& agent, const WantedDocument& document, const ApplyOptions
     return stepsTo(wanted, now);
   };
   const auto write = [&](const NamedChanges& changes) {
-    return options.check ? tryOut(agent, changes) : applyNow(agent, options, changes);
+    if (options.check) return tryOut(agent, changes);
+    return options.confirm > 0 ? writeUntilConfirmed(agent, options, changes) : agent.set(changes);
   };
-  Done done;
   try {
-    done = change(agent, stepsFrom, write);
+    return change(agent, stepsFrom, write);
   } catch (const Failure& failure) {
     if (failure.status != programs::EXIT_ILLEGAL) throw;
     throw document.failure(failure.what());
   }
-  if (done.steps.empty() && options.save && !options.check) save(agent, options.message);
-  return done;
+}
+
+void save(AgentStore& agent, const std::string& message) {
+  std::string input;
+  bridge::put(input, static_cast<uint8_t>(0));
+  bridge::put(input, message);
+  (void)agent.call(bridge::AgentCommand{"save", input}, "saving");
 }
 
 }  // namespace client

@@ -10,16 +10,22 @@
 namespace client {
 
 struct ApplyOptions {
-  bool exclusive = false;    ///< what the document does not name goes to its default, or is removed
-  bool exactOrder = false;   ///< the users shall have the document's order
-  bool check = false;        ///< nothing is changed
-  bool save = false;         ///< the agent saves then, also what was changed before
-  std::string message = {};  ///< for the agent's history of what was saved
+  bool exclusive = false;   ///< what the document does not name goes to its default, or is removed
+  bool exactOrder = false;  ///< the users shall have the document's order
+  bool check = false;       ///< nothing is changed
   unsigned confirm = 0;  ///< seconds in which the change has to be confirmed; 0 if it need not be
+  bool save = false;     ///< what has to be confirmed is saved until then
+  std::string message = {};  ///< for the history of that save
 };
+
+/// What the changes would do, with all checks; nothing is written.
+bridge::NamedValues tryOut(AgentStore& agent, const bridge::NamedChanges& changes);
 
 /// Carries out all that the document wants or nothing. What is so already is not written. Returns
 /// what has been done, or what would be. Throws Failure with all mistakes.
 Done apply(AgentStore& agent, const WantedDocument& document, const ApplyOptions& options);
+
+/// Has the agent save, with a message for its history of what was saved.
+void save(AgentStore& agent, const std::string& message);
 
 }  // namespace client

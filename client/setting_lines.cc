@@ -11,14 +11,15 @@ using LPARAMS::Server::HIDDEN;
 
 constexpr const char* USERS = "USERS";
 
-std::string lineOf(const bridge::NamedValue& of, bool secrets) {
+}  // namespace
+
+std::string settingLine(const bridge::NamedValue& of, bool secrets) {
   const bool shown = of.running && (!of.secret || secrets);
   const std::string value = shown ? *of.running : HIDDEN;
-  if (!hasControlBytes(value)) return of.name + "=" + value + "\n";
-  return "# " + of.name + "=" + text::inQuotes(value) + "\n";
+  const bool isLine = !hasControlBytes(value) && !hasControlBytes(of.name);
+  if (isLine) return of.name + "=" + value + "\n";
+  return "# " + text::escaped(of.name) + "=" + text::inQuotes(value) + "\n";
 }
-
-}  // namespace
 
 std::string settingLines(Store& store, const std::string& name, bool secrets) {
   const bridge::NamedValues found = store.get(name.empty() ? bridge::Names() : bridge::Names{name});
@@ -27,7 +28,7 @@ std::string settingLines(Store& store, const std::string& name, bool secrets) {
   for (const bridge::NamedValue& value : found.values) {
     if (!value.running && !value.secret) continue;  // of a user who was removed
     users = users || value.name.starts_with(USERS);
-    lines += lineOf(value, secrets);
+    lines += settingLine(value, secrets);
   }
   if (!users && (name.empty() || name == USERS)) lines += "# USERS (no entries)\n";
   return lines;

@@ -7,6 +7,9 @@
 
 namespace client {
 
+/// The line of one value.
+std::string settingLine(const bridge::NamedValue& of, bool secrets);
+
 /// A group, a user, or everything if `name` is empty, as lines NAME=value that `set` takes back.
 /// Secrets show only if `secrets`. What `set` would not take as it stands is a comment, a line that
 /// begins with "#".

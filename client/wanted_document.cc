@@ -93,7 +93,7 @@ Wanted WantedDocument::wanted(const bridge::NamedValues& now) const {
   return wanted;
 }
 
-Failure WantedDocument::failure(std::string_view refusal) const {
+std::vector<Mistake> WantedDocument::mistakes(std::string_view refusal) const {
   std::vector<Mistake> all = mistakes_;
   while (!refusal.empty()) {
     const size_t end = std::min(refusal.find('\n'), refusal.size());
@@ -105,17 +105,21 @@ Failure WantedDocument::failure(std::string_view refusal) const {
     // What has no place comes last.
     return std::tuple(mistake.place.line == 0, mistake.place.line, mistake.place.column);
   });
+  if (const size_t more = document_.mistakeCount - document_.mistakes.size(); more > 0) {
+    all.push_back({{}, "and " + std::to_string(more) + " more mistakes"});
+  }
+  return all;
+}
+
+Failure WantedDocument::failure(std::string_view refusal) const {
   std::string message;
-  for (const auto& [place, text] : all) {
+  for (const auto& [place, text] : mistakes(refusal)) {
     message += text::escaped(name_);
     if (place.line > 0) {
       message.append(":").append(std::to_string(place.line));
       message.append(":").append(std::to_string(place.column));
     }
     message.append(": ").append(text).append("\n");
-  }
-  if (const size_t more = document_.mistakeCount - document_.mistakes.size(); more > 0) {
-    message += "and " + std::to_string(more) + " more mistakes\n";
   }
   return {programs::EXIT_ILLEGAL, message + "nothing was written"};
 }

@@ -25,9 +25,12 @@ class WantedDocument {
 
   bool hasMistakes() const { return !mistakes_.empty(); }
 
-  /// All that is wrong, with its places, in the order of the document: also with what the agent has
-  /// refused, in `refusal`, a line for each mistake.
-  Failure failure(std::string_view refusal = {}) const;
+  /// All that is wrong, in the order of the document, with what the agent has refused: `refusal`
+  /// has a line for each mistake.
+  std::vector<documents::Mistake> mistakes(std::string_view refusal) const;
+
+  /// The same as a failure.
+  Failure failure(std::string_view refusal) const;
 
  private:
   void spell(documents::Value& value, const CatalogueView& catalogue);

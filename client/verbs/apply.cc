@@ -57,13 +57,13 @@ std::string plural(size_t count) {
   return std::to_string(count) + (count == 1 ? " change" : " changes");
 }
 
-std::string summaryOf(const ChangeReport& report, const ApplyOptions& options) {
-  if (report.empty()) return "nothing to change";
+std::string summaryOf(const ChangeReport& report, const ApplyOptions& options, bool saved) {
+  if (report.empty()) return saved ? "nothing to change; saved" : "nothing to change";
   const size_t count =
       report.values.size() + report.added.size() + report.removed.size() + report.moved.size();
   if (options.check) return plural(count) + " to make";
   std::string summary = plural(count) + " made";
-  summary += options.save ? " and saved" : ", not saved";
+  summary += saved ? " and saved" : ", not saved";
   if (options.confirm > 0) {
     summary += "; \"lparamsctl confirm\" keeps them, or they go back in " +
                std::to_string(options.confirm) + " s";
@@ -71,9 +71,9 @@ std::string summaryOf(const ChangeReport& report, const ApplyOptions& options) {
   return summary;
 }
 
-void print(const ChangeReport& report, const Given& given, const CatalogueView& catalogue) {
-  const bool saved = given.options.save && !given.options.check;
-  const std::string summary = summaryOf(report, given.options);
+void print(const ChangeReport& report, const Given& given, bool saved,
+           const CatalogueView& catalogue) {
+  const std::string summary = summaryOf(report, given.options, saved);
   if (given.json) {
     CatalogueView::Json json = documentOf(report, catalogue);
     json["check"] = given.options.check;
@@ -92,11 +92,22 @@ void apply(Context& context, const Given& given) {
     throw Failure(programs::EXIT_USAGE, "a message is for what is saved: add --save");
   }
   AgentStore& agent = context.agent();
-  std::string text = readUserInput(given.path, documents::MAX_SIZE);
+  const std::string text = readUserInput(given.path, documents::MAX_SIZE);
   const CatalogueView catalogue(agent.schema());
   const WantedDocument document(inputName(given.path), documents::read(text), catalogue);
-  const ChangeReport report(client::apply(agent, document, given.options));
-  print(report, given, catalogue);
+  const Done done = client::apply(agent, document, given.options);
+  const ChangeReport report(done);
+  const bool saved = given.options.save && !given.options.check;
+  // What has to be confirmed is saved already.
+  if (saved && (given.options.confirm == 0 || done.steps.empty())) {
+    try {
+      save(agent, given.options.message);
+    } catch (const Failure&) {
+      print(report, given, false, catalogue);
+      throw;
+    }
+  }
+  print(report, given, saved, catalogue);
   if (given.detailed && !report.empty()) context.status = programs::EXIT_CHANGED;
 }
 

@@ -24,6 +24,7 @@ void addRevert(CLI::App& app, Context& context);
 void addReset(CLI::App& app, Context& context);
 void addApply(CLI::App& app, Context& context);
 void addBackup(CLI::App& app, Context& context);
+void addEdit(CLI::App& app, Context& context);
 void addRestore(CLI::App& app, Context& context);
 void addSave(CLI::App& app, Context& context);
 void addStatus(CLI::App& app, Context& context);

@@ -196,6 +196,26 @@ TEST_F(Apply, DetailedExitCodeTellsWhetherSomethingChanges) {
   EXPECT_EQ(apply("IKE.NO=1", {"--detailed-exitcode"}).exitCode, 65);
 }
 
+TEST_F(Apply, SavesWithAMessage) {
+  EXPECT_EQ(apply("IKE.IKE_PORT=501", {"--save", "--message", "why"}),
+            printed("1 change made and saved\n"));
+  EXPECT_THAT(host::readFile(settingsPath), HasSubstr("IKE_PORT=501\n"));
+  (void)out({"set", "IKE.NATT_PORT=4501"});
+  EXPECT_EQ(apply("IKE.IKE_PORT=501", {"--save"}), printed("nothing to change; saved\n"));
+  EXPECT_THAT(host::readFile(settingsPath), HasSubstr("NATT_PORT=4501\n"));
+  EXPECT_EQ(apply("IKE.IKE_PORT=502", {"--save", "--check"}), printed("1 change to make\n"));
+  EXPECT_EQ(apply("IKE.IKE_PORT=502", {"--message", "why"}),
+            failed(64, "a message is for what is saved: add --save"));
+}
+
+TEST_F(Apply, WhatCouldNotBeSavedIsToldAllTheSame) {
+  host::writeFile(settingsPath, "/ROOT=\nend=\n");  // somebody else's change
+  const Outcome outcome = apply("IKE.IKE_PORT=501", {"--save", "--diff"});
+  EXPECT_EQ(outcome.exitCode, 74);
+  EXPECT_EQ(outcome.out, "IKE.IKE_PORT: 500 -> 501\n1 change made, not saved\n");
+  EXPECT_THAT(outcome.err, HasSubstr("saving failed: "));
+}
+
 TEST_F(Apply, ValuesOfAnyBytesAndNamesOfAnyBytesArrive) {
   (void)out({"user", "add", "a].b=c: d"});
   EXPECT_EQ(apply("USERS[a].b=c: d].LSP_FILE= \xff=# \nUSERS[a].b=c: d].PMP_TIMEOUT=1\n"),
