@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <iterator>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <regex>
@@ -98,6 +100,17 @@ TEST(Metrics, AreThoseOfTheState) {
                 {"lparams_failed_saves_total", "1"},
                 {"lparams_refusals_total", "5"},
             }));
+}
+
+TEST(Metrics, AreInTheOperatorsDocument) {
+  std::ifstream file(SOURCE_DIR "/docs/operations.md");
+  const std::string document(std::istreambuf_iterator<char>(file), {});
+  json state = STATE;
+  state["lastSave"] = "1970-01-01T00:01:01Z";
+  for (const auto& [sample, value] : samplesIn(metricsOf(state))) {
+    const std::string name = "`" + sample.substr(0, sample.find('{')) + "`";
+    EXPECT_NE(document.find(name), std::string::npos) << name;
+  }
 }
 
 TEST(Metrics, HaveTheTimeOfTheLastSave) {
