@@ -5,6 +5,7 @@
 #include "checking/forms.h"
 #include "documents/document.h"
 #include "editing/parameters.h"
+#include "lparams/params/enum_param.h"
 #include "lparams/values/values.h"
 #include "text/escape.h"
 
@@ -54,17 +55,42 @@ class DocumentCheck {
                  "a text of " + std::to_string(value.text.size()) +
                      " bytes is too long; expected at most " + std::to_string(MAX_TEXT_SIZE));
     }
-    if (setValue(*found.param, value.text)) return;
+    if (found.user != nullptr && found.param == &found.user->NAME) return lookAtName(value, found);
+    const std::string problem = problemOf(value, *found.param);
+    if (problem.empty()) return;
     const bool secret = isSecret(*found.param);
     const std::string given = secret ? HIDDEN : value.text.substr(0, MAX_SHOWN);
     checked_.add({.place = value.place,
                   .parameter = name,
-                  .message = (secret ? "the value" : text::inQuotes(given)) + " is not " +
-                             legalValues(*found.param),
+                  .message = (secret ? "the value" : text::inQuotes(given)) + problem,
                   .given = given});
   }
 
  private:
+  /// A user is named by its key.
+  void lookAtName(const Value& value, const editing::Parameters::Found& found) {
+    if (value.text == found.user->NAME.value) return;
+    add(value.place, documents::shownName(value.name),
+        text::inQuotes(value.text.substr(0, MAX_SHOWN)) +
+            " is not the name that the user goes by here");
+  }
+
+  /// What keeps the parameter from taking the value; empty if nothing does.
+  static std::string problemOf(const Value& value, Param& param) {
+    const bool isText = param.getTypeId() == TYPE_STRING || param.getTypeId() == TYPE_SECRET;
+    if (isText && value.kind != Value::Text) return " is no text; write it in quotes";
+    const bool isNumberOfName = value.kind == Value::Number && param.getTypeId() == TYPE_INT &&
+                                hasNumber(static_cast<const EnumParam&>(param), value.text);
+    if (isNumberOfName || setValue(param, value.text)) return {};
+    return " is not " + legalValues(param);
+  }
+
+  static bool hasNumber(const EnumParam& param, const std::string& number) {
+    const Variant* row = param.variants;
+    while (row->name != nullptr && std::to_string(row->value) != number) ++row;
+    return row->name != nullptr;
+  }
+
   void add(inspection::Place place, std::string name, std::string message) {
     checked_.add({.place = place, .parameter = std::move(name), .message = std::move(message)});
   }

@@ -52,6 +52,21 @@ TEST(DocumentCheck, TellsEveryMistakeOfJson) {
   EXPECT_THAT(linesOf("{\"IKE\": "), ElementsAre(HasSubstr("this is not JSON")));
 }
 
+// As it is applied.
+TEST(DocumentCheck, KnowsTheKindsOfJson) {
+  EXPECT_THAT(linesOf(R"({"LOG": {"LANGUAGE": 1, "FILELOG_ON": 1, "WALL_ON": true},
+                          "USERS": {"bob": {"NAME": "bob"}}})"),
+              IsEmpty());
+  EXPECT_THAT(
+      linesOf("{\"LOG\": {\"LANGUAGE\": 9,\n\"ENCODING_TO\": true},\n"
+              "\"POLICY\": {\"PSK_NAME\": 5},\n\"USERS\": {\"bob\": {\"NAME\": \"eve\"}}}"),
+      ElementsAre("1:10: error: LOG.LANGUAGE: \"9\" is not one of LOG_LANG_ENG, LOG_LANG_RUS",
+                  testing::StartsWith("2:1: error: LOG.ENCODING_TO: \"true\" is not one of"),
+                  "3:12: error: POLICY.PSK_NAME: \"5\" is no text; write it in quotes",
+                  "4:19: error: USERS[bob].NAME: \"eve\" is not the name that the user goes "
+                  "by here"));
+}
+
 TEST(DocumentCheck, TellsMoreThanAHundredMistakes) {
   std::string text = "IKE.IKE_PORT=500\n";
   for (int i = 0; i < 1000; ++i) text += "nothing\n";
