@@ -28,21 +28,21 @@ bool isAssignment(std::string_view line) {
 }  // namespace
 
 void Checked::add(inspection::Remark remark) {
-  if (remarks.size() < KEPT) {
+  if (remarks.size() < kept) {
     remarks.push_back(std::move(remark));
   } else {
     ++leftOut;
   }
 }
 
-Checked check(std::string_view text) {
+Checked check(std::string_view text, size_t kept) {
   const std::string_view line = firstLine(inspection::withoutByteOrderMark(text));
   const char first = line.empty() ? '\0' : line.front();
   auto* const checkForm = first == '<'                                ? checkLegacy
                           : first == '{'                              ? checkDocument
                           : first != BLOCK_MARK && isAssignment(line) ? checkDocument
                                                                       : checkSettingsFile;
-  Checked checked = checkForm(text);
+  Checked checked = checkForm(text, kept);
   inspection::sortByPlace(checked.remarks);
   return checked;
 }

@@ -21,13 +21,14 @@ struct Checked {
   /// A hostile text would have millions of remarks.
   static constexpr size_t KEPT = 100'000;
 
-  explicit Checked(Form form) : form(form) {}
+  Checked(Form form, size_t kept) : form(form), kept(kept) {}
 
   void add(inspection::Remark remark);
 
   Form form;
   bool usable = true;  ///< false if a load would break off, or an import take nothing
   std::vector<inspection::Remark> remarks = {};  ///< in the order of their places
+  size_t kept;                                   ///< upper limit of the remarks
   size_t leftOut = 0;                            ///< more remarks
   /// What a load or an import would make of the text; of a document there is nothing.
   std::unique_ptr<LPARAMS::Server::Catalogue> settings = {};
@@ -37,6 +38,6 @@ struct Checked {
 /// "[" an assignment; everything else is a settings file.
 ///
 /// Takes time and memory in proportion to the text. Thread-safe.
-Checked check(std::string_view text);
+Checked check(std::string_view text, size_t kept = Checked::KEPT);
 
 }  // namespace checking

@@ -102,9 +102,9 @@ class DocumentCheck {
 
 }  // namespace
 
-Checked checkDocument(std::string_view text) {
-  Checked checked(Checked::Document);
-  const documents::Document document = documents::read(text, Checked::KEPT);
+Checked checkDocument(std::string_view text, size_t kept) {
+  Checked checked(Checked::Document, kept);
+  const documents::Document document = documents::read(text, kept);
   for (const documents::Mistake& mistake : document.mistakes) {
     checked.add({.place = mistake.place, .message = mistake.text});
   }

@@ -248,8 +248,8 @@ Remark unusable(Place place, const std::string& reason) {
 
 }  // namespace
 
-Checked checkLegacy(std::string_view text) {
-  Checked checked(Checked::Legacy);
+Checked checkLegacy(std::string_view text, size_t kept) {
+  Checked checked(Checked::Legacy, kept);
   checked.usable = false;
   std::unique_ptr<markup::Tree> tree;
   try {

@@ -11,10 +11,10 @@ namespace checking {
 using editing::RecordCheck;
 using inspection::Severity;
 
-Checked checkSettingsFile(std::string_view text) {
-  Checked checked(Checked::SettingsFile);
+Checked checkSettingsFile(std::string_view text, size_t kept) {
+  Checked checked(Checked::SettingsFile, kept);
   checked.settings = std::make_unique<LPARAMS::Server::Catalogue>();
-  const auto found = inspection::inspect(text, *checked.settings, {.findings = Checked::KEPT});
+  const auto found = inspection::inspect(text, *checked.settings, {.findings = kept});
   checked.usable = found.loaded;
   for (const inspection::Finding& finding : found.findings.first) {
     checked.add(inspection::remarkOf(finding));

@@ -29,8 +29,10 @@ using inspection::Findings;
 using inspection::Remark;
 
 // More would take minutes with a sanitizer.
-#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
-constexpr int TEXTS = 1000;
+#if defined(__SANITIZE_THREAD__)
+constexpr int TEXTS = 100;
+#elif defined(__SANITIZE_ADDRESS__)
+constexpr int TEXTS = 500;
 #else
 constexpr int TEXTS = 10'000;
 #endif
@@ -317,7 +319,7 @@ TEST_F(Agreement, WithTheModuleOnTenThousandSpoiltFiles) {
 
     Server_t module;
     const bool isLoaded = load(text, module);
-    const Checked checked = checkSettingsFile(text);
+    const Checked checked = checkSettingsFile(text, Checked::KEPT);
     ASSERT_EQ(checked.usable, isLoaded);
     ASSERT_EQ(textOf(*checked.settings), textOf(module));
     ASSERT_EQ(checked.leftOut, 0u);
@@ -340,7 +342,7 @@ TEST_F(Agreement, WithTheModuleOnTenThousandSpoiltFiles) {
   EXPECT_GT(loaded, TEXTS / 2);
   EXPECT_GT(reports, static_cast<size_t>(TEXTS));
   EXPECT_GT(silent, static_cast<size_t>(TEXTS) / 4);
-  for (const int times : spoiler.used) EXPECT_GT(times, TEXTS / 100);
+  for (const int times : spoiler.used) EXPECT_GT(times, TEXTS / 200);
 }
 
 }  // namespace
