@@ -342,7 +342,7 @@ TEST_F(Agreement, WithTheModuleOnTenThousandSpoiltFiles) {
   EXPECT_GT(loaded, TEXTS / 2);
   EXPECT_GT(reports, static_cast<size_t>(TEXTS));
   EXPECT_GT(silent, static_cast<size_t>(TEXTS) / 4);
-  for (const int times : spoiler.used) EXPECT_GT(times, TEXTS / 200);
+  for (const int times : spoiler.used) EXPECT_GE(times, TEXTS / 500);
 }
 
 }  // namespace
