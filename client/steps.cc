@@ -28,14 +28,23 @@ class Present {
   explicit Present(const NamedValues& now) {
     for (const NamedValue& value : now.values) {
       byName_.emplace(value.name, &value);
-      const NamePieces pieces = takeApart(value.name);
-      if (pieces.member != NAME || !value.name.starts_with("USERS[") || !value.running) continue;
-      users_.push_back(pieces.user);
+      const std::string user = userOf(value.name);
+      if (user.empty() || !value.running) continue;
+      std::vector<const NamedValue*>& fields = fields_[user];
+      if (fields.empty()) users_.push_back(user);
+      fields.push_back(&value);
     }
   }
 
   /// In the order of the list; one that shares its name with another goes by its index.
   const std::vector<std::string>& users() const { return users_; }
+
+  bool isThere(const std::string& user) const { return fields_.contains(user); }
+
+  /// REQUIRES: the user is there.
+  const std::vector<const NamedValue*>& fieldsOf(const std::string& user) const {
+    return fields_.at(user);
+  }
 
   const NamedValue* find(const std::string& name) const {
     const auto found = byName_.find(name);
@@ -45,11 +54,16 @@ class Present {
  private:
   std::map<std::string, const NamedValue*> byName_;
   std::vector<std::string> users_;
+  std::map<std::string, std::vector<const NamedValue*>> fields_;  // by user
 };
 
 class Steps {
  public:
-  Steps(const Wanted& wanted, const NamedValues& now) : wanted_(wanted), now_(now), present_(now) {
+  Steps(const Wanted& wanted, const NamedValues& now)
+      : wanted_(wanted),
+        now_(now),
+        present_(now),
+        wantedUsers_(wanted.users.begin(), wanted.users.end()) {
     for (const auto& [name, value] : wanted.values) values_[name] = value;
   }
 
@@ -68,16 +82,12 @@ class Steps {
  private:
   void add(Change step) { steps_.push_back(std::move(step)); }
 
-  bool isRenewed(const std::string& user) const {
-    return !user.empty() && std::ranges::find(renewed_, user) != renewed_.end();
-  }
+  bool isRenewed(const std::string& user) const { return renewed_.contains(user); }
 
   void removeUsers() {
     std::vector<std::string> rest;  // of those that there are
     for (const std::string& user : present_.users()) {
-      const bool stays =
-          !wanted_.exclusive || std::ranges::find(wanted_.users, user) != wanted_.users.end();
-      if (stays) {
+      if (!wanted_.exclusive || wantedUsers_.contains(user)) {
         rest.push_back(user);
       } else {
         add({Change::RemoveUser, user});
@@ -86,30 +96,27 @@ class Steps {
     if (!wanted_.exactOrder) return;
     // A user can only be appended: all go that do not stand where they shall.
     const auto [out, unused] = std::ranges::mismatch(rest, wanted_.users);
-    renewed_.assign(out, rest.end());
-    for (const std::string& user : renewed_) add({Change::RemoveUser, user});
+    renewed_.insert(out, rest.end());
+    for (auto user = out; user != rest.end(); ++user) add({Change::RemoveUser, *user});
   }
 
   void addUsers() {
     for (const std::string& user : wanted_.users) {
-      const auto& users = present_.users();
-      const bool isThere = std::ranges::find(users, user) != users.end();
-      if (isThere && !isRenewed(user)) continue;
+      if (present_.isThere(user) && !isRenewed(user)) continue;
       add({Change::AddUser, user});
-      if (isThere) setFields(user);
+      if (isRenewed(user)) setFields(user);
     }
   }
 
   /// Of a user who was removed to be appended.
   void setFields(const std::string& user) {
-    for (const NamedValue& value : now_.values) {
-      const NamePieces pieces = takeApart(value.name);
-      if (userOf(value.name) != user || pieces.member == NAME) continue;
-      const auto wanted = values_.find(value.name);
+    for (const NamedValue* value : present_.fieldsOf(user)) {
+      if (takeApart(value->name).member == NAME) continue;
+      const auto wanted = values_.find(value->name);
       if (wanted != values_.end()) {
-        add({Change::Set, value.name, wanted->second});
-      } else if (!wanted_.exclusive && value.running) {
-        add({Change::Set, value.name, *value.running});
+        add({Change::Set, value->name, wanted->second});
+      } else if (!wanted_.exclusive) {
+        add({Change::Set, value->name, *value->running});
       }
     }
   }
@@ -122,8 +129,8 @@ class Steps {
         if (value.running != value.byDefault) add({Change::Set, value.name, *value.byDefault});
         continue;
       }
-      const bool stays = std::ranges::find(wanted_.users, user) != wanted_.users.end();
-      if (!stays || isRenewed(user) || takeApart(value.name).member == NAME) continue;
+      if (!wantedUsers_.contains(user) || isRenewed(user) || takeApart(value.name).member == NAME)
+        continue;
       if (value.running && value.running != value.byDefault) {
         add({Change::Set, value.name, *value.byDefault});
       }
@@ -133,8 +140,9 @@ class Steps {
   const Wanted& wanted_;
   const NamedValues& now_;
   const Present present_;
+  const std::set<std::string> wantedUsers_;
   std::map<std::string, std::string> values_;  // wanted ones, by name
-  std::vector<std::string> renewed_;           // users that are removed and appended
+  std::set<std::string> renewed_;              // users that are removed and appended
   std::vector<Change> steps_;
 };
 
