@@ -35,7 +35,7 @@ std::string reasonOf(const bridge::Reply& reply) {
 }
 
 /// The agent says each mistake in a line of its own.
-std::string linesOf(const std::string& text) {
+std::string escapedLines(const std::string& text) {
   std::string lines;
   for (size_t at = 0; at <= text.size();) {
     const size_t end = std::min(text.find('\n', at), text.size());
@@ -89,7 +89,7 @@ bridge::Reply AgentStore::call(const bridge::Request& request, const std::string
   bridge::Reply reply = connection_->exchange(request);
   if (reply.result != 0) return reply;
   if (reply.reason == Reason::IllegalValue) {
-    throw Failure(programs::EXIT_ILLEGAL, linesOf(reply.text));
+    throw Failure(programs::EXIT_ILLEGAL, escapedLines(reply.text));
   }
   std::string message = what + " failed: " + reasonOf(reply);
   if (reply.reason == Reason::MalformedFrame) message += "; the agent may be an earlier version";

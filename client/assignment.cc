@@ -36,7 +36,7 @@ std::string withoutLineEnd(std::string text) {
   return text;
 }
 
-std::vector<std::string> linesOf(const std::string& text) {
+std::vector<std::string> splitLines(const std::string& text) {
   std::vector<std::string> lines;
   std::istringstream in(text);
   for (std::string line; std::getline(in, line);) lines.push_back(line);
@@ -90,7 +90,7 @@ void Assignments::add(const std::string& text, const std::string& owner) {
 void Assignments::addLines() {
   takeStandardInput();
   size_t number = 0;
-  for (const std::string& line : linesOf(standardInput())) {
+  for (const std::string& line : splitLines(standardInput())) {
     ++number;
     if (line.empty() || line.front() == '#') continue;
     const size_t equals = line.find('=');
@@ -163,7 +163,7 @@ bridge::NamedValues Assignments::carryOut(Store& store) {
   } catch (const Failure& failure) {
     if (failure.status != programs::EXIT_ILLEGAL && mistakes_.empty()) throw;
     if (failure.status == programs::EXIT_ILLEGAL) {
-      for (const std::string& mistake : linesOf(failure.what())) {
+      for (const std::string& mistake : splitLines(failure.what())) {
         const auto line = lines_.find(mistake.substr(0, mistake.find(": ")));
         if (line != lines_.end()) mistakes += "line " + std::to_string(line->second) + ": ";
         mistakes += mistake + "\n";

@@ -9,7 +9,7 @@ namespace {
 using LPARAMS::Server::hasControlBytes;
 using LPARAMS::Server::HIDDEN;
 
-constexpr const char* USERS = "USERS";
+constexpr const char* USER_LIST = "USERS";
 
 }  // namespace
 
@@ -27,10 +27,10 @@ std::string settingLines(Store& store, const std::string& name, bool secrets) {
   bool users = false;
   for (const bridge::NamedValue& value : found.values) {
     if (!value.running && !value.secret) continue;  // of a user who was removed
-    users = users || value.name.starts_with(USERS);
+    users = users || value.name.starts_with(USER_LIST);
     lines += settingLine(value, secrets);
   }
-  if (!users && (name.empty() || name == USERS)) lines += "# USERS (no entries)\n";
+  if (!users && (name.empty() || name == USER_LIST)) lines += "# USERS (no entries)\n";
   return lines;
 }
 
