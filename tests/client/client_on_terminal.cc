@@ -23,10 +23,10 @@ int checked(int result, const char* what) {
   return result;
 }
 
-void makeQuiet(int terminal) {
+void setUp(int terminal, ClientOnTerminal::Echo echo) {
   termios settings{};
   checked(tcgetattr(terminal, &settings), "tcgetattr");
-  settings.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+  if (echo == ClientOnTerminal::Silent) settings.c_lflag &= ~static_cast<tcflag_t>(ECHO);
   settings.c_oflag &= ~static_cast<tcflag_t>(OPOST);
   checked(tcsetattr(terminal, TCSANOW, &settings), "tcsetattr");
 }
@@ -34,13 +34,13 @@ void makeQuiet(int terminal) {
 }  // namespace
 
 ClientOnTerminal::ClientOnTerminal(std::vector<std::string> arguments,
-                                   const std::map<std::string, std::string>& variables)
+                                   const std::map<std::string, std::string>& variables, Echo echo)
     : terminal_(checked(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC), "posix_openpt")) {
   checked(grantpt(terminal_), "grantpt");
   checked(unlockpt(terminal_), "unlockpt");
   const std::string name = ptsname(terminal_);
   const int user = checked(open(name.c_str(), O_RDWR | O_NOCTTY | O_CLOEXEC), "open terminal");
-  makeQuiet(user);
+  setUp(user, echo);
   arguments.insert(arguments.begin(), CLIENT);
   std::vector<char*> argv;
   for (std::string& argument : arguments) argv.push_back(argument.data());

@@ -9,12 +9,14 @@
 
 namespace client_testing {
 
-/// lparamsctl on a pseudo-terminal, which does not echo.
+/// lparamsctl on a pseudo-terminal.
 class ClientOnTerminal {
  public:
+  enum Echo { Silent, Echoing };
+
   /// Starts it with these variables in its environment besides those of the test.
   ClientOnTerminal(std::vector<std::string> arguments,
-                   const std::map<std::string, std::string>& variables);
+                   const std::map<std::string, std::string>& variables, Echo echo = Silent);
 
   /// Kills the client if it still runs.
   ~ClientOnTerminal();
@@ -27,6 +29,9 @@ class ClientOnTerminal {
   std::string outputUntil(const std::string& text);
 
   void type(const std::string& line) const;
+
+  /// Types what interrupts.
+  void interrupt() const { type("\x03"); }
 
   /// Closes the terminal's input: whoever reads it reads its end.
   void typeEnd() const { type("\x04"); }

@@ -1,3 +1,4 @@
+#include "tests/client/client_on_terminal.h"
 #include "tests/client/verbs/client_test.h"
 
 namespace system_testing {
@@ -114,6 +115,34 @@ TEST_F(Client, SetAsJsonIsOneDocument) {
                             "moved": [], "changes": [
                               {"name": "IKE.IKE_PORT", "before": 500, "after": 501}]})"));
   EXPECT_EQ(json::parse(out({"set", "IKE.IKE_PORT=501", "--json", "--save"}))["saved"], true);
+}
+
+TEST_F(Client, SetAsksForSecretsWithoutAnEcho) {
+  using client_testing::ClientOnTerminal;
+  const std::vector<std::string> command = {"--socket", socketPath, "set", "--ask",
+                                            "IKE.QCD_SECRET"};
+  ClientOnTerminal asking(command, {}, ClientOnTerminal::Echoing);
+  EXPECT_EQ(asking.outputUntil("SECRET: "), "IKE.QCD_SECRET: ");
+  asking.type("s3cret\n");
+  EXPECT_EQ(asking.outputUntil("more: "), "\nIKE.QCD_SECRET, once more: ");
+  asking.type("s3cret\n");
+  EXPECT_EQ(asking.rest(), "\nIKE.QCD_SECRET: (hidden) -> (hidden)   (not saved)\n");
+  EXPECT_EQ(asking.exitCode(), 0);
+  EXPECT_EQ(out({"get", "IKE.QCD_SECRET"}), "s3cret\n");
+
+  ClientOnTerminal mistyping(command, {}, ClientOnTerminal::Echoing);
+  (void)mistyping.outputUntil("SECRET: ");
+  mistyping.type("one\n");
+  (void)mistyping.outputUntil("more: ");
+  mistyping.type("other\n");
+  EXPECT_THAT(mistyping.rest(), HasSubstr("the two are not the same; nothing was written\n"));
+  EXPECT_EQ(mistyping.exitCode(), 65);
+
+  ClientOnTerminal interrupted(command, {}, ClientOnTerminal::Echoing);
+  (void)interrupted.outputUntil("SECRET: ");
+  interrupted.interrupt();
+  EXPECT_EQ(interrupted.exitCode(), -1);
+  EXPECT_EQ(out({"get", "IKE.QCD_SECRET"}), "s3cret\n");
 }
 
 TEST_F(Client, SetAsksOnlyOnATerminal) {
