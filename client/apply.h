@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "client/agent_store.h"
 #include "client/steps.h"
@@ -13,13 +14,15 @@ struct ApplyOptions {
   bool exclusive = false;   ///< what the document does not name goes to its default, or is removed
   bool exactOrder = false;  ///< the users shall have the document's order
   bool check = false;       ///< nothing is changed
+  bool bytes = false;       ///< new texts need not show what they are
   unsigned confirm = 0;  ///< seconds in which the change has to be confirmed; 0 if it need not be
   bool save = false;     ///< what has to be confirmed is saved until then
   std::string message = {};  ///< for the history of that save
 };
 
-/// What the changes would do, with all checks; nothing is written.
-bridge::NamedValues tryOut(AgentStore& agent, const bridge::NamedChanges& changes);
+/// What the steps would make of the settings that there are `now`, in words: a line for each new
+/// text that does not show what it is. The agent takes them.
+std::string oddTexts(const std::vector<bridge::Change>& steps, const bridge::NamedValues& now);
 
 /// Carries out all that the document wants or nothing. What is so already is not written. Returns
 /// what has been done, or what would be. Throws Failure with all mistakes.

@@ -45,14 +45,13 @@ std::vector<std::string> splitLines(const std::string& text) {
 
 bool isHidden(const Change& step) { return step.value == LPARAMS::Server::HIDDEN; }
 
-/// Whether the text shows what it is. ASCII is the agent's to refuse, which names what is legal.
+}  // namespace
+
 bool showsAsItIs(const std::string& text) {
   const bool ascii =
       std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
   return ascii || text::escaped(text) == text;
 }
-
-}  // namespace
 
 void Assignments::takeStandardInput() {
   if (inputTaken_) {

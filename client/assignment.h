@@ -11,6 +11,9 @@
 
 namespace client {
 
+/// Whether the text shows what it is. ASCII is the agent's to refuse, which names what is legal.
+bool showsAsItIs(const std::string& text);
+
 /// The steps that a command line asks for, and what is wrong with it. All that is wrong is told at
 /// once, also what the store says of the steps that could be read.
 class Assignments {

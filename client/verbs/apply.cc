@@ -129,6 +129,7 @@ void addApply(CLI::App& app, Context& context) {
   const auto [command, given] =
       addVerb(app, context, "apply", "Make the settings what a document says", APPLY_NOTES, apply);
   addOptions(command, *given);
+  addBytes(command, given->options.bytes);
   command.add_flag("--exclusive", given->options.exclusive,
                    "What the document does not name goes to its default");
   command
@@ -143,6 +144,7 @@ void addRestore(CLI::App& app, Context& context) {
       addVerb(app, context, "restore", "Take a backup back", RESTORE_NOTES, apply);
   given->options.exclusive = true;
   given->options.exactOrder = true;
+  given->options.bytes = true;
   addOptions(command, *given);
 }
 

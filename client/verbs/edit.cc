@@ -37,6 +37,7 @@ struct Given {
   std::string name;
   bool secrets = false;
   bool save = false;
+  bool bytes = false;
 };
 
 /// Asks until the answer begins with one of the letters. No answer is the last of them.
@@ -71,7 +72,7 @@ class Editing {
 
   void run() {
     // Who may not write is told before the work.
-    (void)tryOut(agent_, {});
+    (void)agent_.tryOut({});
     text_ = editableText(base_, catalogue_, given_.secrets);
     file_.write(text_);
     std::cout << "editing " << file_.path() << '\n' << std::flush;
@@ -133,12 +134,12 @@ class Editing {
     Proposal proposal{.now = agent_.get({}), .done = {}, .theirs = {}};
     proposal.theirs = byName(proposal.now);
     proposal.done.steps = stepsTo(document.wanted(proposal.now), proposal.now);
-    std::string refusal;
+    std::string refusal = given_.bytes ? "" : oddTexts(proposal.done.steps, proposal.now);
     try {
-      proposal.done.values = tryOut(agent_, {{}, proposal.done.steps});
+      proposal.done.values = agent_.tryOut({{}, proposal.done.steps});
     } catch (const Failure& failure) {
       if (failure.status != programs::EXIT_ILLEGAL) throw;
-      refusal = failure.what();
+      refusal += failure.what();
     }
     mistakes = document.mistakes(refusal);
     if (!mistakes.empty()) return std::nullopt;
@@ -249,6 +250,7 @@ void addEdit(CLI::App& app, Context& context) {
   command.add_option("GROUP", given->name, "A group or user; everything if it is left out");
   command.add_flag("--secrets", given->secrets, "Show secrets instead of (hidden)");
   command.add_flag("--save", given->save, "Save the settings then");
+  addBytes(command, given->bytes);
 }
 
 }  // namespace client

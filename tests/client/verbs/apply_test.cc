@@ -218,10 +218,19 @@ TEST_F(Apply, WhatCouldNotBeSavedIsToldAllTheSame) {
 
 TEST_F(Apply, ValuesOfAnyBytesAndNamesOfAnyBytesArrive) {
   (void)out({"user", "add", "a].b=c: d"});
-  EXPECT_EQ(apply("USERS[a].b=c: d].LSP_FILE= \xff=# \nUSERS[a].b=c: d].PMP_TIMEOUT=1\n"),
+  EXPECT_EQ(apply("USERS[a].b=c: d].LSP_FILE= =# \nUSERS[a].b=c: d].PMP_TIMEOUT=1\n"),
             failed(65, path + ":2:1: USERS[a].b=c: d].PMP_TIMEOUT: \"1\" is not a whole number "
                               "from 5 to 4294967295\nnothing was written"));
-  EXPECT_EQ(apply("USERS[a].b=c: d].LSP_FILE= \xff=# \n").exitCode, 0);
+  EXPECT_EQ(apply("USERS[a].b=c: d].LSP_FILE= \xff=# \nUSERS[\xc2\x9b].LSP_FILE=\nIKE.NO=1\n"),
+            failed(65, path +
+                           ":1:1: USERS[a].b=c: d].LSP_FILE: \" \\xff=# \" does not show what it "
+                           "is; --bytes takes it all the same\n" +
+                           path +
+                           ":2:1: USERS[\\xc2\\x9b]: the name does not show what it is; --bytes "
+                           "takes it all the same\n" +
+                           path + ":3:1: IKE.NO: no such parameter\nnothing was written"));
+  EXPECT_EQ(apply("USERS[a].b=c: d].LSP_FILE= \xff=# \n", {"--bytes"}).exitCode, 0);
+  EXPECT_EQ(apply("USERS[a].b=c: d].LSP_FILE= \xff=# \n"), printed("nothing to change\n"));
   EXPECT_EQ(out({"get", "USERS[a].b=c: d].LSP_FILE"}), " \xff=# \n");
 }
 
