@@ -89,6 +89,7 @@ class Report {
     entry["message"] = remark.message;
     if (remark.given) entry["given"] = *remark.given;
     if (remark.taken) entry["taken"] = *remark.taken;
+    if (remark.reported) entry["reported"] = true;
     list_.push_back(std::move(entry));
   }
 

@@ -100,6 +100,7 @@ TEST_F(Check, AsJsonIsOneArray) {
   EXPECT_EQ(json::parse(outcome.out),
             json::parse(R"([{"file": ")" + path + R"(", "line": 5, "column": 18,
                 "severity": "error", "parameter": "IKE.IKE_PORT", "given": "70000", "taken": "500",
+                "reported": true,
                 "message": "\"70000\" is not a number from 1 to 65535; the load would keep 500"},
               {"file": "/nonexistent", "severity": "error",
                 "message": "cannot read /nonexistent: No such file or directory"}])"));
