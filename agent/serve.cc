@@ -7,6 +7,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <exception>
+#include <functional>
 #include <new>
 #include <optional>
 #include <stop_token>
@@ -25,6 +26,7 @@
 #include "agent/bridge/socket_group.h"
 #include "agent/save_events.h"
 #include "agent/service_manager.h"
+#include "agent/service_status.h"
 #include "agent/settings_locks.h"
 #include "agent/status.h"
 #include "agent/watchdog.h"
@@ -37,14 +39,18 @@ constexpr std::chrono::seconds DRAIN_LIMIT{15};  // for commands that run when t
 
 constexpr std::chrono::seconds COUNTING_TIME{1};  // between the sums of what the log leaves out
 
-/// Has the log tell once a second what it has left out, until the timer is cancelled.
-void tellLeftOut(asio::steady_timer& timer, const HandlerMemory& memory) {
+/// Has the log tell once a second what it has left out, and the manager what there is to see, until
+/// the timer is cancelled. `tellStatus` outlives the timer.
+void tellEverySecond(asio::steady_timer& timer, const HandlerMemory& memory,
+                     const std::function<void()>& tellStatus) {
   timer.expires_after(COUNTING_TIME);
-  timer.async_wait(inMemory(memory, [&timer, memory](const asio::error_code& cancelled) {
-    if (cancelled) return;
-    logLeftOut(LeftOut::Due);
-    tellLeftOut(timer, memory);
-  }));
+  timer.async_wait(
+      inMemory(memory, [&timer, memory, &tellStatus](const asio::error_code& cancelled) {
+        if (cancelled) return;
+        logLeftOut(LeftOut::Due);
+        tellEverySecond(timer, memory, tellStatus);
+        tellStatus();  // last: it may find no memory
+      }));
 }
 
 /// Ends the process unless it is asked to stop within the limit.
@@ -106,13 +112,18 @@ void serve(const Options& options, LPARAMS::Server::Server_t& server, SettingsKe
         io, [&] { passEveryLock(server); }, *interval, [] { notifyServiceManager("WATCHDOG=1"); });
   }
   asio::steady_timer counting(io);
-  tellLeftOut(counting, HandlerMemory());
+  ServiceStatus status;
+  const std::function<void()> tellStatus = [&] {
+    status.tell(serviceStatus(options.socket, keeper.state()));
+  };
+  tellEverySecond(counting, HandlerMemory(), tellStatus);
   asio::signal_set signals(io, SIGTERM, SIGINT);
   if (endsWithTerminal()) signals.add(SIGHUP);
   signals.async_wait([&](const asio::error_code& error, int signal) {
     if (error) return;
     limitDrain(drainLimit);
     log(Level::Info, "stopping", {{"signal", signal}});
+    status.tell("stopping: commands that have begun are carried out");
     notifyServiceManager("STOPPING=1");
     if (watchdog) watchdog->stop();
     bridge->stop();
@@ -120,6 +131,7 @@ void serve(const Options& options, LPARAMS::Server::Server_t& server, SettingsKe
   });
   acceptEndSignals();
   log(Level::Info, "listening", {{"socket", options.socket}});
+  tellStatus();
   notifyServiceManager("READY=1");
 
   run(io);

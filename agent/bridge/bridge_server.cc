@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "agent/base/log.h"
+#include "agent/bridge/inherited_socket.h"
 #include "agent/bridge/limits.h"
 #include "agent/bridge/peer_credentials.h"
 
@@ -38,7 +39,8 @@ BridgeServer::BridgeServer(asio::io_context& io, std::string path, CommandServic
     : io_(io),
       service_(service),
       path_(std::move(path)),
-      acceptor_(listenAt(io, path_)),
+      inherited_(inheritedDescriptor()),
+      acceptor_(inherited_ ? listenOn(io, *inherited_, path_) : listenAt(io, path_)),
       identity_(identityOf(path_)),
       retry_(io),
       sessionQuota_(SESSION_LIMITS),
@@ -118,7 +120,7 @@ void BridgeServer::close() {
   if (!acceptor_.is_open()) return;
   // Another agent may have put its own there. While this one is bound, no other can have its
   // number, nor takes it for one that was left behind.
-  if (identityOf(path_) == identity_) (void)::unlink(path_.c_str());
+  if (!inherited_ && identityOf(path_) == identity_) (void)::unlink(path_.c_str());
   asio::error_code ignored;
   (void)acceptor_.close(ignored);
 }

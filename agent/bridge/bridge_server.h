@@ -8,6 +8,7 @@
 #include <chrono>
 #include <list>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -24,8 +25,9 @@ namespace agent {
 /// that runs the context, and is used on no other but where it says so.
 class BridgeServer {
  public:
-  /// Starts to listen, as listenAt() does. Threads of the process have small stacks from then on.
-  /// Throws StartFailure. REQUIRES: the context and the service outlive the server.
+  /// Starts to listen, on the socket that the service manager has passed or as listenAt() does.
+  /// Threads of the process have small stacks from then on. Throws StartFailure. REQUIRES: the
+  /// context and the service outlive the server.
   BridgeServer(asio::io_context& io, std::string path, CommandService& service);
 
   /// As stop(), where that was not called. REQUIRES: the context has run out of work.
@@ -34,8 +36,9 @@ class BridgeServer {
   BridgeServer(const BridgeServer&) = delete;
   BridgeServer& operator=(const BridgeServer&) = delete;
 
-  /// Removes the socket if the path still leads to this one, takes no more clients, and ends every
-  /// session when its running command has been answered; the context then runs out of work.
+  /// Removes the socket if it has made it and the path still leads to it, takes no more clients,
+  /// and ends every session when its running command has been answered; the context then runs out
+  /// of work.
   void stop();
 
   /// How many there are. Thread-safe.
@@ -78,6 +81,7 @@ class BridgeServer {
   asio::io_context& io_;
   CommandService& service_;
   const std::string path_;
+  const std::optional<int> inherited_;  // the descriptor; the acceptor owns it
   asio::local::stream_protocol::acceptor acceptor_;
   const FileIdentity identity_;  // of the socket
   asio::steady_timer retry_;     // before the next client, and while none can be taken

@@ -69,16 +69,27 @@ void checkLinks(const std::string& path, const fs::path& directory, int depth = 
   }
 }
 
-/// The socket alone does not keep strangers out: they could put another one in its place.
-void prepareDirectory(const std::string& path) {
+void makeDirectory(const std::string& path) {
   const std::string directory = directoryOfSocket(path);
   checkLinks(path, directory);
-  struct stat status {};
   if (::mkdir(directory.c_str(), 0700) == 0) {
     (void)::chmod(directory.c_str(), DIRECTORY_MODE);  // mkdir's mode is subject to the umask
   } else if (errno != EEXIST) {
     fail(path, "cannot be made: " + directory + ": " + std::generic_category().message(errno));
   }
+}
+
+}  // namespace
+
+std::string directoryOfSocket(const std::string& path) {
+  return fs::absolute(path).lexically_normal().parent_path().string();
+}
+
+// The socket alone does not keep strangers out: they could put another one in its place.
+void checkDirectory(const std::string& path) {
+  const std::string directory = directoryOfSocket(path);
+  checkLinks(path, directory);
+  struct stat status {};
   if (::stat(directory.c_str(), &status) != 0) {
     fail(path, "cannot be made: " + directory + ": " + std::generic_category().message(errno));
   }
@@ -92,15 +103,10 @@ void prepareDirectory(const std::string& path) {
   }
 }
 
-}  // namespace
-
-std::string directoryOfSocket(const std::string& path) {
-  return fs::absolute(path).lexically_normal().parent_path().string();
-}
-
 stream_protocol::acceptor listenAt(asio::io_context& io, const std::string& path) {
   const stream_protocol::endpoint endpoint = endpointAt(path);
-  prepareDirectory(path);
+  makeDirectory(path);
+  checkDirectory(path);
   removeStale(io, endpoint);
   stream_protocol::acceptor acceptor(io);
   asio::error_code error;

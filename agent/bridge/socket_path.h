@@ -11,9 +11,13 @@ namespace agent {
 
 /// Listens on a Unix stream socket. A directory that is not there is made, and a socket that nobody
 /// listens on any more is replaced. The socket can be used by the agent's user and its group.
-/// Throws StartFailure if the path cannot be listened on, others can enter its directory, or
-/// somebody else than root and the agent's user owns that or a link on the way to it.
+/// Throws StartFailure if the path cannot be listened on, or its directory is none that
+/// checkDirectory() takes.
 asio::local::stream_protocol::acceptor listenAt(asio::io_context& io, const std::string& path);
+
+/// Throws StartFailure if others can enter the socket's directory, or somebody else than root and
+/// the agent's user owns that or a link on the way to it.
+void checkDirectory(const std::string& path);
 
 /// Absolute.
 std::string directoryOfSocket(const std::string& path);

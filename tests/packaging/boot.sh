@@ -1,13 +1,17 @@
 #!/usr/bin/env bash
-# Boots the machine's systemd as process 1 of namespaces of its own, until it ends or this script is
-# ended. It sees the machine's programs and libraries, with the agent of BUILD_DIR and its unit where
-# a package would put them, and nothing else of the machine: no settings, users, services, network.
-# Prints the number that systemd's process has outside.
+# Boots a systemd as process 1 of namespaces of its own, until it ends or this script is ended. It sees
+# nothing of the machine's settings, users, services and network. Prints the number that systemd's
+# process has outside.
 #
-# Needs root's rights on mounts, namespaces and control groups. Usage: boot.sh BUILD_DIR
+# Needs root's rights on mounts, namespaces and control groups. Usage:
+#   boot.sh machine BUILD_DIR  the machine's programs and libraries, with the agent of BUILD_DIR and its
+#                              units where a package would put them
+#   boot.sh root ROOT PACKAGES another system; it sees the directory PACKAGES, and ROOT is not changed
 set -euo pipefail
 
-build=$1
+arguments=("${@:1:3}")
+source=$2
+packages=${3-}
 tests=$(dirname "$(readlink -f "$0")")
 namespaces=(--pid --fork --kill-child --mount --uts --ipc --net --cgroup)
 
@@ -34,13 +38,14 @@ outside() {
   trap leave EXIT
   trap 'kill -KILL "$system" 2>/dev/null; wait "$system" || true; exit 1' TERM
   echo $$ >"$group/cgroup.procs"
-  unshare "${namespaces[@]}" "$0" "$build" inside "$room/root" &
+  STAGE=inside WHERE=$room/root unshare "${namespaces[@]}" "$0" "${arguments[@]}" &
   system=$!
   wait "$system"
 }
 
-file_systems() {
-  local link node
+# The directories of the machine's programs, over which changes are kept in memory.
+machine_directories() {
+  local link
   mount -t tmpfs -o mode=755 tmpfs "$PWD"
   cd "$PWD" # what is mounted there now
   mkdir -p .old .usr dev etc proc root run sys tmp usr var/lib
@@ -50,6 +55,22 @@ file_systems() {
   for link in bin sbin lib lib32 lib64 libx32; do
     [[ ! -L /$link ]] || cp -a "/$link" .
   done
+}
+
+root_directories() {
+  local place=$PWD
+  mount -t tmpfs -o mode=755 tmpfs "$place"
+  cd "$place"
+  mkdir changes work all
+  mount -t overlay -o "lowerdir=$source,upperdir=changes,workdir=work" overlay all
+  cd all
+  mkdir -p .old packages
+  mount --bind "$packages" packages
+  mount -o remount,bind,ro packages
+}
+
+file_systems() {
+  local node
   mount -t proc proc proc
   mount --bind proc/sys proc/sys
   mount -o remount,bind,ro proc/sys # the kernel's variables are everybody's
@@ -64,7 +85,7 @@ file_systems() {
   for node in null zero full random urandom tty; do cp -a "/dev/$node" dev/; done
 }
 
-contents() {
+machine_contents() {
   cp /etc/ld.so.cache etc/
   printf '%s\n' root:x:0:0::/root:/bin/sh lparams:x:900:900::/:/bin/false \
     member:x:901:901::/:/bin/sh stranger:x:902:902::/:/bin/sh >etc/passwd
@@ -72,18 +93,26 @@ contents() {
   printf '%s\n' 'passwd: files' 'group: files' >etc/nsswitch.conf
   tr -d - </proc/sys/kernel/random/uuid >etc/machine-id
   mkdir usr/lib/lparams
-  cp "$build"/{lparams_agent,lparams_server.so,lparamsctl} usr/lib/lparams/
-  cp "$tests/../../packaging/lparams-agent.service" usr/lib/systemd/system/
+  cp "$source"/{lparams_agent,lparams_server.so,lparamsctl} usr/lib/lparams/
+  cp "$tests"/../../packaging/lparams-agent.{service,socket} usr/lib/systemd/system/
 }
 
-case ${2-} in
-  '') exec unshare --mount --cgroup --propagation private "$0" "$build" outside ;;
+root_contents() {
+  rm -f etc/machine-id
+  tr -d - </proc/sys/kernel/random/uuid >etc/machine-id
+}
+
+case ${STAGE-} in
+  '')
+    STAGE=outside exec unshare --mount --cgroup --propagation private "$0" "${arguments[@]}"
+    ;;
   outside) outside ;;
   inside)
     read -r process _ </proc/self/stat # of the /proc from outside
-    cd "$3"
+    cd "$WHERE"
+    "$1_directories"
     file_systems
-    contents
+    "$1_contents"
     pivot_root . .old
     umount -l /.old
     echo "$process"

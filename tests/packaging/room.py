@@ -16,14 +16,14 @@ class CannotBoot(Exception):
 
 
 class Room:
-    """Throws CannotBoot, with the reason, where systemd cannot be booted."""
+    """What boot.sh boots with these arguments. Throws CannotBoot, with the reason, where it cannot."""
 
-    def __init__(self, build):
+    def __init__(self, *arguments):
         if os.geteuid() != 0:
             raise CannotBoot("only root can boot it")
         self.process = subprocess.Popen(
             ["setpriv", "--pdeathsig", "TERM", os.path.join(HERE, "boot.sh"),
-             os.path.abspath(build)],
+             *arguments],
             stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
         ready, _, _ = select.select([self.process.stdout], [], [], START_LIMIT)
         line = self.process.stdout.readline().strip() if ready else "nothing happens"

@@ -4,6 +4,7 @@ and its user. Ends with 77 where none can be booted.
 
 Usage: unit_test.py BUILD_DIR"""
 
+import os
 import sys
 import time
 import unittest
@@ -14,6 +15,7 @@ from room import WAIT_LIMIT, CannotBoot, Room  # noqa: E402
 
 SKIPPED = 77  # exit status
 UNIT = "lparams-agent.service"
+SOCKET_UNIT = "lparams-agent.socket"
 SETTINGS = "/var/lib/lparams/localsettings.ini"
 GROUP = "admin"  # the default of ADMIN.ADMIN_GROUP
 OTHER_GROUP = "operators"
@@ -24,7 +26,7 @@ room = None
 class Unit(unittest.TestCase):
     def setUp(self):
         room.shell(f"""
-            systemctl stop {UNIT}
+            systemctl stop {SOCKET_UNIT} {UNIT}
             systemctl reset-failed {UNIT} || true
             for group in {GROUP} {OTHER_GROUP}; do groupdel $group 2>/dev/null || true; done
             rm -rf /var/lib/lparams /run/systemd/system/{UNIT}.d
@@ -158,10 +160,49 @@ class Unit(unittest.TestCase):
         self.start()
         before = self.property("MainPID")
         room.shell("systemctl daemon-reload")
-        self.assertEqual(room.run("systemctl", "reload", UNIT).returncode, 3)  # has none
         self.check_writes("root", 501)
         self.assertEqual(self.property("MainPID"), before)
         self.stop()
+
+    def test_a_reload_of_the_unit_says_that_it_does_nothing(self):
+        self.start()
+        before = self.property("MainPID")
+        self.assertEqual(room.run("systemctl", "reload", UNIT).returncode, 1)
+        self.wait_until("an explanation", lambda: "nothing is loaded again" in self.log())
+        self.check_writes("root", 501)
+        self.assertEqual(self.property("MainPID"), before)
+        self.stop()
+
+    def test_tells_what_it_does(self):
+        room.shell(f"install -d -m 700 -o lparams -g lparams /var/lib/lparams\n"
+                   f"printf '/ROOT=\\nend=\\n' >{SETTINGS}\n"
+                   f"chown lparams: {SETTINGS}; chmod 600 {SETTINGS}")
+        self.start()
+        self.assertEqual(self.property("StatusText"),
+                         "listening on /run/lparams/agent.sock; degraded, saves are refused until "
+                         "one is forced: the settings file lacks groups")
+        self.assertEqual(self.ctl("save", "--force"), (0, "saved\n"))
+        self.wait_until("another status", lambda: self.property("StatusText")
+                        == "listening on /run/lparams/agent.sock")
+        self.stop()
+
+    def test_is_started_by_a_client(self):
+        self.make_group(GROUP, ["lparams", "member"])
+        room.shell(f"systemctl start {SOCKET_UNIT}")
+        self.assertEqual(self.property("ActiveState"), "inactive")
+        self.check_writes("root", 501)
+        self.assertEqual(self.property("ActiveState"), "active", self.log())
+        self.check_belongs_to(GROUP)
+        self.check_writes("member", 502)
+        self.check_is_refused("stranger")
+        # The socket stays where it is, and the next client starts the next agent.
+        room.shell(f"systemctl stop {UNIT}")
+        self.assertEqual(self.property("ExecMainStatus"), "0", self.log())
+        self.assertEqual(room.run("test", "-S", "/run/lparams/agent.sock").returncode, 0)
+        self.assertEqual(self.ctl("get", "IKE.IKE_PORT"), (0, "502\n"))
+        self.assertEqual(self.property("ActiveState"), "active", self.log())
+        room.shell(f"systemctl stop {SOCKET_UNIT} {UNIT}")
+        self.assertEqual(room.run("ls", "/run/lparams/agent.sock").returncode, 2)
 
     def test_is_not_started_again_on_damaged_settings(self):
         room.shell(f"install -d -m 700 -o lparams -g lparams /var/lib/lparams\n"
@@ -174,7 +215,7 @@ class Unit(unittest.TestCase):
 def main():
     global room
     try:
-        room = Room(sys.argv.pop())
+        room = Room("machine", os.path.abspath(sys.argv.pop()))
     except CannotBoot as reason:
         print("systemd cannot be booted here:", reason)
         sys.exit(SKIPPED)

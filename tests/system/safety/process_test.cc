@@ -109,10 +109,18 @@ class ServiceManager : public AgentProcess {
   }
   ~ServiceManager() override { (void)::close(socketOfManager_); }
 
-  std::string nextMessage() const {
+  std::string next() const {
     char buffer[1000];
     const ssize_t size = ::recv(socketOfManager_, buffer, sizeof buffer, 0);
     return {buffer, static_cast<size_t>(std::max<ssize_t>(size, 0))};
+  }
+
+  /// That is more than a text for people.
+  std::string nextMessage() const {
+    std::string message;
+    do message = next();
+    while (message.starts_with("STATUS="));
+    return message;
   }
 
   const std::string path_ = place_.at("notify");
@@ -121,10 +129,12 @@ class ServiceManager : public AgentProcess {
 
 TEST_F(ServiceManager, HearsOfStartAndEnd) {
   start({}, {.environment = {"NOTIFY_SOCKET=" + path_}});
-  EXPECT_EQ(nextMessage(), "READY=1");
+  EXPECT_EQ(next(), "STATUS=listening on " + socket_);
+  EXPECT_EQ(next(), "READY=1");
   EXPECT_EQ(ctl({"status"}).exitCode, 0);
   EXPECT_EQ(stop(), 0);
-  EXPECT_EQ(nextMessage(), "STOPPING=1");
+  EXPECT_EQ(next(), "STATUS=stopping: commands that have begun are carried out");
+  EXPECT_EQ(next(), "STOPPING=1");
 }
 
 TEST_F(ServiceManager, HearsThatTheAgentIsAliveAsLongAsItRuns) {
@@ -148,9 +158,8 @@ TEST_F(ServiceManager, HearsNothingWhileACommandIsStuckWithTheModulesLock) {
   rename.waitForBegin();
   const auto messagesWithin = [this](int milliseconds) {
     int count = 0;
-    pollfd next{socketOfManager_, POLLIN, 0};
-    while (count < 100 && ::poll(&next, 1, milliseconds) == 1)
-      count += nextMessage().empty() ? 0 : 1;
+    pollfd waiting{socketOfManager_, POLLIN, 0};
+    while (count < 100 && ::poll(&waiting, 1, milliseconds) == 1) count += next().empty() ? 0 : 1;
     return count;
   };
   (void)messagesWithin(0);
