@@ -2,7 +2,8 @@
 # needed to build.
 build_packages=(g++ g++-multilib cmake ninja-build googletest
   libasio-dev libcli11-dev librapidxml-dev libxxhash-dev libutfcpp-dev nlohmann-json3-dev)
-test_packages=(binutils locales python3 python3-seccomp strace systemd valgrind)
+test_packages=(binutils locales pkg-config python3 python3-seccomp strace systemd valgrind)
+package_packages=(debootstrap dpkg-dev lintian man-db python3)
 style_packages=(clang-format python3 shellcheck)
 tidy_packages=(clang-tidy)
 bench_packages=(python3 pkg-config util-linux libbenchmark-dev libglib2.0-dev nlohmann-json3-dev
