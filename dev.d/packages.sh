@@ -1,8 +1,9 @@
 # Debian packages by what they are for. The tests are part of every configuration, so GoogleTest is
 # needed to build.
 build_packages=(g++ g++-multilib cmake ninja-build googletest
-  libasio-dev libcli11-dev librapidxml-dev libxxhash-dev libutfcpp-dev nlohmann-json3-dev)
-test_packages=(binutils locales pkg-config python3 python3-seccomp strace systemd valgrind)
+  libasio-dev libcli11-dev librapidxml-dev libxxhash-dev libutfcpp-dev nlohmann-json3-dev
+  lowdown python3)
+test_packages=(bash-completion binutils locales man-db pkg-config python3 python3-seccomp strace systemd valgrind zsh)
 package_packages=(debootstrap dpkg-dev lintian man-db python3)
 style_packages=(clang-format python3 shellcheck)
 tidy_packages=(clang-tidy)

@@ -86,6 +86,17 @@ class Packages(unittest.TestCase):
         self.check_serves(501)
         self.assertEqual(room.shell("find /usr -newer /tmp/before"), "")
 
+    def test_2_manual_and_completion(self):
+        for page in ("1 lparamsctl", "8 lparams_agent", "5 localsettings.ini",
+                     "5 lparams-catalogue", "7 lparams-bridge"):
+            self.assertIn("NAME", room.shell(f"man {page}"))
+        self.assertEqual(room.shell("/usr/share/lparams/complete lparamsctl set IKE.IKE_P"),
+                         "IKE.IKE_PORT=")
+        self.assertEqual(room.shell("""bash -c '
+            source /usr/share/bash-completion/bash_completion
+            _completion_loader lparamsctl; complete -p lparamsctl'"""),
+                         "complete -o default -F _lparamsctl lparamsctl")
+
     def test_3_upgrade(self):
         room.shell(f"""
             sed 's/^TimeoutStopSec=.*/TimeoutStopSec=31/' /usr/lib/systemd/system/{UNIT} >{EDITED}
