@@ -4,13 +4,14 @@
 
 namespace agent {
 
-AgentCommands::AgentCommands(LPARAMS::Server::Server_t& server, const SettingsKeeper& keeper,
+AgentCommands::AgentCommands(LPARAMS::Server::Server_t& server, SettingsKeeper& keeper,
                              const History& history, const editing::RecordCheck& check,
                              CommandService& service)
     : saved_(keeper),
       get_(server, saved_, service),
       set_(server, check, saved_, service),
-      history_(history, service) {
+      history_(history, service),
+      confirmation_(server, keeper, check, set_, service) {
   using Access = CommandService::Access;
   service.add(
       "schema",
@@ -33,6 +34,12 @@ AgentCommands::AgentCommands(LPARAMS::Server::Server_t& server, const SettingsKe
         return set_.tryOut(session, input);
       },
       Access::Reads);
+  service.add("apply", [this](BridgeSession& session, const std::string& input) {
+    return confirmation_.apply(session, input);
+  });
+  service.add("confirm", [this](BridgeSession& session, const std::string& /*input*/) {
+    return confirmation_.confirm(session);
+  });
   service.add("save", [this](BridgeSession& session, const std::string& input) {
     return history_.save(session, input);
   });

@@ -5,6 +5,7 @@
 #include "agent/access/saved_settings.h"
 #include "agent/access/set_command.h"
 #include "agent/bridge/command_service.h"
+#include "agent/confirmation/confirmation.h"
 #include "agent/history/history_commands.h"
 #include "agent/state/settings_keeper.h"
 #include "editing/record_check.h"
@@ -16,8 +17,10 @@ namespace agent {
 /// one; all that it is given outlives it.
 class AgentCommands {
  public:
-  AgentCommands(LPARAMS::Server::Server_t& server, const SettingsKeeper& keeper,
-                const History& history, const editing::RecordCheck& check, CommandService& service);
+  AgentCommands(LPARAMS::Server::Server_t& server, SettingsKeeper& keeper, const History& history,
+                const editing::RecordCheck& check, CommandService& service);
+
+  Confirmation& confirmation() { return confirmation_; }
 
   AgentCommands(const AgentCommands&) = delete;
   AgentCommands& operator=(const AgentCommands&) = delete;
@@ -29,6 +32,7 @@ class AgentCommands {
   const GetCommand get_;
   const SetCommand set_;
   HistoryCommands history_;
+  Confirmation confirmation_;
 };
 
 }  // namespace agent

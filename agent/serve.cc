@@ -92,16 +92,20 @@ void serve(const Options& options, LPARAMS::Server::Server_t& server, SettingsKe
   std::optional<BridgeServer> bridge;
   std::optional<SocketGroup> socketGroup;
   std::optional<SettingsHashes> hashes;
+  const Confirmation* confirmation = nullptr;  // of the commands
   const BeginOfService begin;
   CommandService service(server, keeper.writeTurn(), changes, options.acceptAny ? nullptr : &check,
                          [&](bool mayWrite) {
-                           return statusOf({options, server, keeper, history, *bridge, *socketGroup,
-                                            service.events(), *hashes, begin},
+                           return statusOf({options, server, keeper, history, confirmation->state(),
+                                            *bridge, *socketGroup, service.events(), *hashes,
+                                            begin},
                                            mayWrite);
                          });
-  AgentCommands commands(server, keeper, history, check, service);
   const SaveEvents saveEvents(keeper, service.events());
+  AgentCommands commands(server, keeper, history, check, service);
   hashes.emplace(server, changes, commands.saved());
+  confirmation = &commands.confirmation();
+  commands.confirmation().resume();
   bridge.emplace(io, options.socket, service);
   socketGroup.emplace(io, options.socket, rules, changes);
 

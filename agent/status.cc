@@ -47,6 +47,7 @@ std::string statusOf(const StatusSources& sources, bool mayWrite) {
   const bool changed = sources.server.isChanged();
   const schema::SettingsHash running = sources.hashes.running();
   const auto saved = sources.hashes.saved();
+  const auto waits = sources.confirmation.until;
   json status = {
       {"version", LPARAMS_VERSION},
       {"pid", ::getpid()},
@@ -64,6 +65,8 @@ std::string statusOf(const StatusSources& sources, bool mayWrite) {
       {"lastFailure", orNull(state.lastFailure)},
       {"history", sources.history.newest()},
       {"historyProblem", orNull(sources.history.problem())},
+      {"pendingConfirmation", waits ? json(utc(*waits)) : json()},
+      {"confirmationProblem", orNull(sources.confirmation.problem)},
       {"sessions", sources.bridge.sessions()},
       {"watchers", counts.watchers},
       {"writes", counts.writes},

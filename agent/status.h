@@ -7,6 +7,7 @@
 #include "agent/access/settings_hashes.h"
 #include "agent/bridge/bridge_server.h"
 #include "agent/bridge/socket_group.h"
+#include "agent/confirmation/confirmation.h"
 #include "agent/events/events.h"
 #include "agent/history/history.h"
 #include "agent/options.h"
@@ -31,6 +32,7 @@ struct StatusSources {
   LPARAMS::Server::Server_t& server;
   const SettingsKeeper& keeper;
   const History& history;
+  const Confirmation::State confirmation;
   const BridgeServer& bridge;
   const SocketGroup& socketGroup;
   const Events& events;

@@ -4,7 +4,6 @@
 #include <string>
 
 namespace editing {
-namespace {
 
 using namespace LPARAMS::Server;
 
@@ -15,8 +14,6 @@ void copyRecord(Param& from, Param& to) {
   CommandStreamIn in(bytes);
   (void)to.read(in);
 }
-
-}  // namespace
 
 void copyGroup(ParamGroup& from, ParamGroup& to) {
   copyRecord(from, to);

@@ -8,6 +8,9 @@ namespace editing {
 // Both groups are the same one of two catalogues. The parameters' locks are taken, one by one; the
 // caller keeps others away from the group where it has to change as a whole.
 
+/// Copies a value, or those of a group that are on the bridge.
+void copyRecord(LPARAMS::Server::Param& from, LPARAMS::Server::Param& to);
+
 /// Copies the group's values, those that are in the file only too.
 void copyGroup(LPARAMS::Server::ParamGroup& from, LPARAMS::Server::ParamGroup& to);
 

@@ -41,6 +41,9 @@ class Draft {
   /// The draft's groups whose values are not those of the settings.
   std::vector<LPARAMS::Server::ParamGroup*> changedGroups();
 
+  /// The settings with the steps.
+  LPARAMS::Server::Catalogue& settings() { return draft_; }
+
   /// What was set, each once, in the order of the steps.
   std::vector<bridge::NamedValue> changedValues(std::shared_ptr<LPARAMS::Server::Catalogue> saved);
 

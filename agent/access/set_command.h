@@ -4,28 +4,35 @@
 
 #include <string>
 
+#include "agent/access/group_writer.h"
 #include "agent/access/saved_settings.h"
 #include "agent/base/bridge_session.h"
 #include "agent/bridge/command_service.h"
+#include "bridge/named_values.h"
 #include "bridge/protocol.h"
-#include "editing/draft.h"
 #include "editing/record_check.h"
 #include "lparams/catalogue/catalogue.h"
 
 namespace agent {
 
 /// Carries out all steps of a change or none. Everything is checked before anything is written; a
-/// group whose values stay what they are is not written. The module writes each group with its own
-/// command, right after what it has in the file only was set. Thread-safe.
+/// group whose values stay what they are is not written. Thread-safe.
 class SetCommand {
  public:
   /// REQUIRES: all of them outlive the command.
   SetCommand(LPARAMS::Server::Catalogue& settings, const editing::RecordCheck& check,
              SavedSettings& saved, CommandService& service)
-      : settings_(settings), check_(check), saved_(saved), service_(service) {}
+      : settings_(settings),
+        check_(check),
+        saved_(saved),
+        service_(service),
+        writer_(settings, service) {}
 
   bridge::Reply execute(BridgeSession& session, const std::string& input) const {
     return carryOut(session, input, Written);
+  }
+  bridge::Reply execute(BridgeSession& session, const bridge::NamedChanges& changes) const {
+    return carryOut(session, changes, Written);
   }
 
   /// The same to the last check, with the same answer, and nothing is written.
@@ -37,13 +44,14 @@ class SetCommand {
   enum Extent { Written, Tried };
 
   bridge::Reply carryOut(BridgeSession& session, const std::string& input, Extent extent) const;
-  bridge::Reply writeAll(BridgeSession& session, editing::Draft& draft) const;
-  bridge::Reply writeGroup(BridgeSession& session, LPARAMS::Server::ParamGroup& values) const;
+  bridge::Reply carryOut(BridgeSession& session, const bridge::NamedChanges& request,
+                         Extent extent) const;
 
   LPARAMS::Server::Catalogue& settings_;
   const editing::RecordCheck& check_;
   SavedSettings& saved_;
   CommandService& service_;
+  const GroupWriter writer_;
 };
 
 }  // namespace agent

@@ -2,6 +2,7 @@
 // use of what is GUARDED_BY a mutex without that mutex; other compilers read no annotations.
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <mutex>
 
@@ -58,6 +59,13 @@ class ConditionVariable {
   void wait(Mutex& mutex) REQUIRES(mutex) {
     std::unique_lock lock(mutex.mutex_, std::adopt_lock);
     condition_.wait(lock);
+    (void)lock.release();
+  }
+
+  /// The same, at the longest to that time.
+  void waitUntil(Mutex& mutex, std::chrono::steady_clock::time_point time) REQUIRES(mutex) {
+    std::unique_lock lock(mutex.mutex_, std::adopt_lock);
+    (void)condition_.wait_until(lock, time);
     (void)lock.release();
   }
 

@@ -179,6 +179,22 @@ std::shared_ptr<const std::string> SettingsKeeper::savedText() const {
   return savedText_;
 }
 
+std::vector<std::string> SettingsKeeper::textsOnDisk() {
+  const MutexLock lock(saving_);
+  std::vector<std::string> texts;
+  const auto add = [&](const auto& read) {
+    try {
+      std::optional<std::string> text = read();
+      if (text && inspection::incompleteBecause(*text).empty()) texts.push_back(std::move(*text));
+    } catch (const std::system_error& error) {
+      log(Level::Warning, "a settings file cannot be read", {{"reason", error.what()}});
+    }
+  };
+  add([&] { return readFile(directory_.settings(), inspection::MAX_SETTINGS_SIZE + 1); });
+  add([&] { return readShadowCopy(directory_); });
+  return texts;
+}
+
 /// Why nothing may be written; empty if it may.
 std::string SettingsKeeper::refusal(bool force) {
   const std::string degradedReason = state().degradedReason;

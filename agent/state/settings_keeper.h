@@ -6,6 +6,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "agent/base/mutex.h"
 #include "agent/base/write_turn.h"
@@ -73,6 +74,12 @@ class SettingsKeeper {
   /// The text of what was saved last or, before the first save, loaded; null if no file holds
   /// settings yet. A whole settings file. Does not wait for a running save.
   std::shared_ptr<const std::string> savedText() const;
+
+  /// The texts that the settings file and the shadow copy hold now, as far as they can be read and
+  /// are whole: what is in neither is in no file. Waits for a running save.
+  std::vector<std::string> textsOnDisk();
+
+  const StateDirectory& directory() const { return directory_; }
 
   /// Commands that write settings take it; a text that is saved is one of between two of them.
   WriteTurn& writeTurn() { return writeTurn_; }

@@ -31,6 +31,8 @@ class StateDirectory {
   std::string legacy() const { return at(LPARAMS::Server::LEGACY_FILE_NAME); }
   /// Those settings, kept from before an import until its values are durable.
   std::string importing() const { return legacy() + ".importing"; }
+  /// Changes that wait for confirmation.
+  std::string unconfirmed() const { return at("unconfirmed"); }
   /// The revisions of the history are called that, and their numbers behind it.
   std::string history() const { return at("history."); }
 
