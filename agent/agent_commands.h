@@ -20,12 +20,11 @@ class AgentCommands {
   AgentCommands(LPARAMS::Server::Server_t& server, SettingsKeeper& keeper, const History& history,
                 const editing::RecordCheck& check, CommandService& service);
 
-  Confirmation& confirmation() { return confirmation_; }
-
   AgentCommands(const AgentCommands&) = delete;
   AgentCommands& operator=(const AgentCommands&) = delete;
 
   SavedSettings& saved() { return saved_; }
+  Confirmation& confirmation() { return confirmation_; }
 
  private:
   SavedSettings saved_;

@@ -96,10 +96,10 @@ void serve(const Options& options, LPARAMS::Server::Server_t& server, SettingsKe
   const BeginOfService begin;
   CommandService service(server, keeper.writeTurn(), changes, options.acceptAny ? nullptr : &check,
                          [&](bool mayWrite) {
-                           return statusOf({options, server, keeper, history, confirmation->state(),
-                                            *bridge, *socketGroup, service.events(), *hashes,
-                                            begin},
-                                           mayWrite);
+                           return statusOf(
+                               {options, server, keeper, history, confirmation->state(), *bridge,
+                                *socketGroup, service.events(), *hashes, begin},
+                               mayWrite);
                          });
   const SaveEvents saveEvents(keeper, service.events());
   AgentCommands commands(server, keeper, history, check, service);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <string_view>
 
+#include "bridge/history.h"
 #include "client/failure.h"
 #include "lparams/interface/commands.h"
 #include "platform/command_bridge.h"
@@ -71,6 +72,11 @@ std::string AgentStore::schema() {
 }
 
 void AgentStore::save(const Saving& how) {
+  if (!how.message.empty()) {
+    const bridge::SaveRequest request{how.force, how.message};
+    (void)call(bridge::AgentCommand{"save", bridge::encode(request)}, "saving");
+    return;
+  }
   bridge::Command command{LPARAMS_MODULE_ID, LPARAMS::Server::SAVE};
   command.force = how.force;
   (void)call(command, "saving");

@@ -4,7 +4,7 @@
 #include <string_view>
 #include <utility>
 
-#include "bridge/bytes.h"
+#include "bridge/apply.h"
 #include "bridge/named_values.h"
 #include "client/assignment.h"
 #include "text/escape.h"
@@ -19,12 +19,8 @@ using bridge::NamedValues;
 /// Has the agent take the changes back unless they are confirmed in time.
 NamedValues writeUntilConfirmed(AgentStore& agent, const ApplyOptions& options,
                                 const NamedChanges& changes) {
-  std::string input;
-  bridge::put(input, static_cast<uint32_t>(options.confirm));
-  bridge::put(input, static_cast<uint8_t>(options.save ? 1 : 0));
-  bridge::put(input, options.message);
-  input += bridge::encode(changes);
-  return valuesIn(agent.call(bridge::AgentCommand{"apply", input}, "writing"));
+  const bridge::ApplyRequest request{options.confirm, options.save, options.message, changes};
+  return valuesIn(agent.call(bridge::AgentCommand{"apply", bridge::encode(request)}, "writing"));
 }
 
 /// A failure that says all already.
@@ -92,11 +88,6 @@ Done apply(AgentStore& agent, const WantedDocument& document, const ApplyOptions
   }
 }
 
-void save(AgentStore& agent, const std::string& message) {
-  std::string input;
-  bridge::put(input, static_cast<uint8_t>(0));
-  bridge::put(input, message);
-  (void)agent.call(bridge::AgentCommand{"save", input}, "saving");
-}
+void save(AgentStore& agent, const std::string& message) { agent.save({.message = message}); }
 
 }  // namespace client

@@ -34,8 +34,9 @@ Examples:
 
 /// In the order of the help.
 constexpr void (*VERBS[])(CLI::App&, Context&) = {
-    addList,  addDescribe, addGet,     addShow, addSet,  addUser,   addDiff,  addRevert, addReset,
-    addApply, addBackup,   addRestore, addEdit, addSave, addStatus, addWatch, addCheck,  addFmt,
+    addList,     addDescribe, addGet,   addShow,   addSet,     addUser,  addDiff,
+    addRevert,   addReset,    addApply, addBackup, addRestore, addEdit,  addHistory,
+    addRollback, addConfirm,  addSave,  addStatus, addWatch,   addCheck, addFmt,
 };
 
 /// A misplaced assignment may hold a secret: its value is not shown.

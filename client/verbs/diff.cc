@@ -4,6 +4,7 @@
 
 #include "client/failure.h"
 #include "client/file_store.h"
+#include "client/revision.h"
 #include "client/values.h"
 #include "client/verbs/verb.h"
 #include "client/verbs/verbs.h"
@@ -17,17 +18,20 @@ using bridge::NamedValues;
 
 constexpr const char* NOTES =
     R"~(Compares the settings with the saved ones, and prints what differs: the other value, then the
-one that holds. Instead of the saved ones it takes the defaults or a settings file. Exits with 0
-if nothing differs, and with 1 if something does. Secrets are compared, but not shown.
+one that holds. Instead of the saved ones it takes the defaults, a settings file, or a revision of
+the agent's history. Exits with 0 if nothing differs, and with 1 if something does. Secrets are
+compared, but not shown.
 
 Examples:
   lparamsctl diff
   lparamsctl diff --default
+  lparamsctl diff --revision 12
   lparamsctl diff --file /var/backups/localsettings.ini)~";
 
 struct Given {
   bool byDefault = false;
   std::string file;
+  uint64_t revision = 0;  ///< 0: none
   bool json = false;
 };
 
@@ -84,7 +88,12 @@ std::string lineOf(const NamedValue& value) {
 ChangeReport compare(Context& context, const Given& given) {
   const NamedValues now = context.store().get({});
   if (given.byDefault) return differences(now, {now, &NamedValue::byDefault}, {}, true);
-  if (given.file.empty()) return differences(now, {now, &NamedValue::saved}, now, false);
+  if (given.file.empty() && given.revision == 0)
+    return differences(now, {now, &NamedValue::saved}, now, false);
+  if (given.revision > 0) {
+    const NamedValues former = revisionOf(context.agent(), given.revision);
+    return differences(now, {former, &NamedValue::running}, former, false);
+  }
   const NamedValues inFile = FileStore(given.file, FileStore::ToCompare).get({});
   return differences(now, {inFile, &NamedValue::running}, inFile, false);
 }
@@ -112,6 +121,11 @@ void addDiff(CLI::App& app, Context& context) {
   command.add_option("--file", given->file, "Compare with a settings file")
       ->type_name("FILE")
       ->excludes(byDefault);
+  command.add_option("--revision", given->revision, "Compare with a revision of the history")
+      ->type_name("NUMBER")
+      ->check(CLI::PositiveNumber)
+      ->excludes(byDefault)
+      ->excludes("--file");
   addJson(command, given->json);
 }
 

@@ -11,7 +11,7 @@ constexpr const char* NOTES =
     R"~(Prints "saved" when the file agrees with the settings and would survive a power cut, or
 why it was not written. The agent refuses to save settings that it could not load whole, and
 to write over a file that somebody has edited meanwhile; --force saves all the same. The
-agent keeps a copy of what it replaces then.)~";
+agent keeps a copy of what it replaces then. A message is kept in the agent's history.)~";
 
 void save(Context& context, const Saving& given) {
   context.agent().save(given);
@@ -24,6 +24,7 @@ void addSave(CLI::App& app, Context& context) {
   const auto [command, given] =
       addVerb(app, context, "save", "Write the settings file", NOTES, save);
   command.add_flag("--force", given->force, "Save what the agent would not save otherwise");
+  command.add_option("--message", given->message, "Why, for the history")->type_name("TEXT");
 }
 
 }  // namespace client

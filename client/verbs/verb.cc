@@ -13,7 +13,10 @@ void addBytes(CLI::App& command, bool& bytes) {
 }
 
 void addSave(CLI::App& command, SaveOption& save) {
-  command.add_flag("--save", save.wanted, "Save the settings then");
+  CLI::Option* const wanted = command.add_flag("--save", save.wanted, "Save the settings then");
+  command.add_option("--message", save.how.message, "Why, for the history of what was saved")
+      ->type_name("TEXT")
+      ->needs(wanted);
 }
 
 void addSelection(CLI::App& command, Selection& what) {

@@ -42,7 +42,7 @@ TEST_F(Documents, ListEveryFieldOfTheState) {
 
 TEST_F(Documents, NameNoOptionThatIsNotThere) {
   std::string help = runAgent({"--help"}).output;
-  for (const Arguments& command : {Arguments{}, {"save"}, {"status"}, {"show"}}) {
+  for (const Arguments& command : {Arguments{}, {"save"}, {"status"}, {"show"}, {"apply"}}) {
     Arguments arguments = command;
     arguments.push_back("--help");
     help += ctl(arguments).output;

@@ -1,0 +1,31 @@
+// Has changes stay.
+#include <iostream>
+
+#include "client/verbs/verb.h"
+#include "client/verbs/verbs.h"
+
+namespace client {
+namespace {
+
+constexpr const char* NOTES =
+    R"~(Changes made by "apply --confirm SECONDS" go back when the time is over, in memory and in the
+file, also if the agent ends meanwhile. This lets them stay. The state tells until when there
+is time: "pendingConfirmation" in "lparamsctl status".
+
+Example:
+  lparamsctl apply --save --confirm 60 gateway.json && lparamsctl confirm)~";
+
+struct Given {};
+
+void confirm(Context& context, const Given& /*given*/) {
+  (void)context.agent().call(bridge::AgentCommand{"confirm", {}}, "confirming");
+  std::cout << "confirmed\n";
+}
+
+}  // namespace
+
+void addConfirm(CLI::App& app, Context& context) {
+  (void)addVerb(app, context, "confirm", "Let changes stay that would go back", NOTES, confirm);
+}
+
+}  // namespace client
