@@ -89,7 +89,8 @@ class Packages(unittest.TestCase):
     def test_2_manual_and_completion(self):
         for page in ("1 lparamsctl", "8 lparams_agent", "5 localsettings.ini",
                      "5 lparams-catalogue", "7 lparams-bridge"):
-            self.assertIn("NAME", room.shell(f"man {page}"))
+            said = room.shell(f"MANPAGER=cat man {page} >/tmp/page; cat /tmp/page")
+            self.assertTrue(said.split("\n\n")[1].startswith("NAME\n"), said)
         self.assertEqual(room.shell("/usr/share/lparams/complete lparamsctl set IKE.IKE_P"),
                          "IKE.IKE_PORT=")
         self.assertEqual(room.shell("""bash -c '
@@ -121,7 +122,7 @@ class Packages(unittest.TestCase):
     def test_5_remove(self):
         room.shell("apt-get remove -y lparams-agent32 lparams-client")
         self.assertEqual(unit("ActiveState"), "inactive")
-        self.assertEqual(room.run("pgrep", "lparams_agent").returncode, 1)
+        self.assertEqual(room.shell("grep -lx lparams_agent /proc/[0-9]*/comm || true"), "")
         self.assertIn("IKE_PORT=501\n", room.shell(f"cat {SETTINGS}"))
         self.assertEqual(room.shell("ls -d /usr/lib/lparams /usr/bin/lparamsctl 2>/dev/null || true"),
                          "")
