@@ -10,7 +10,7 @@ AgentCommands::AgentCommands(LPARAMS::Server::Server_t& server, SettingsKeeper& 
     : saved_(keeper),
       get_(server, saved_, service),
       set_(server, check, saved_, service),
-      history_(history, service),
+      history_(history),
       confirmation_(server, keeper, check, set_, service) {
   using Access = CommandService::Access;
   service.add(
@@ -40,9 +40,7 @@ AgentCommands::AgentCommands(LPARAMS::Server::Server_t& server, SettingsKeeper& 
   service.add("confirm", [this](BridgeSession& session, const std::string& /*input*/) {
     return confirmation_.confirm(session);
   });
-  service.add("save", [this](BridgeSession& session, const std::string& input) {
-    return history_.save(session, input);
-  });
+  service.add("save", HistoryCommands::save);
   service.add(
       "history",
       [this](BridgeSession& session, const std::string& input) {

@@ -7,7 +7,6 @@
 namespace bridge {
 namespace {
 
-using bridge::put;
 using bridge::take;
 
 constexpr uint8_t FORCED = 1;

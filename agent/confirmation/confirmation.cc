@@ -26,16 +26,16 @@ using namespace std::chrono;
 using bridge::Reason;
 using bridge::Reply;
 
-constexpr int ATTEMPTS = 4;                  // of a change, while others change settings, too
-constexpr milliseconds PAUSE = seconds(10);  // before what could not go back is tried again
+constexpr int APPLY_ATTEMPTS = 4;                  // of a change, while others change settings, too
+constexpr milliseconds RETRY_PAUSE = seconds(10);  // before what could not go back is tried again
 constexpr const char* NOT_CONFIRMED = "not confirmed in time: the changes have gone back";
 
-int64_t now() {
+int64_t systemTime() {
   return duration_cast<milliseconds>(system_clock::now().time_since_epoch()).count();
 }
 
 /// "2026-11-22T18:00:00Z".
-std::string utc(int64_t time) {
+std::string utcText(int64_t time) {
   const auto whole = static_cast<std::time_t>(time / 1000);
   std::tm fields{};
   (void)::gmtime_r(&whole, &fields);
@@ -145,13 +145,13 @@ Reply Confirmation::applyConfirmed(BridgeSession& session, const bridge::ApplyRe
   auto changes = std::make_shared<Unconfirmed>();
   auto made = Made::Nothing;
   try {
-    for (int left = ATTEMPTS;; --left) {
+    for (int left = APPLY_ATTEMPTS;; --left) {
       Plan planned = plan(request.changes);
       Reply reply = std::move(planned.refusal);
       const bool isPlanned = reply.result != 0;
       if (isPlanned && planned.writes) {
         changes->seconds = request.confirmSeconds;
-        changes->until = now() + milliseconds(seconds(request.confirmSeconds)).count();
+        changes->until = systemTime() + milliseconds(seconds(request.confirmSeconds)).count();
         changes->before = std::move(planned.before);
         changes->after = std::move(planned.after);
         made = Made::File;
@@ -234,7 +234,7 @@ bool Confirmation::begin(Reply& refusal) {
     phase_ = Phase::Beginning;
     return true;
   }
-  const std::string until = waiting_ ? " until " + utc(waiting_->until) : "";
+  const std::string until = waiting_ ? " until " + utcText(waiting_->until) : "";
   refusal = {0, Reason::Conflict,
              "other changes wait for confirmation" + until +
                  "; confirm them, or wait until they have gone back"};
@@ -243,7 +243,7 @@ bool Confirmation::begin(Reply& refusal) {
 
 void Confirmation::wait(std::shared_ptr<const Unconfirmed> changes, const BridgeSession& session) {
   log(Level::Notice, "changes wait for confirmation",
-      {{"until", utc(changes->until)},
+      {{"until", utcText(changes->until)},
        {"uid", session.uid},
        {"pid", session.pid},
        {"program", session.program}});
@@ -332,7 +332,7 @@ void Confirmation::takeBack(const std::shared_ptr<const Unconfirmed>& changes) {
   problem_ = std::move(problem);
   phase_ = Phase::Waiting;
   waiting_ = changes;
-  end_ = Clock::now() + PAUSE;
+  end_ = Clock::now() + RETRY_PAUSE;
   changed_.notifyAll();
 }
 
@@ -397,12 +397,12 @@ void Confirmation::resume() {
     return;
   }
   const auto most = milliseconds(seconds(found->seconds));
-  const auto left = std::clamp(milliseconds(found->until - now()), milliseconds(0), most);
+  const auto left = std::clamp(milliseconds(found->until - systemTime()), milliseconds(0), most);
   Catalogue present;
   copyAll(settings_, present);
   const bool waits = left > milliseconds(0) && (holds(present, *found) || isOnDisk(*found));
   if (waits) {
-    log(Level::Notice, "changes wait for confirmation", {{"until", utc(found->until)}});
+    log(Level::Notice, "changes wait for confirmation", {{"until", utcText(found->until)}});
     return wait(found, left);
   }
   {

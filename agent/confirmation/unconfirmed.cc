@@ -11,12 +11,12 @@
 namespace agent {
 namespace {
 
-constexpr std::string_view MAGIC = "lparams unconfirmed 1\n";
+constexpr std::string_view UNCONFIRMED_MAGIC = "lparams unconfirmed 1\n";
 
 }  // namespace
 
 std::string encode(const Unconfirmed& changes) {
-  std::string body(MAGIC);
+  std::string body(UNCONFIRMED_MAGIC);
   bridge::put(body, changes.until);
   bridge::put(body, changes.seconds);
   bridge::put(body, changes.before);
@@ -29,8 +29,8 @@ Unconfirmed decodeUnconfirmed(std::string file) {
   const SealedText body = unsealed(std::move(file));
   if (body.seal != SealedText::Intact) throw std::runtime_error("its checksum does not fit");
   std::string_view rest = body.text;
-  if (!rest.starts_with(MAGIC)) throw std::runtime_error("it is of another version");
-  rest.remove_prefix(MAGIC.size());
+  if (!rest.starts_with(UNCONFIRMED_MAGIC)) throw std::runtime_error("it is of another version");
+  rest.remove_prefix(UNCONFIRMED_MAGIC.size());
   Unconfirmed changes;
   if (!bridge::take(rest, changes.until) || !bridge::take(rest, changes.seconds) ||
       !bridge::take(rest, changes.before) || !bridge::take(rest, changes.after) || rest != "\n") {

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <charconv>
 #include <chrono>
 #include <exception>
@@ -98,18 +99,19 @@ void History::addFiles() {
 
 /// The newest one that can be read. Those that cannot are told.
 void History::findNewest() {
-  const std::vector<uint64_t> present = numbers();
-  for (auto number = present.rbegin(); number != present.rend(); ++number) {
+  std::vector<uint64_t> present = numbers();
+  std::ranges::reverse(present);
+  for (const uint64_t number : present) {
     try {
-      if (auto revision = read(*number)) {
+      if (auto revision = read(number)) {
         newestText_ = std::make_shared<const std::string>(std::move(revision->text));
         return;
       }
     } catch (const std::exception& error) {
       log(Level::Warning, "a revision of the history cannot be used",
-          {{"file", pathOf(*number)}, {"reason", error.what()}});
+          {{"file", pathOf(number)}, {"reason", error.what()}});
       const MutexLock lock(mutex_);
-      damage_ = pathOf(*number) + ": " + error.what();
+      damage_ = pathOf(number) + ": " + error.what();
     }
   }
 }

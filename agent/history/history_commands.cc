@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "agent/bridge/command_service.h"
 #include "agent/state/settings_text.h"
 #include "bridge/bytes.h"
 #include "bridge/history.h"
@@ -18,7 +19,7 @@ namespace {
 using bridge::Reason;
 using bridge::Reply;
 
-void hideSecrets(std::vector<bridge::NamedValue>& values) {
+void hideSecretsIn(std::vector<bridge::NamedValue>& values) {
   for (bridge::NamedValue& value : values) {
     if (value.secret) value.running = value.before = std::nullopt;
   }
@@ -30,7 +31,7 @@ void addLine(std::string& text, const std::string& line) {
 
 }  // namespace
 
-Reply HistoryCommands::save(BridgeSession& session, const std::string& input) const {
+Reply HistoryCommands::save(BridgeSession& session, const std::string& input) {
   const auto request = bridge::decodeSaveRequest(input);
   if (!request) return {0, Reason::MalformedInput, "the flags and the message cannot be read"};
   if (request->message.size() > bridge::MAX_SAVE_MESSAGE) {
@@ -38,7 +39,7 @@ Reply HistoryCommands::save(BridgeSession& session, const std::string& input) co
             "a message of " + std::to_string(request->message.size()) +
                 " bytes is too long; expected at most " + std::to_string(bridge::MAX_SAVE_MESSAGE)};
   }
-  Reply reply = service_.save(session, request->force, request->message);
+  Reply reply = CommandService::save(session, request->force, request->message);
   if (reply.result != 0) {
     reply.output.clear();
     bridge::put(reply.output, session.command.revision);
@@ -57,7 +58,7 @@ Reply HistoryCommands::list(BridgeSession& session, const std::string& input) {
     try {
       auto revision = history_.read(number);
       if (!revision) continue;
-      if (!seesSecrets) hideSecrets(revision->head.changes);
+      if (!seesSecrets) hideSecretsIn(revision->head.changes);
       const std::string bytes = bridge::encode(revision->head);
       if (reply.output.size() + bytes.size() > bridge::MAX_REPLY_OUTPUT) {
         addLine(reply.text, "revisions up to " + std::to_string(number) + " do not fit the reply");

@@ -5,7 +5,6 @@
 
 #include "agent/base/bridge_session.h"
 #include "agent/base/mutex.h"
-#include "agent/bridge/command_service.h"
 #include "agent/history/history.h"
 #include "bridge/protocol.h"
 
@@ -14,12 +13,11 @@ namespace agent {
 /// Thread-safe.
 class HistoryCommands {
  public:
-  /// REQUIRES: both outlive the commands.
-  HistoryCommands(const History& history, CommandService& service)
-      : history_(history), service_(service) {}
+  /// REQUIRES: the history outlives the commands.
+  explicit HistoryCommands(const History& history) : history_(history) {}
 
   /// Saves with a message, and answers with the number of the revision that this has made.
-  bridge::Reply save(BridgeSession& session, const std::string& input) const;
+  static bridge::Reply save(BridgeSession& session, const std::string& input);
 
   /// Answers with the revisions, newest first, as many as fit a reply.
   bridge::Reply list(BridgeSession& session, const std::string& input);
@@ -29,7 +27,6 @@ class HistoryCommands {
 
  private:
   const History& history_;
-  CommandService& service_;
   Mutex reading_;  // held while files are read: there are never many of them in memory
 };
 

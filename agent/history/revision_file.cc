@@ -11,12 +11,12 @@
 namespace agent {
 namespace {
 
-constexpr std::string_view MAGIC = "lparams revision 1\n";
+constexpr std::string_view REVISION_MAGIC = "lparams revision 1\n";
 
 }  // namespace
 
 std::string encode(const KeptRevision& revision) {
-  std::string body(MAGIC);
+  std::string body(REVISION_MAGIC);
   bridge::put(body, bridge::encode(revision.head));
   body += '\n';
   body += revision.text;
@@ -29,8 +29,8 @@ KeptRevision decodeKeptRevision(std::string file) {
   if (body.seal != SealedText::Intact) throw std::runtime_error("its checksum does not fit");
   std::string_view rest = body.text;
   std::string head;
-  if (!rest.starts_with(MAGIC)) throw std::runtime_error("it is of another version");
-  rest.remove_prefix(MAGIC.size());
+  if (!rest.starts_with(REVISION_MAGIC)) throw std::runtime_error("it is of another version");
+  rest.remove_prefix(REVISION_MAGIC.size());
   if (!bridge::take(rest, head) || rest.size() < 2) throw std::runtime_error("it is cut off");
   auto decoded = bridge::decodeRevision(head);
   if (!decoded) throw std::runtime_error("its head cannot be read");

@@ -23,7 +23,7 @@ class HistoryCommandsOf : public NamedAccess {
   HistoryCommandsOf() { history_.found(kept_.keeper().savedText()); }  // 1: the defaults
 
   bridge::Reply save(BridgeSession& session, const bridge::SaveRequest& request) {
-    return commands_.save(session, bridge::encode(request));
+    return HistoryCommands::save(session, bridge::encode(request));
   }
 
   /// The number of the revision that it makes.
@@ -50,7 +50,7 @@ class HistoryCommandsOf : public NamedAccess {
 
   History history_{kept_.directory(), 50};
   const SaveHook hook_{server(), kept_.keeper(), history_};
-  HistoryCommands commands_{history_, service_};
+  HistoryCommands commands_{history_};
 };
 
 TEST_F(HistoryCommandsOf, SavesWithAMessage) {
@@ -78,7 +78,7 @@ TEST_F(HistoryCommandsOf, ASaveThatIsNotAllowedMakesNone) {
   EXPECT_EQ(save(stranger_, {}).reason, Reason::NotAuthorised);
   EXPECT_EQ(save(root_, {.message = std::string(4097, 'x')}).text,
             "a message of 4097 bytes is too long; expected at most 4096");
-  EXPECT_EQ(commands_.save(root_, "").reason, Reason::MalformedInput);
+  EXPECT_EQ(HistoryCommands::save(root_, "").reason, Reason::MalformedInput);
   directory_.write(agent_testing::SETTINGS, agent_testing::exampleSettings());  // an edit
   const bridge::Reply refused = save(root_, {});
   EXPECT_EQ(refused.reason, Reason::SaveRefused);

@@ -47,7 +47,10 @@ TEST_F(Documents, NameNoOptionThatIsNotThere) {
     arguments.push_back("--help");
     help += ctl(arguments).output;
   }
-  const auto named = all(document("operations.md"), "(--[a-z][a-z-]+)");
+  // What is said of the source tree's own command is not of these programs.
+  const std::string text =
+      std::regex_replace(document("operations.md"), std::regex("`\\./dev [^`]*`"), "");
+  const auto named = all(text, "(--[a-z][a-z-]+)");
   EXPECT_GT(named.size(), 8U);
   for (const std::string& option : named) EXPECT_THAT(help, HasSubstr(option + " "));
 }
