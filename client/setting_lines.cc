@@ -1,12 +1,12 @@
 #include "client/setting_lines.h"
 
+#include "client/values.h"
 #include "lparams/values/values.h"
 #include "text/escape.h"
 
 namespace client {
 namespace {
 
-using LPARAMS::Server::hasControlBytes;
 using LPARAMS::Server::HIDDEN;
 
 constexpr const char* USER_LIST = "USERS";
@@ -16,8 +16,8 @@ constexpr const char* USER_LIST = "USERS";
 std::string settingLine(const bridge::NamedValue& of, bool secrets) {
   const bool shown = of.running && (!of.secret || secrets);
   const std::string value = shown ? *of.running : HIDDEN;
-  const bool isLine = !hasControlBytes(value) && !hasControlBytes(of.name);
-  if (isLine) return of.name + "=" + value + "\n";
+  if (text::escaped(value) == value && text::escaped(of.name) == of.name)
+    return of.name + "=" + value + "\n";
   return "# " + text::escaped(of.name) + "=" + text::inQuotes(value) + "\n";
 }
 
@@ -32,6 +32,14 @@ std::string settingLines(Store& store, const std::string& name, bool secrets) {
   }
   if (!users && (name.empty() || name == USER_LIST)) lines += "# USERS (no entries)\n";
   return lines;
+}
+
+std::string settingDocument(Store& store, const std::string& name, bool secrets) {
+  bridge::NamedValues found = store.get(name.empty() ? bridge::Names() : bridge::Names{name});
+  for (bridge::NamedValue& value : found.values) {
+    if (value.secret && !secrets) value.running.reset();
+  }
+  return printedJson(documentOf(found, CatalogueView(store.schema())));
 }
 
 }  // namespace client

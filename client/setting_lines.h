@@ -1,4 +1,4 @@
-// Settings as lines.
+// Settings as lines, or as a document.
 #pragma once
 
 #include <string>
@@ -14,5 +14,8 @@ std::string settingLine(const bridge::NamedValue& of, bool secrets);
 /// Secrets show only if `secrets`. What `set` would not take as it stands is a comment, a line that
 /// begins with "#".
 std::string settingLines(Store& store, const std::string& name, bool secrets);
+
+/// The same as one JSON document; a secret that does not show is null.
+std::string settingDocument(Store& store, const std::string& name, bool secrets);
 
 }  // namespace client

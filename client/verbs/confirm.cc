@@ -1,6 +1,7 @@
 // Has changes stay.
 #include <iostream>
 
+#include "client/values.h"
 #include "client/verbs/verb.h"
 #include "client/verbs/verbs.h"
 
@@ -15,17 +16,21 @@ is time: "pendingConfirmation" in "lparamsctl status".
 Example:
   lparamsctl apply --save --confirm 60 gateway.json && lparamsctl confirm)~";
 
-struct Given {};
+struct Given {
+  bool json = false;
+};
 
-void confirm(Context& context, const Given& /*given*/) {
+void confirm(Context& context, const Given& given) {
   (void)context.agent().call(bridge::AgentCommand{"confirm", {}}, "confirming");
-  std::cout << "confirmed\n";
+  std::cout << (given.json ? printedJson({{"confirmed", true}}) : "confirmed\n");
 }
 
 }  // namespace
 
 void addConfirm(CLI::App& app, Context& context) {
-  (void)addVerb(app, context, "confirm", "Let changes stay that would go back", NOTES, confirm);
+  const auto [command, given] =
+      addVerb(app, context, "confirm", "Let changes stay that would go back", NOTES, confirm);
+  addJson(command, given->json);
 }
 
 }  // namespace client

@@ -1,6 +1,7 @@
 // Has settings written to their file.
 #include <iostream>
 
+#include "client/values.h"
 #include "client/verbs/verb.h"
 #include "client/verbs/verbs.h"
 
@@ -13,9 +14,14 @@ why it was not written. The agent refuses to save settings that it could not loa
 to write over a file that somebody has edited meanwhile; --force saves all the same. The
 agent keeps a copy of what it replaces then. A message is kept in the agent's history.)~";
 
-void save(Context& context, const Saving& given) {
-  context.agent().save(given);
-  std::cout << "saved\n";
+struct Given {
+  Saving how;
+  bool json = false;
+};
+
+void save(Context& context, const Given& given) {
+  context.agent().save(given.how);
+  std::cout << (given.json ? printedJson({{"saved", true}}) : "saved\n");
 }
 
 }  // namespace
@@ -23,8 +29,9 @@ void save(Context& context, const Saving& given) {
 void addSave(CLI::App& app, Context& context) {
   const auto [command, given] =
       addVerb(app, context, "save", "Write the settings file", NOTES, save);
-  command.add_flag("--force", given->force, "Save what the agent would not save otherwise");
-  command.add_option("--message", given->message, "Why, for the history")->type_name("TEXT");
+  command.add_flag("--force", given->how.force, "Save what the agent would not save otherwise");
+  command.add_option("--message", given->how.message, "Why, for the history")->type_name("TEXT");
+  addJson(command, given->json);
 }
 
 }  // namespace client

@@ -10,7 +10,8 @@ namespace {
 
 constexpr const char* NOTES =
     R"~(Prints NAME=value lines, which "set -" takes back. A line that begins with "#" is a comment; it
-also stands for a value with control characters, which "set" would not take.
+also stands for a value that does not show what it is, such as one with control characters.
+With --json the settings are one document, in which a hidden secret is null.
 
 Examples:
   lparamsctl show
@@ -20,10 +21,12 @@ Examples:
 struct Given {
   std::string name;
   bool secrets = false;
+  bool json = false;
 };
 
 void show(Context& context, const Given& given) {
-  std::cout << settingLines(context.store(), given.name, given.secrets);
+  const auto printed = given.json ? settingDocument : settingLines;
+  std::cout << printed(context.store(), given.name, given.secrets);
 }
 
 }  // namespace
@@ -33,6 +36,7 @@ void addShow(CLI::App& app, Context& context) {
       addVerb(app, context, "show", "Print all settings, a group or a user", NOTES, show);
   command.add_option("GROUP", given->name, "The group; all if it is left out");
   command.add_flag("--secrets", given->secrets, "Print secrets instead of (hidden)");
+  addJson(command, given->json);
 }
 
 }  // namespace client

@@ -84,7 +84,8 @@ void listUsers(Context& context, const Given& given) {
 }
 
 void showUser(Context& context, const Given& given) {
-  std::cout << settingLines(context.store(), userName(given.name), true);
+  const auto printed = given.json ? settingDocument : settingLines;
+  std::cout << printed(context.store(), userName(given.name), true);
 }
 
 void appendUser(Context& context, const Given& given) {
@@ -129,7 +130,9 @@ void addUser(CLI::App& app, Context& context) {
 
   const auto list = addVerb(user, context, "list", "Print the users' names", LIST_NOTES, listUsers);
   addJson(list.command, list.given->json);
-  (void)addForUser(user, context, "show", "Print the fields of a user", SHOW_NOTES, showUser);
+  const auto show =
+      addForUser(user, context, "show", "Print the fields of a user", SHOW_NOTES, showUser);
+  addJson(show.command, show.given->json);
   const auto add = addForUser(user, context, "add", "Append a user", ADD_NOTES, appendUser);
   add.command.add_option("FIELD=VALUE", add.given->fields, "Fields of the user and their values");
   const auto change =

@@ -20,6 +20,12 @@ TEST(ClientSave, SaysThatItIsDone) {
   EXPECT_EQ(agent.commands(), Commands{"save"});
 }
 
+TEST(ClientSave, SaysSoInJson) {
+  ScriptedAgent agent({done()});
+  EXPECT_EQ(runClient({"--socket", agent.socketPath, "save", "--json"}),
+            printed("{\n  \"saved\": true\n}\n"));
+}
+
 TEST(ClientSave, SaysWhyItIsNotAndTheStatusSaysOfWhatKindTheReasonIs) {
   const struct {
     bridge::Reason reason;

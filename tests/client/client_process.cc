@@ -77,7 +77,9 @@ Outcome failed(int exitCode, const std::string& message) {
 }
 
 Outcome runClient(std::vector<std::string> arguments, const Surroundings& surroundings) {
-  const File in = fileOf(surroundings.in);
+  const File in = surroundings.inputPath.empty()
+                      ? fileOf(surroundings.in)
+                      : checked(std::fopen(surroundings.inputPath.c_str(), "r"));
   const File out =
       checked(surroundings.outputPath != nullptr ? std::fopen(surroundings.outputPath, "r+")
                                                  : std::tmpfile());

@@ -27,6 +27,7 @@ Outcome failed(int exitCode, const std::string& message);
 /// Besides the arguments of the command line.
 struct Surroundings {
   std::string in = {};               ///< the standard input
+  std::string inputPath = {};        ///< what the standard input is instead, if it is not empty
   std::string variable = {};         ///< "NAME=VALUE" to add to the environment
   const char* outputPath = nullptr;  ///< instead of keeping the standard output
 };

@@ -83,6 +83,15 @@ TEST_F(Client, SetTakesValuesFromFilesAndTheStandardInput) {
             failed(64, "the standard input can be given only once"));
 }
 
+TEST_F(Client, SetWritesNothingOfAnInputThatCannotBeRead) {
+  for (const char* argument : {"-", "UPDATE.PATH=@-"}) {
+    EXPECT_EQ(client_testing::runClient({"--socket", socketPath, "set", "LOG.WALL_ON=1", argument},
+                                        {.inputPath = "/"}),
+              failed(74, "cannot read the standard input; nothing was written"));
+  }
+  EXPECT_EQ(ctl({"diff"}), printed(""));
+}
+
 TEST_F(Client, SetWarnsOfSecretsOnTheCommandLine) {
   const Outcome outcome = ctl({"set", "IKE.QCD_SECRET=s3cret"});
   EXPECT_EQ(outcome.exitCode, 0);
