@@ -51,6 +51,17 @@ TEST_F(OnAFile, ChangesAreWrittenAsASaveWouldWriteThem) {
   EXPECT_EQ(out({"user", "list"}), "alice\nbob\n");
 }
 
+TEST_F(OnAFile, IsComparedWithTheDefaultsAndOtherFiles) {
+  const std::string other = directory.path + "other.ini";
+  host::writeFile(other, sourceFile("examples/localsettings.ini"));
+  EXPECT_EQ(out({"diff", "--file", other}), "");
+  (void)out({"set", "IKE.IKE_PORT=501"});
+  EXPECT_EQ(on({"diff", "--file", other}), (Outcome{1, "IKE.IKE_PORT: 500 -> 501\n", ""}));
+  EXPECT_EQ(on({"diff"}), printed("")) << "a file is saved";
+  EXPECT_THAT(on({"diff", "--default"}).out, HasSubstr("IKE.IKE_PORT: 500 -> 501\n"));
+  EXPECT_EQ(on({"diff", "--revision", "1"}).exitCode, 64);
+}
+
 TEST_F(OnAFile, AMistakeWritesNothing) {
   EXPECT_EQ(on({"set", "IKE.IKE_PORT=501", "IKE.NATT_PORT=0"}),
             failed(65,
