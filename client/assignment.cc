@@ -45,6 +45,11 @@ std::vector<std::string> splitLines(const std::string& text) {
 
 bool isHidden(const Change& step) { return step.value == LPARAMS::Server::HIDDEN; }
 
+const bridge::NamedValue* find(const bridge::NamedValues& values, const std::string& name) {
+  const auto found = std::ranges::find(values.values, name, &bridge::NamedValue::name);
+  return found == values.values.end() ? nullptr : &*found;
+}
+
 }  // namespace
 
 bool showsAsItIs(const std::string& text) {
@@ -126,25 +131,30 @@ void Assignments::check(Store& store, bool bytes) {
     }
   }
   if (names.empty()) return;
-  bridge::NamedValues found;
+  bridge::NamedValues present;
   try {
-    found = store.get(names);
+    present = store.get(names);
   } catch (const Failure& failure) {
     if (failure.status != programs::EXIT_ILLEGAL) throw;
     return;  // names that are not there: the store says so of the steps, too
   }
-  const auto valueOf = [&](const Change& step) {
-    return std::ranges::find(found.values, step.name, &bridge::NamedValue::name);
-  };
+  dropHidden(present);
+  if (!bytes) refuseOdd(present);
+}
+
+void Assignments::dropHidden(const bridge::NamedValues& present) {
   std::erase_if(steps, [&](const Change& step) {
-    const auto value = valueOf(step);
-    return value != found.values.end() && value->secret && isHidden(step);
+    const bridge::NamedValue* const value = find(present, step.name);
+    return value != nullptr && value->secret && isHidden(step);
   });
+}
+
+void Assignments::refuseOdd(const bridge::NamedValues& present) {
   for (const Change& step : steps) {
-    if (step.kind != Change::Set || !isOdd(step.value)) continue;
-    const auto value = valueOf(step);
-    if (value != found.values.end() && value->running == step.value) continue;
-    const bool secret = value != found.values.end() && value->secret;
+    const bridge::NamedValue* const value = find(present, step.name);
+    const bool stays = value != nullptr && value->running == step.value;
+    if (step.kind != Change::Set || stays || showsAsItIs(step.value)) continue;
+    const bool secret = value != nullptr && value->secret;
     const auto line = lines_.find(text::escaped(step.name));
     addMistake(line == lines_.end() ? 0 : line->second,
                text::escaped(step.name) + ": " +

@@ -50,6 +50,8 @@ class Assignments {
  private:
   void addMistake(size_t line, const std::string& mistake);
   void takeStandardInput();
+  void dropHidden(const bridge::NamedValues& present);
+  void refuseOdd(const bridge::NamedValues& present);
 
   std::vector<std::string> mistakes_;
   bool illForm_ = false;                  // some are of the form of the command line

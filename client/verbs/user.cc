@@ -117,7 +117,7 @@ void deleteUsers(Context& context, const Given& given) {
 /// Adds a verb for one user.
 Verb<Given> addForUser(CLI::App& user, Context& context, const char* name, const char* description,
                        const char* notes, void (*run)(Context& context, const Given& given)) {
-  const auto verb = addVerb(user, context, name, description, notes, run);
+  auto verb = addVerb(user, context, name, description, notes, run);
   verb.command.add_option("NAME", verb.given->name, "The user's name")->required();
   return verb;
 }
