@@ -58,7 +58,7 @@ class AgentProcess : public AgentTest {
   /// Fills the user list, so that the reply to a read of it is more than a socket takes at once.
   void addManyUsers(const RawClient& client) {
     testing_support::Settings settings;
-    for (int i = 0; i < 4000; ++i) listAdd(settings.userList)->NAME.value = std::string(1000, 'x');
+    for (int i = 0; i < 400; ++i) listAdd(settings.userList)->NAME.value = std::string(10000, 'x');
     ASSERT_EQ(
         client.exchange(bridge::Command{13, 0, testing_support::encodeRecord(settings.userList)})
             .result,
