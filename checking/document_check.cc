@@ -5,6 +5,7 @@
 #include "checking/forms.h"
 #include "documents/document.h"
 #include "editing/parameters.h"
+#include "editing/shown_name.h"
 #include "lparams/params/enum_param.h"
 #include "lparams/values/values.h"
 #include "text/escape.h"
@@ -25,7 +26,7 @@ class DocumentCheck {
 
   void look(const User& user) {
     USER_t* const entry = listAdd(settings_.userList);
-    const std::string path = documents::shownName("USERS[" + user.name + "]");
+    const std::string path = editing::shownName("USERS[" + user.name + "]");
     if (!setValue(entry->NAME, user.name)) {
       add(user.place, path, "the name is not " + legalValues(entry->NAME));
     }
@@ -42,7 +43,7 @@ class DocumentCheck {
 
   void look(const Value& value) {
     const auto found = parameters_.find(value.name);
-    const std::string name = documents::shownName(value.name);
+    const std::string name = editing::shownName(value.name);
     if (!found.problem.empty()) {
       // It begins with the name.
       return add(value.place, name,
@@ -70,7 +71,7 @@ class DocumentCheck {
   /// A user is named by its key.
   void lookAtName(const Value& value, const editing::Parameters::Found& found) {
     if (value.text == found.user->NAME.value) return;
-    add(value.place, documents::shownName(value.name),
+    add(value.place, editing::shownName(value.name),
         text::inQuotes(value.text.substr(0, MAX_SHOWN)) +
             " is not the name that the user goes by here");
   }

@@ -1,13 +1,10 @@
 #include "client/apply.h"
 
-#include <map>
-#include <string_view>
 #include <utility>
 
 #include "bridge/apply.h"
 #include "bridge/named_values.h"
-#include "client/assignment.h"
-#include "text/escape.h"
+#include "client/odd_texts.h"
 
 namespace client {
 namespace {
@@ -42,28 +39,6 @@ class Refused : public Failure {
 
 }  // namespace
 
-std::string oddTexts(const std::vector<Change>& steps, const NamedValues& now) {
-  std::map<std::string_view, const bridge::NamedValue*> present;
-  for (const bridge::NamedValue& value : now.values) present.emplace(value.name, &value);
-  constexpr const char* ODD = " does not show what it is; --bytes takes it all the same\n";
-  std::string odd;
-  for (const Change& step : steps) {
-    if (step.kind == Change::AddUser && !showsAsItIs(step.name)) {
-      const std::string user = "USERS[" + step.name + "]";
-      if (present.contains(user + ".NAME")) continue;  // moves to another place
-      odd += documents::shownName(user) + ": the name" + ODD;
-    }
-    if (step.kind != Change::Set || showsAsItIs(step.value)) continue;
-    const auto found = present.find(step.name);
-    const bool isThere = found != present.end();
-    if (isThere && found->second->running == step.value) continue;
-    const bool secret = isThere && found->second->secret;
-    odd += documents::shownName(step.name) + ": " +
-           (secret ? "the value" : text::inQuotes(step.value)) + ODD;
-  }
-  return odd;
-}
-
 Done apply(AgentStore& agent, const WantedDocument& document, const ApplyOptions& options) {
   const auto stepsFrom = [&](const NamedValues& now) {
     Wanted wanted = document.wanted(now);
@@ -87,7 +62,5 @@ Done apply(AgentStore& agent, const WantedDocument& document, const ApplyOptions
     throw document.failure(failure.what());
   }
 }
-
-void save(AgentStore& agent, const std::string& message) { agent.save({.message = message}); }
 
 }  // namespace client

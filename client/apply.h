@@ -20,15 +20,8 @@ struct ApplyOptions {
   std::string message = {};  ///< for the history of that save
 };
 
-/// What the steps would make of the settings that there are `now`, in words: a line for each new
-/// text that does not show what it is. The agent takes them.
-std::string oddTexts(const std::vector<bridge::Change>& steps, const bridge::NamedValues& now);
-
 /// Carries out all that the document wants or nothing. What is so already is not written. Returns
 /// what has been done, or what would be. Throws Failure with all mistakes.
 Done apply(AgentStore& agent, const WantedDocument& document, const ApplyOptions& options);
-
-/// Has the agent save, with a message for its history of what was saved.
-void save(AgentStore& agent, const std::string& message);
 
 }  // namespace client

@@ -6,8 +6,10 @@
 #include <optional>
 #include <sstream>
 
+#include "client/odd_texts.h"
 #include "client/terminal.h"
 #include "client/user_file.h"
+#include "editing/shown_name.h"
 #include "lparams/values/values.h"
 #include "text/escape.h"
 
@@ -43,20 +45,11 @@ std::vector<std::string> splitLines(const std::string& text) {
   return lines;
 }
 
+std::string inLine(size_t line) { return "line " + std::to_string(line) + ": "; }
+
 bool isHidden(const Change& step) { return step.value == LPARAMS::Server::HIDDEN; }
 
-const bridge::NamedValue* find(const bridge::NamedValues& values, const std::string& name) {
-  const auto found = std::ranges::find(values.values, name, &bridge::NamedValue::name);
-  return found == values.values.end() ? nullptr : &*found;
-}
-
 }  // namespace
-
-bool showsAsItIs(const std::string& text) {
-  const bool ascii =
-      std::ranges::all_of(text, [](char c) { return static_cast<unsigned char>(c) < 0x80; });
-  return ascii || text::escaped(text) == text;
-}
 
 void Assignments::takeStandardInput() {
   if (inputTaken_) {
@@ -66,7 +59,7 @@ void Assignments::takeStandardInput() {
 }
 
 void Assignments::addMistake(size_t line, const std::string& mistake) {
-  mistakes_.push_back((line == 0 ? "" : "line " + std::to_string(line) + ": ") + mistake);
+  mistakes_.push_back(line == 0 ? mistake : inLine(line) + mistake);
 }
 
 void Assignments::add(const std::string& text, const std::string& owner) {
@@ -104,7 +97,7 @@ void Assignments::addLines() {
       continue;
     }
     steps.push_back({Change::Set, line.substr(0, equals), line.substr(equals + 1)});
-    lines_.emplace(text::escaped(steps.back().name), number);
+    lines_.emplace(editing::shownName(steps.back().name), number);
   }
 }
 
@@ -119,48 +112,32 @@ void Assignments::ask(const std::string& name) {
 }
 
 void Assignments::check(Store& store, bool bytes) {
-  const auto isOdd = [&](const std::string& text) { return !bytes && !showsAsItIs(text); };
   bridge::Names names;  // whose values may stay
   for (const Change& step : steps) {
-    if (step.kind == Change::Set && (isHidden(step) || isOdd(step.value))) {
-      names.push_back(step.name);
-    }
-    if (step.kind == Change::AddUser && isOdd(step.name)) {
-      addMistake(0, text::escaped(step.name) +
-                        ": a name that does not show what it is; --bytes takes it all the same");
-    }
+    const bool looked = isHidden(step) || !showsAsItIs(step.value);
+    if (step.kind == Change::Set && looked) names.push_back(step.name);
   }
-  if (names.empty()) return;
   bridge::NamedValues present;
   try {
-    present = store.get(names);
+    if (!names.empty()) present = store.get(names);
   } catch (const Failure& failure) {
     if (failure.status != programs::EXIT_ILLEGAL) throw;
     return;  // names that are not there: the store says so of the steps, too
   }
-  dropHidden(present);
-  if (!bytes) refuseOdd(present);
-}
-
-void Assignments::dropHidden(const bridge::NamedValues& present) {
   std::erase_if(steps, [&](const Change& step) {
-    const bridge::NamedValue* const value = find(present, step.name);
-    return value != nullptr && value->secret && isHidden(step);
+    const auto value = std::ranges::find(present.values, step.name, &bridge::NamedValue::name);
+    return value != present.values.end() && value->secret && isHidden(step);
   });
+  if (bytes) return;
+  for (const std::string& mistake : splitLines(oddTexts(steps, present))) {
+    mistakes_.push_back(located(mistake));
+  }
 }
 
-void Assignments::refuseOdd(const bridge::NamedValues& present) {
-  for (const Change& step : steps) {
-    const bridge::NamedValue* const value = find(present, step.name);
-    const bool stays = value != nullptr && value->running == step.value;
-    if (step.kind != Change::Set || stays || showsAsItIs(step.value)) continue;
-    const bool secret = value != nullptr && value->secret;
-    const auto line = lines_.find(text::escaped(step.name));
-    addMistake(line == lines_.end() ? 0 : line->second,
-               text::escaped(step.name) + ": " +
-                   (secret ? "the value" : text::inQuotes(step.value)) +
-                   " does not show what it is; --bytes takes it all the same");
-  }
+/// With its line, if what it is about stands in one of the standard input.
+std::string Assignments::located(const std::string& mistake) const {
+  const auto line = lines_.find(mistake.substr(0, mistake.find(": ")));
+  return line == lines_.end() ? mistake : inLine(line->second) + mistake;
 }
 
 bridge::NamedValues Assignments::carryOut(Store& store) {
@@ -173,9 +150,7 @@ bridge::NamedValues Assignments::carryOut(Store& store) {
     if (failure.status != programs::EXIT_ILLEGAL && mistakes_.empty()) throw;
     if (failure.status == programs::EXIT_ILLEGAL) {
       for (const std::string& mistake : splitLines(failure.what())) {
-        const auto line = lines_.find(mistake.substr(0, mistake.find(": ")));
-        if (line != lines_.end()) mistakes += "line " + std::to_string(line->second) + ": ";
-        mistakes += mistake + "\n";
+        mistakes += located(mistake) + "\n";
       }
     }
   }

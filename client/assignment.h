@@ -11,9 +11,6 @@
 
 namespace client {
 
-/// Whether the text shows what it is. ASCII is the agent's to refuse, which names what is legal.
-bool showsAsItIs(const std::string& text);
-
 /// The steps that a command line asks for, and what is wrong with it. All that is wrong is told at
 /// once, also what the store says of the steps that could be read.
 class Assignments {
@@ -50,8 +47,7 @@ class Assignments {
  private:
   void addMistake(size_t line, const std::string& mistake);
   void takeStandardInput();
-  void dropHidden(const bridge::NamedValues& present);
-  void refuseOdd(const bridge::NamedValues& present);
+  std::string located(const std::string& mistake) const;
 
   std::vector<std::string> mistakes_;
   bool illForm_ = false;                  // some are of the form of the command line

@@ -4,6 +4,7 @@
 #include <optional>
 #include <tuple>
 
+#include "editing/shown_name.h"
 #include "lparams/params/param.h"
 #include "lparams/values/values.h"
 #include "text/escape.h"
@@ -31,10 +32,10 @@ WantedDocument::WantedDocument(std::string name, documents::Document document,
                                const CatalogueView& catalogue)
     : name_(std::move(name)), document_(std::move(document)), mistakes_(document_.mistakes) {
   for (const documents::User& user : document_.users) {
-    places_.emplace(documents::shownName("USERS[" + user.name + "]"), user.place);
+    places_.emplace(editing::shownName("USERS[" + user.name + "]"), user.place);
   }
   for (Value& value : document_.values) {
-    places_.emplace(documents::shownName(value.name), value.place);
+    places_.emplace(editing::shownName(value.name), value.place);
     spell(value, catalogue);
   }
   // Each of these is among the document's own mistakes.
@@ -44,7 +45,7 @@ WantedDocument::WantedDocument(std::string name, documents::Document document,
     const NamePieces pieces = takeApart(value.name);
     const bool isName = pieces.group == documents::USERS && pieces.member == "NAME";
     if (isName && value.kind != Value::Kept && value.text != pieces.user) {
-      mistakes_.push_back({value.place, documents::shownName(value.name) + ": " +
+      mistakes_.push_back({value.place, editing::shownName(value.name) + ": " +
                                             text::inQuotes(value.text) +
                                             " is not the name that the user goes by here; \"user "
                                             "rename\" renames"});
@@ -66,7 +67,7 @@ void WantedDocument::spell(Value& value, const CatalogueView& catalogue) {
   if (value.kind == Value::Kept) return;
   if (type == TYPE_STRING || type == TYPE_SECRET) {
     const std::string shown = type == TYPE_SECRET ? "the value" : value.text;
-    mistakes_.push_back({value.place, documents::shownName(value.name) + ": " + shown +
+    mistakes_.push_back({value.place, editing::shownName(value.name) + ": " + shown +
                                           " is no text; write it in quotes"});
   } else if (type == TYPE_BOOL && value.kind == Value::Flag) {
     value.text = value.text == "true" ? "1" : "0";

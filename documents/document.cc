@@ -7,7 +7,6 @@
 #include "documents/settings_reader.h"
 #include "inspection/settings_completeness.h"
 #include "lparams/params/block_grammar.h"
-#include "text/escape.h"
 
 namespace documents {
 
@@ -42,11 +41,6 @@ Document read(std::string_view text, size_t keptMistakes) {
     if (user.name.empty()) document.addMistake(user.place, "USERS: a user needs a name");
   }
   return document;
-}
-
-std::string shownName(std::string_view name) {
-  constexpr size_t MAX_SHOWN = 200;
-  return text::escaped(name.substr(0, MAX_SHOWN));
 }
 
 std::string userParameter(std::string_view user, std::string_view member) {

@@ -73,9 +73,6 @@ inline constexpr size_t MAX_SIZE = 16 * 1024 * 1024;
 /// Takes time and memory in proportion to the text. Thread-safe.
 Document read(std::string_view text, size_t keptMistakes = Document::KEPT_MISTAKES);
 
-/// A name as mistakes show it: fit for a line, and cut off after 200 bytes.
-std::string shownName(std::string_view name);
-
 /// The list that users are in.
 inline constexpr std::string_view USERS = "USERS";
 

@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
+#include "editing/shown_name.h"
 #include "inspection/line_counter.h"
 #include "inspection/settings_completeness.h"
 #include "inspection/text_source.h"
@@ -129,7 +130,7 @@ class JsonReader final : public nlohmann::json_sax<Json> {
     if (path_.size() > 1 && path_[0] == USERS) name.append("[").append(path_[1]).append("]");
     const size_t member = depthOfValues() - 1;
     if (path_.size() > member) name.append(".").append(path_[member]);
-    return shownName(name);
+    return editing::shownName(name);
   }
 
   std::string expected() const {

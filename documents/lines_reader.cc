@@ -5,6 +5,7 @@
 #include <set>
 #include <utility>
 
+#include "editing/shown_name.h"
 #include "inspection/settings_completeness.h"
 
 namespace documents {
@@ -44,7 +45,7 @@ class LinesReader {
     }
     const auto [first, isNew] = lines_.emplace(name, number);
     if (!isNew) {
-      document.addMistake({number, 1}, shownName(name) + ": given twice (first in line " +
+      document.addMistake({number, 1}, editing::shownName(name) + ": given twice (first in line " +
                                            std::to_string(first->second) + ")");
       return;
     }

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "editing/copy_group.h"
+#include "editing/shown_name.h"
 #include "lparams/values/values.h"
 #include "text/escape.h"
 #include "text/shortened.h"

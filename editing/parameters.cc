@@ -5,6 +5,7 @@
 #include <optional>
 #include <utility>
 
+#include "editing/shown_name.h"
 #include "lparams/values/values.h"
 #include "text/escape.h"
 #include "text/similar.h"
@@ -13,8 +14,6 @@ namespace editing {
 namespace {
 
 using namespace LPARAMS::Server;
-
-constexpr size_t MAX_SHOWN = 200;  // bytes of a name that a message shows
 
 /// A name taken apart. What it does not have is missing.
 struct Pieces {
@@ -54,8 +53,6 @@ std::string problem(std::string_view name, const std::string& what) {
 }
 
 }  // namespace
-
-std::string shownName(std::string_view name) { return text::escaped(name.substr(0, MAX_SHOWN)); }
 
 void Parameters::needUsers() {
   if (std::exchange(knowsUsers_, true)) return;

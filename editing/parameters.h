@@ -11,9 +11,6 @@
 
 namespace editing {
 
-/// A name as messages show it: fit for a line, and cut off after 200 bytes.
-std::string shownName(std::string_view name);
-
 /// Leads from names to parameters: "IKE.IKE_PORT", "USERS[bob].PMP_TIMEOUT" for the user with that
 /// name, "USERS[0].PMP_TIMEOUT" for the first one if no user is called "0". Knows the users by the
 /// names that they had when it first needed one or that they were added with. Used by one thread,

@@ -7,6 +7,7 @@
 #include "lparams/storage/settings_reader.h"
 #include "lparams/values/values.h"
 #include "lparams/values/visit.h"
+#include "text/shortened.h"
 #include "text/similar.h"
 
 namespace inspection {
@@ -297,7 +298,7 @@ void Inspector::unknownParam(const std::string& key, const std::string& group) {
   const size_t begin = beginOfKey();
   told_ = source_.position();
   const Place place = lines_.placeOf(begin);
-  const std::string shown = behindSecret_ ? Shown::hidden(key) : shown_.name(key);
+  const std::string shown = behindSecret_ ? text::notShown(key) : shown_.name(key);
   const bool nested = group != blocks_.back().group.name;
   Finding unknown{.kind = Finding::UnknownName,
                   .reported = true,

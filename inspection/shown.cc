@@ -5,6 +5,7 @@
 #include "lparams/params/block_grammar.h"
 #include "lparams/params/variant.h"
 #include "lparams/values/values.h"
+#include "text/shortened.h"
 
 namespace inspection {
 namespace {
@@ -38,11 +39,7 @@ std::string Shown::name(std::string_view key) const {
   const std::string_view word = key.substr(0, key.find_last_not_of(" \t") + 1);
   const auto isWord = [&](std::string_view name) { return equalNames(word, name); };
   const bool shown = hasFormOfName(key) || std::ranges::any_of(names_, isWord);
-  return shown ? std::string(key.substr(0, MAX_TEXT)) : hidden(key);
-}
-
-std::string Shown::hidden(std::string_view key) {
-  return std::string("(").append(std::to_string(key.size())).append(" bytes, not shown)");
+  return shown ? std::string(key.substr(0, MAX_TEXT)) : text::notShown(key);
 }
 
 std::string Shown::value(std::string_view value) const {

@@ -20,9 +20,6 @@ class Shown {
   /// "=" may be a part of a value, and of a secret one.
   std::string name(std::string_view key) const;
 
-  /// What stands in the place of any key.
-  static std::string hidden(std::string_view key);
-
   /// The beginning of a value of a parameter that is no secret.
   std::string value(std::string_view value) const;
 

@@ -11,4 +11,8 @@ std::string shortened(std::string_view foreign, size_t limit) {
 
 std::string quoted(std::string_view foreign) { return inQuotes(shortened(foreign)); }
 
+std::string notShown(std::string_view foreign) {
+  return std::string("(").append(std::to_string(foreign.size())).append(" bytes, not shown)");
+}
+
 }  // namespace text

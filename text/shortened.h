@@ -15,4 +15,7 @@ std::string shortened(std::string_view foreign, size_t limit = MAX_FOREIGN);
 /// The same as inQuotes() has it.
 std::string quoted(std::string_view foreign);
 
+/// What stands in the place of a text that may hold a secret: "(12 bytes, not shown)".
+std::string notShown(std::string_view foreign);
+
 }  // namespace text

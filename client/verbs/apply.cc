@@ -101,7 +101,7 @@ void apply(Context& context, const Given& given) {
   // What has to be confirmed is saved already.
   if (saved && (given.options.confirm == 0 || done.steps.empty())) {
     try {
-      save(agent, given.options.message);
+      agent.save({.message = given.options.message});
     } catch (const Failure&) {
       print(report, given, false, catalogue);
       throw;

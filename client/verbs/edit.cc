@@ -11,6 +11,7 @@
 #include "client/edit_text.h"
 #include "client/editor.h"
 #include "client/failure.h"
+#include "client/odd_texts.h"
 #include "client/values.h"
 #include "client/verbs/verb.h"
 #include "client/verbs/verbs.h"

@@ -42,6 +42,23 @@ class Secrets : public AgentTest {
     return reply.text + reply.output;
   }
 
+  /// Nothing says when the other one has subscribed.
+  void changeUntilSeen(Process& watch) {
+    const RawClient writer(socket_);
+    ASSERT_TRUE(writer.greet());
+    const std::jthread writing([&](const std::stop_token& stop) {
+      testing_support::Settings settings;
+      int count = 0;
+      while (!stop.stop_requested()) {
+        settings.ikeGroup.QCD_SECRET.value = SECRET + std::to_string(++count);
+        (void)writer.exchange(
+            bridge::Command{13, 0, testing_support::encodeRecord(settings.ikeGroup)});
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+      }
+    });
+    EXPECT_TRUE(watch.waitFor("Z IKE.QCD_SECRET: (hidden) -> (hidden)   ("));
+  }
+
   void expectNoSecretInTheLog() {
     EXPECT_EQ(stop(), 0);
     EXPECT_THAT(log(), Not(HasSubstr("sesame")));
@@ -60,22 +77,7 @@ TEST_F(Secrets, AreNotInErrorsEventsAndTheState) {
                               replyTo([](IKE_t&, auto& command) { command.revision = 99; });
   EXPECT_THAT(replies, Not(HasSubstr("sesame")));
 
-  {
-    const RawClient writer(socket_);
-    ASSERT_TRUE(writer.greet());
-    const std::jthread writing([&](const std::stop_token& stop) {
-      testing_support::Settings settings;
-      int count = 0;
-      // Nothing says when the other one has subscribed.
-      while (!stop.stop_requested()) {
-        settings.ikeGroup.QCD_SECRET.value = SECRET + std::to_string(++count);
-        (void)writer.exchange(
-            bridge::Command{13, 0, testing_support::encodeRecord(settings.ikeGroup)});
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-      }
-    });
-    EXPECT_TRUE(watch.waitFor("Z IKE.QCD_SECRET: (hidden) -> (hidden)   ("));
-  }
+  changeUntilSeen(watch);
   state_.write(SETTINGS, "edited " + SECRET);
   for (const Arguments& command :
        {Arguments{"save"}, {"show"}, {"status"}, {"set", "IKE.QCD_SECRET=" + SECRET + "\n"}}) {
@@ -83,6 +85,28 @@ TEST_F(Secrets, AreNotInErrorsEventsAndTheState) {
   }
   EXPECT_THAT(watch.output(), Not(HasSubstr("sesame")));
   expectNoSecretInTheLog();
+}
+
+TEST_F(Secrets, ThatLostTheirSignAreNotShownAsNames) {
+  start();
+  Process watch({PRODUCTS_DIR "/lparamsctl", "--socket", socket_, "watch"});
+  changeUntilSeen(watch);
+  const std::string line = "IKE.QCD_SECRET " + SECRET + "=x";
+  state_.write("document", line + "\n");
+  for (const Arguments& command : {Arguments{"set", line},
+                                   {"set", "IKE.QCD_SECRET:" + SECRET + "=x"},
+                                   {"set", "USERS[" + SECRET + "=x"},
+                                   {"set", "USERS[bob] " + SECRET + "=x"},
+                                   {"get", "IKE.QCD_SECRET " + SECRET},
+                                   {"apply", state_.path + "/document"}}) {
+    const Outcome outcome = ctl(command);
+    EXPECT_NE(outcome.exitCode, 0) << command.back();
+    EXPECT_THAT(outcome.output, Not(HasSubstr("sesame")));
+  }
+  EXPECT_TRUE(watch.waitFor("bytes, not shown): no such parameter"));
+  EXPECT_THAT(watch.output(), Not(HasSubstr("sesame")));
+  expectNoSecretInTheLog();
+  EXPECT_THAT(log(), HasSubstr("bytes, not shown): no such parameter"));
 }
 
 TEST_F(Secrets, OfADamagedFileAreNotReported) {
