@@ -73,3 +73,15 @@ test_packages_there() {
       ;;
   esac
 }
+
+# Looks at the catalogue's page in a browser.
+test_page() {
+  local log=$build/page-test.log
+  need "${browser_packages[@]}"
+  echo 'looking at the page, log in build/page-test.log'
+  if quietly "$log" "$root/tests/packaging/browser_test.py" "$packages"; then
+    result passed page
+  else
+    result failed page
+  fi
+}

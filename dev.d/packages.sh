@@ -5,6 +5,8 @@ build_packages=(g++ g++-multilib cmake ninja-build googletest
   lowdown python3)
 test_packages=(bash-completion binutils locales man-db pkg-config python3 python3-seccomp strace systemd valgrind zsh)
 package_packages=(debootstrap dpkg-dev lintian man-db python3)
+# What `./dev package --test` looks at the pages with.
+browser_packages=(chromium chromium-driver python3-selenium)
 style_packages=(clang-format python3 shellcheck)
 tidy_packages=(clang-tidy)
 bench_packages=(python3 pkg-config util-linux libbenchmark-dev libglib2.0-dev nlohmann-json3-dev
