@@ -7,6 +7,7 @@
 
 #include "agent/base/standard_streams.h"
 #include "schema/schema.h"
+#include "text/utc.h"
 
 namespace agent {
 namespace {
@@ -14,14 +15,6 @@ namespace {
 using nlohmann::json;
 
 json orNull(const std::string& text) { return text.empty() ? json() : json(text); }
-
-std::string utc(std::time_t time) {
-  std::tm fields{};
-  (void)::gmtime_r(&time, &fields);
-  char text[32];
-  (void)std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &fields);
-  return text;
-}
 
 /// What is found in the settings file, each as an object of texts.
 json listOf(const inspection::Findings& findings) {
@@ -36,7 +29,7 @@ json listOf(const inspection::Findings& findings) {
 
 }  // namespace
 
-BeginOfService::BeginOfService() : time(utc(std::time(nullptr))) {}
+BeginOfService::BeginOfService() : time(text::utc(std::time(nullptr))) {}
 
 std::string statusOf(const StatusSources& sources, bool mayWrite) {
   using namespace std::chrono;
@@ -61,11 +54,11 @@ std::string statusOf(const StatusSources& sources, bool mayWrite) {
       {"degraded", orNull(state.degradedReason)},
       {"disk", orNull(state.disk)},
       {"changed", changed},
-      {"lastSave", state.lastSave ? json(utc(*state.lastSave)) : json()},
+      {"lastSave", state.lastSave ? json(text::utc(*state.lastSave)) : json()},
       {"lastFailure", orNull(state.lastFailure)},
       {"history", sources.history.newest()},
       {"historyProblem", orNull(sources.history.problem())},
-      {"pendingConfirmation", waits ? json(utc(*waits)) : json()},
+      {"pendingConfirmation", waits ? json(text::utc(*waits)) : json()},
       {"confirmationProblem", orNull(sources.confirmation.problem)},
       {"sessions", sources.bridge.sessions()},
       {"watchers", counts.watchers},

@@ -1,8 +1,6 @@
 #include "client/file_store.h"
 
-#include <algorithm>
 #include <optional>
-#include <sstream>
 #include <utility>
 
 #include "client/directory_lock.h"
@@ -14,6 +12,7 @@
 #include "editing/record_check.h"
 #include "inspection/inspection.h"
 #include "inspection/settings_completeness.h"
+#include "inspection/settings_text.h"
 #include "schema/schema.h"
 #include "text/escape.h"
 
@@ -23,18 +22,6 @@ namespace {
 using namespace LPARAMS::Server;
 
 constexpr const char* WITHOUT_FILE = "leave out --file to reach its settings";
-
-std::string textOf(Catalogue& settings) {
-  std::ostringstream text;
-  (void)settings.save(text, 0);
-  return std::move(text).str();
-}
-
-ParamGroup& counterpart(const Catalogue& catalogue, const ParamGroup& group) {
-  const auto groups = catalogue.groups();
-  return **std::ranges::find_if(
-      groups, [&](const ParamGroup* one) { return std::string_view(one->name) == group.name; });
-}
 
 /// Changes that are legal; throws Failure with all that is wrong with them.
 struct Trial {
@@ -83,14 +70,15 @@ bridge::NamedValues FileStore::set(const bridge::NamedChanges& changes) {
                       "would be lost: see \"lparamsctl check\"; nothing was "
                       "written");
   }
-  for (ParamGroup* group : changed) editing::copyGroup(*group, counterpart(*settings_, *group));
+  for (ParamGroup* group : changed)
+    editing::copyGroup(*group, editing::counterpart(*settings_, *group));
   if (!changed.empty()) {
     const DirectoryLock lock(path_, DirectoryLock::Alone, WITHOUT_FILE);
     if (readUserFile(path_, inspection::MAX_SETTINGS_SIZE) != text_) {
       throw Failure(programs::EXIT_TRY_AGAIN,
                     text::escaped(path_) + " has been changed meanwhile; nothing was written");
     }
-    text_ = textOf(*settings_);
+    text_ = inspection::textOf(*settings_);
     replaceUserFile(path_, text_);
   }
   return {.values = trial.draft.changedValues(settings_)};

@@ -2,10 +2,17 @@
 
 #include <algorithm>
 #include <string>
+#include <string_view>
 
 namespace editing {
 
 using namespace LPARAMS::Server;
+
+ParamGroup& counterpart(const Catalogue& catalogue, const ParamGroup& group) {
+  const auto groups = catalogue.groups();
+  return **std::ranges::find_if(
+      groups, [&](const ParamGroup* one) { return std::string_view(one->name) == group.name; });
+}
 
 void copyRecord(Param& from, Param& to) {
   std::string bytes;

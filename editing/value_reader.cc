@@ -1,8 +1,8 @@
 #include "editing/value_reader.h"
 
-#include <algorithm>
 #include <utility>
 
+#include "editing/copy_group.h"
 #include "lparams/values/values.h"
 
 namespace editing {
@@ -10,12 +10,6 @@ namespace editing {
 using namespace LPARAMS::Server;
 
 namespace {
-
-ParamGroup* groupOf(const Catalogue& catalogue, const char* name) {
-  const auto groups = catalogue.groups();
-  return *std::ranges::find_if(
-      groups, [&](const ParamGroup* group) { return std::string_view(group->name) == name; });
-}
 
 std::optional<std::string> textOf(ParamGroup* owner, const char* name) {
   if (owner == nullptr) return std::nullopt;
@@ -32,9 +26,9 @@ ValueReader::ValueReader(Parameters& running, std::shared_ptr<Catalogue> saved, 
 bridge::NamedValue ValueReader::read(const Parameters::Found& found) {
   const char* const name = found.param->name;
   if (found.user == nullptr) {
-    const char* const group = found.group->name;
-    return valuesOf(group, found.param, saved_ ? groupOf(*saved_, group) : nullptr,
-                    *groupOf(defaults_, group), name);
+    const ParamGroup& group = *found.group;
+    return valuesOf(group.name, found.param, saved_ ? &counterpart(*saved_, group) : nullptr,
+                    counterpart(defaults_, group), name);
   }
   USER_t* const saved =
       savedParameters_ ? savedParameters_->at(running_.placeOf(*found.user)) : nullptr;

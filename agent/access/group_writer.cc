@@ -1,8 +1,6 @@
 #include "agent/access/group_writer.h"
 
-#include <algorithm>
 #include <string>
-#include <string_view>
 
 #include "editing/copy_group.h"
 
@@ -11,12 +9,6 @@ namespace {
 
 using namespace LPARAMS::Server;
 using bridge::Reply;
-
-ParamGroup& counterpart(const Catalogue& catalogue, const ParamGroup& group) {
-  const auto groups = catalogue.groups();
-  return **std::ranges::find_if(
-      groups, [&](const ParamGroup* one) { return std::string_view(one->name) == group.name; });
-}
 
 /// The input of the module's write command.
 std::string inputOf(ParamGroup& group) {
@@ -33,8 +25,8 @@ Reply GroupWriter::write(BridgeSession& session, const std::vector<ParamGroup*>&
   Catalogue former;
   std::vector<ParamGroup*> written;  // of `former`
   for (ParamGroup* group : groups) {
-    ParamGroup& before = counterpart(former, *group);
-    editing::copyGroup(counterpart(settings_, *group), before);
+    ParamGroup& before = editing::counterpart(former, *group);
+    editing::copyGroup(editing::counterpart(settings_, *group), before);
     written.push_back(&before);
     Reply reply = writeGroup(session, *group);
     if (reply.result != 0) continue;
@@ -51,7 +43,7 @@ Reply GroupWriter::write(BridgeSession& session, const std::vector<ParamGroup*>&
 
 /// Gives the settings the values of this group. The module tells its observers.
 Reply GroupWriter::writeGroup(BridgeSession& session, ParamGroup& values) const {
-  ParamGroup& group = counterpart(settings_, values);
+  ParamGroup& group = editing::counterpart(settings_, values);
   return service_.write(session, inputOf(values), [&] {
     const basekit::ObjectLevelLockable::Lock lock(group);
     editing::copyFileOnly(values, group);

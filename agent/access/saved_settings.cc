@@ -1,6 +1,6 @@
 #include "agent/access/saved_settings.h"
 
-#include "agent/state/settings_text.h"
+#include "inspection/settings_text.h"
 
 namespace agent {
 
@@ -11,7 +11,7 @@ std::shared_ptr<Catalogue> SavedSettings::current() {
   if (!text) return nullptr;
   const MutexLock lock(mutex_);
   if (text_ == text) return settings_;
-  settings_ = settingsIn(*text);
+  settings_ = inspection::settingsIn(*text);
   text_ = text;
   return settings_;
 }

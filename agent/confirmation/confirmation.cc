@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <ctime>
 #include <exception>
 #include <system_error>
 
@@ -11,12 +10,13 @@
 #include "agent/confirmation/going_back.h"
 #include "agent/history/history.h"
 #include "agent/state/durable_file.h"
-#include "agent/state/settings_text.h"
 #include "bridge/history.h"
 #include "editing/copy_group.h"
 #include "editing/draft.h"
 #include "editing/settings_changes.h"
 #include "inspection/settings_completeness.h"
+#include "inspection/settings_text.h"
+#include "text/utc.h"
 
 namespace agent {
 namespace {
@@ -35,14 +35,7 @@ int64_t systemTime() {
 }
 
 /// "2026-11-22T18:00:00Z".
-std::string utcText(int64_t time) {
-  const auto whole = static_cast<std::time_t>(time / 1000);
-  std::tm fields{};
-  (void)::gmtime_r(&whole, &fields);
-  char text[32];
-  (void)std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &fields);
-  return text;
-}
+std::string utcText(int64_t time) { return text::utc(static_cast<std::time_t>(time / 1000)); }
 
 void copyAll(const Catalogue& from, const Catalogue& to) {
   const auto groups = to.groups();
@@ -210,13 +203,16 @@ Confirmation::Plan Confirmation::plan(const bridge::NamedChanges& changes) {
   Catalogue before;
   copyAll(settings_, before);
   const auto expected = editing::changesBetween(before, draft.settings());
-  Plan plan{.refusal = {.result = 1}, .before = textOf(before), .after = textOf(draft.settings())};
+  Plan plan{.refusal = {.result = 1},
+            .before = inspection::textOf(before),
+            .after = inspection::textOf(draft.settings())};
   for (const std::string* text : {&plan.before, &plan.after}) {
     if (inspection::incompleteBecause(*text).empty()) continue;
     return {.refusal = {0, Reason::IllegalValue,
                         "no settings file can hold these settings, so that nothing could go back"}};
   }
-  if (editing::changesBetween(*settingsIn(plan.before), *settingsIn(plan.after)) != expected) {
+  if (editing::changesBetween(*inspection::settingsIn(plan.before),
+                              *inspection::settingsIn(plan.after)) != expected) {
     return {.refusal = {0, Reason::IllegalValue,
                         "no settings file can hold what would be changed, so that it could not go "
                         "back"}};
@@ -338,8 +334,8 @@ void Confirmation::takeBack(const std::shared_ptr<const Unconfirmed>& changes) {
 
 /// Returns why not, in words; empty if it has.
 std::string Confirmation::tryToTakeBack(const Unconfirmed& changes) {
-  const auto before = settingsIn(changes.before);
-  const auto after = settingsIn(changes.after);
+  const auto before = inspection::settingsIn(changes.before);
+  const auto after = inspection::settingsIn(changes.after);
   if (std::string problem = takeBackInMemory(*before, *after); !problem.empty()) return problem;
   if (isOnDisk(changes)) {
     BridgeSession self(::geteuid(), ::getegid(), ::getpid(), {}, Author::self().program);
@@ -373,14 +369,16 @@ std::string Confirmation::takeBackInMemory(Catalogue& before, Catalogue& after) 
 bool Confirmation::holds(Catalogue& settings, const Unconfirmed& changes) const {
   Catalogue former;
   copyAll(settings, former);
-  (void)goBack(*settingsIn(changes.before), *settingsIn(changes.after), settings);
+  (void)goBack(*inspection::settingsIn(changes.before), *inspection::settingsIn(changes.after),
+               settings);
   return !editing::changesBetween(former, settings).empty();
 }
 
 bool Confirmation::isOnDisk(const Unconfirmed& changes) {
   const auto texts = keeper_.textsOnDisk();
-  return std::ranges::any_of(
-      texts, [&](const std::string& text) { return holds(*settingsIn(text), changes); });
+  return std::ranges::any_of(texts, [&](const std::string& text) {
+    return holds(*inspection::settingsIn(text), changes);
+  });
 }
 
 void Confirmation::resume() {

@@ -14,8 +14,8 @@
 
 #include "agent/base/log.h"
 #include "agent/state/durable_file.h"
-#include "agent/state/settings_text.h"
 #include "editing/settings_changes.h"
+#include "inspection/settings_text.h"
 
 namespace agent {
 namespace {
@@ -142,8 +142,8 @@ uint64_t History::write(const Author& author, const std::string& message,
                                    .message = message},
                           .text = *text};
     if (newestText_) {
-      setChanges(revision.head,
-                 editing::changesBetween(*settingsIn(*newestText_), *settingsIn(*text)));
+      setChanges(revision.head, editing::changesBetween(*inspection::settingsIn(*newestText_),
+                                                        *inspection::settingsIn(*text)));
     }
     const std::string file = encode(revision);
     replaceFileAtomically(pathOf(number), file);

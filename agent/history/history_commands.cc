@@ -8,10 +8,10 @@
 #include <vector>
 
 #include "agent/bridge/command_service.h"
-#include "agent/state/settings_text.h"
 #include "bridge/bytes.h"
 #include "bridge/history.h"
 #include "editing/named_reader.h"
+#include "inspection/settings_text.h"
 
 namespace agent {
 namespace {
@@ -96,7 +96,7 @@ Reply HistoryCommands::read(BridgeSession& session, const std::string& input) {
   } catch (const std::exception& error) {
     return {0, Reason::ModuleFailed, name + " cannot be read: " + error.what()};
   }
-  const auto settings = settingsIn(text);
+  const auto settings = inspection::settingsIn(text);
   editing::NamedReader reader(*settings, nullptr, seesSecrets);
   const bridge::NamedValues values{.values = reader.read({})};
   if (reader.isTooLarge()) return {0, Reason::ReplyTooLarge, name + " does not fit a frame"};

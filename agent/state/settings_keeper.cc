@@ -10,8 +10,8 @@
 #include "agent/state/kept_copies.h"
 #include "agent/state/sealed_text.h"
 #include "agent/state/settings_review.h"
-#include "agent/state/settings_text.h"
 #include "inspection/settings_completeness.h"
+#include "inspection/settings_text.h"
 
 namespace agent {
 namespace {
@@ -322,7 +322,7 @@ void SettingsKeeper::writeShadowCopy(const std::string& text) {
   replaceFileAtomically(directory_.shadowCopy(), whole);
 }
 
-std::string SettingsKeeper::currentText() { return textOf(server_); }
+std::string SettingsKeeper::currentText() { return inspection::textOf(server_); }
 
 std::string SettingsKeeper::snapshot() {
   const basekit::ObjectLevelLockable::Lock lock(server_);

@@ -4,9 +4,9 @@
 #include <utility>
 #include <vector>
 
-#include "agent/state/settings_text.h"
 #include "inspection/differences.h"
 #include "inspection/inspection.h"
+#include "inspection/settings_text.h"
 
 namespace agent {
 namespace {
@@ -41,7 +41,7 @@ Findings reviewReread(LPARAMS::Server::Server_t& settings, const std::string& te
                       size_t maxUsers) {
   Catalogue loaded;
   Findings inText = inspection::inspect(text, loaded, {.users = maxUsers}).findings;
-  if (textOf(loaded) == text) return inText;
+  if (inspection::textOf(loaded) == text) return inText;
   Findings findings;
   addDifferences(settings, loaded, Finding::NotReadBack, findings);
   append(findings, std::move(inText));

@@ -1,5 +1,4 @@
 // What was saved, by whom, when and why.
-#include <ctime>
 #include <iostream>
 
 #include "client/change_report.h"
@@ -8,6 +7,7 @@
 #include "client/verbs/verb.h"
 #include "client/verbs/verbs.h"
 #include "text/escape.h"
+#include "text/utc.h"
 
 namespace client {
 namespace {
@@ -31,12 +31,7 @@ struct Given {
 };
 
 std::string utc(int64_t milliseconds) {
-  const auto time = static_cast<std::time_t>(milliseconds / 1000);
-  std::tm fields{};
-  if (::gmtime_r(&time, &fields) == nullptr) return "(no time)";
-  char text[64];
-  (void)std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &fields);
-  return text;
+  return text::utc(static_cast<std::time_t>(milliseconds / 1000));
 }
 
 struct Changes {

@@ -1,9 +1,9 @@
-#include "agent/state/settings_text.h"
+#include "inspection/settings_text.h"
 
 #include <sstream>
 #include <utility>
 
-namespace agent {
+namespace inspection {
 
 using LPARAMS::Server::Catalogue;
 
@@ -21,4 +21,4 @@ std::shared_ptr<Catalogue> settingsIn(const std::string& text) {
   return settings;
 }
 
-}  // namespace agent
+}  // namespace inspection

@@ -6,7 +6,7 @@
 
 #include "lparams/catalogue/catalogue.h"
 
-namespace agent {
+namespace inspection {
 
 /// The text as a save writes it.
 std::string textOf(LPARAMS::Server::ParamGroup& settings);
@@ -14,4 +14,4 @@ std::string textOf(LPARAMS::Server::ParamGroup& settings);
 /// What a load of the text gives; its reports go nowhere. REQUIRES: a text that a start would take.
 std::shared_ptr<LPARAMS::Server::Catalogue> settingsIn(const std::string& text);
 
-}  // namespace agent
+}  // namespace inspection
