@@ -11,6 +11,8 @@ from bridge_client import BridgeClient
 DEADLINE = 120  # seconds; only to end a hung child
 # The tracer counts calls: none may depend on which thread allocates memory first.
 ENVIRONMENT = dict(os.environ, LC_ALL="C", MALLOC_ARENA_MAX="1")
+if "AGENT_PRELOAD" in os.environ:  # a library for the agent alone
+    ENVIRONMENT["LD_PRELOAD"] = os.environ["AGENT_PRELOAD"]
 # What load and save do to files. "?": not every architecture knows each name.
 TRACED = ("execve", "openat", "?open", "?creat", "read", "write", "writev", "?pwrite64", "fsync",
           "?fdatasync", "?rename", "?renameat", "renameat2", "?unlink", "?unlinkat", "?link",

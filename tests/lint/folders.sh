@@ -6,8 +6,8 @@ cd "$(dirname "$0")/../.."
 # The layers are those of layers.sh; these folders are none, and have no tests of their own.
 apart='bench bench/peers examples/embed tools'
 # Tests of more than one folder: the module as it is loaded, and the agent and its client as they
-# run. What all tests use is in support/.
-across='tests/module tests/system tests/system/safety tests/support'
+# run. What all tests use is in support/, what breaks the product on purpose in prove/.
+across='tests/module tests/system tests/system/safety tests/support tests/prove'
 
 mapfile -t layers < <(grep -oP '^  \[\K[^]]+(?=\]=)' tests/lint/layers.sh)
 

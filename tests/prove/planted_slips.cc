@@ -1,0 +1,71 @@
+// Loaded before the agent's libraries: gives it the slip that the variable SLIP names, for the
+// proof that a line finds it.
+//   no-sync    fsync() of a file does nothing; of a directory it does
+//   deaf       a write that fails is taken for one that did not
+//   no-copies  files with a time in their names, which are copies, are gone as soon as they are
+//   made
+#include <dlfcn.h>
+#include <sys/stat.h>
+#include <sys/uio.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <string_view>
+
+namespace {
+
+template <typename Function>
+Function* next(const char* name) {
+  return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
+}
+
+bool slips(std::string_view slip) {
+  const char* const planted = std::getenv("SLIP");
+  return planted != nullptr && planted == slip;
+}
+
+bool isCopy(std::string_view path) { return path.find("-20") != path.npos && path.ends_with('Z'); }
+
+bool isFile(int descriptor) {
+  struct stat status {};
+  return fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
+}
+
+}  // namespace
+
+#pragma GCC visibility push(default)
+extern "C" {
+
+int fsync(int file) { return slips("no-sync") && isFile(file) ? 0 : next<int(int)>("fsync")(file); }
+
+ssize_t write(int file, const void* bytes, size_t size) {
+  const ssize_t written = next<ssize_t(int, const void*, size_t)>("write")(file, bytes, size);
+  const bool diskFails = written < 0 && (errno == ENOSPC || errno == EIO);
+  return diskFails && slips("deaf") ? static_cast<ssize_t>(size) : written;
+}
+
+ssize_t writev(int file, const iovec* parts, int count) {
+  const ssize_t written = next<ssize_t(int, const iovec*, int)>("writev")(file, parts, count);
+  if (written >= 0 || (errno != ENOSPC && errno != EIO) || !slips("deaf")) return written;
+  size_t size = 0;
+  for (int i = 0; i < count; ++i) size += parts[i].iov_len;
+  return static_cast<ssize_t>(size);
+}
+
+int rename(const char* from, const char* to) noexcept {
+  const int result = next<int(const char*, const char*)>("rename")(from, to);
+  if (slips("no-copies") && isCopy(to)) (void)unlink(to);
+  return result;
+}
+
+int renameat2(int from, const char* name, int to, const char* newName, unsigned flags) noexcept {
+  const int result = next<int(int, const char*, int, const char*, unsigned)>("renameat2")(
+      from, name, to, newName, flags);
+  if (slips("no-copies") && isCopy(newName)) (void)unlink(newName);
+  return result;
+}
+
+}  // extern "C"
+#pragma GCC visibility pop
