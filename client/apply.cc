@@ -1,10 +1,12 @@
 #include "client/apply.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "bridge/apply.h"
 #include "bridge/named_values.h"
 #include "client/odd_texts.h"
+#include "editing/shown_name.h"
 
 namespace client {
 namespace {
@@ -42,6 +44,13 @@ class Refused : public Failure {
 Done apply(AgentStore& agent, const WantedDocument& document, const ApplyOptions& options) {
   const auto stepsFrom = [&](const NamedValues& now) {
     Wanted wanted = document.wanted(now);
+    for (const std::string& user : options.absentUsers) {
+      if (std::ranges::find(wanted.users, user) == wanted.users.end()) continue;
+      throw Failure(programs::EXIT_ILLEGAL, editing::shownName("USERS[" + user + "]") +
+                                                ": named, and to be removed as well");
+    }
+    wanted.absent = options.absentUsers;
+    wanted.onlyUsers = options.onlyUsers;
     wanted.exclusive = options.exclusive;
     wanted.exactOrder = options.exactOrder;
     std::vector<Change> steps = stepsTo(wanted, now);

@@ -11,10 +11,12 @@
 namespace client {
 
 struct ApplyOptions {
-  bool exclusive = false;   ///< what the document does not name goes to its default, or is removed
-  bool exactOrder = false;  ///< the users shall have the document's order
-  bool check = false;       ///< nothing is changed
-  bool bytes = false;       ///< new texts need not show what they are
+  bool exclusive = false;  ///< what the document does not name goes to its default, or is removed
+  bool onlyUsers = false;  ///< users that the document does not name are removed
+  std::vector<std::string> absentUsers = {};  ///< are removed
+  bool exactOrder = false;                    ///< the users shall have the document's order
+  bool check = false;                         ///< nothing is changed
+  bool bytes = false;                         ///< new texts need not show what they are
   unsigned confirm = 0;  ///< seconds in which the change has to be confirmed; 0 if it need not be
   bool save = false;     ///< what has to be confirmed is saved until then
   std::string message = {};  ///< for the history of that save

@@ -63,7 +63,8 @@ class Steps {
       : wanted_(wanted),
         now_(now),
         present_(now),
-        wantedUsers_(wanted.users.begin(), wanted.users.end()) {
+        wantedUsers_(wanted.users.begin(), wanted.users.end()),
+        absentUsers_(wanted.absent.begin(), wanted.absent.end()) {
     for (const auto& [name, value] : wanted.values) values_[name] = value;
   }
 
@@ -84,13 +85,18 @@ class Steps {
 
   bool isRenewed(const std::string& user) const { return renewed_.contains(user); }
 
+  bool isUnwanted(const std::string& user) const {
+    if (absentUsers_.contains(user)) return true;
+    return (wanted_.exclusive || wanted_.onlyUsers) && !wantedUsers_.contains(user);
+  }
+
   void removeUsers() {
     std::vector<std::string> rest;  // of those that there are
     for (const std::string& user : present_.users()) {
-      if (!wanted_.exclusive || wantedUsers_.contains(user)) {
-        rest.push_back(user);
-      } else {
+      if (isUnwanted(user)) {
         add({Change::RemoveUser, user});
+      } else {
+        rest.push_back(user);
       }
     }
     if (!wanted_.exactOrder) return;
@@ -141,6 +147,7 @@ class Steps {
   const NamedValues& now_;
   const Present present_;
   const std::set<std::string> wantedUsers_;
+  const std::set<std::string> absentUsers_;
   std::map<std::string, std::string> values_;  // wanted ones, by name
   std::set<std::string> renewed_;              // users that are removed and appended
   std::vector<Change> steps_;

@@ -15,7 +15,9 @@ namespace client {
 struct Wanted {
   /// Full names, such as IKE.IKE_PORT or USERS[bob].PMP_TIMEOUT, and their values.
   std::vector<std::pair<std::string, std::string>> values = {};
-  std::vector<std::string> users = {};  ///< that shall be there
+  std::vector<std::string> users = {};   ///< that shall be there
+  std::vector<std::string> absent = {};  ///< users that shall not be there
+  bool onlyUsers = false;                ///< all other users go
   bool exclusive = false;   ///< what is not named goes to its default, and all other users go
   bool exactOrder = false;  ///< the users shall have the order that they are named in
 

@@ -25,7 +25,8 @@ document is in one of three forms, told by its first character:
   settings file  as "backup" and the agent write it, whole or with less in it
 
 A secret that is "(hidden)" stays as it is. With --exclusive, what the document does not name
-goes to its default, secrets too, and users whom it does not name are removed.
+goes to its default, secrets too, and users whom it does not name are removed. With
+--only-users only these are removed, and with --remove-user one whom it does not name.
 
 With --check nothing is changed, and the exit status tells whether all is legal; with
 --detailed-exitcode it is 2 if something would be changed, or has been.
@@ -71,12 +72,14 @@ std::string summaryOf(const ChangeReport& report, const ApplyOptions& options, b
   return summary;
 }
 
-void print(const ChangeReport& report, const Given& given, bool saved,
+/// `unsaved`: changes of somebody else were not saved before.
+void print(const ChangeReport& report, const Given& given, bool unsaved, bool saved,
            const CatalogueView& catalogue) {
   const std::string summary = summaryOf(report, given.options, saved);
   if (given.json) {
     CatalogueView::Json json = documentOf(report, catalogue);
     json["check"] = given.options.check;
+    json["unsaved"] = unsaved;
     json["saved"] = saved;
     json["message"] = summary;
     std::cout << printedJson(json);
@@ -87,6 +90,11 @@ void print(const ChangeReport& report, const Given& given, bool saved,
   std::cout << summary << '\n';
 }
 
+bool hasUnsavedChanges(AgentStore& agent) {
+  const auto state = CatalogueView::Json::parse(agent.status(), nullptr, false);
+  return state.is_object() && state.value("changed", false);
+}
+
 void apply(Context& context, const Given& given) {
   if (!given.options.message.empty() && !given.options.save) {
     throw Failure(programs::EXIT_USAGE, "a message is for what is saved: add --save");
@@ -95,6 +103,7 @@ void apply(Context& context, const Given& given) {
   const std::string text = readUserInput(given.path, documents::MAX_SIZE);
   const CatalogueView catalogue(agent.schema());
   const WantedDocument document(inputName(given.path), documents::read(text), catalogue);
+  const bool unsaved = given.json && hasUnsavedChanges(agent);
   const Done done = client::apply(agent, document, given.options);
   const ChangeReport report(done);
   const bool saved = given.options.save && !given.options.check;
@@ -103,11 +112,11 @@ void apply(Context& context, const Given& given) {
     try {
       agent.save({.message = given.options.message});
     } catch (const Failure&) {
-      print(report, given, false, catalogue);
+      print(report, given, unsaved, false, catalogue);
       throw;
     }
   }
-  print(report, given, saved, catalogue);
+  print(report, given, unsaved, saved, catalogue);
   if (given.detailed && !report.empty()) context.status = programs::EXIT_CHANGED;
 }
 
@@ -132,6 +141,14 @@ void addApply(CLI::App& app, Context& context) {
   addBytes(command, given->options.bytes);
   command.add_flag("--exclusive", given->options.exclusive,
                    "What the document does not name goes to its default");
+  command.add_flag("--only-users", given->options.onlyUsers,
+                   "Remove the users whom the document does not name");
+  command
+      .add_option("--remove-user", given->options.absentUsers,
+                  "Remove this user, too; may be repeated")
+      ->type_name("NAME")
+      ->expected(1)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
   command
       .add_option("--confirm", given->options.confirm,
                   "Take the changes back unless they are confirmed in time")

@@ -49,6 +49,14 @@ TEST(StepsTo, TakeTheRestToItsDefaultsIfTheSettingsAreExclusive) {
       (Steps{{Change::Set, "USERS[bob].T", "3"}}));
 }
 
+TEST(StepsTo, RemoveUsersWhoShallNotBeThere) {
+  const NamedValues now = withUsers({"ann", "bob", "cid"});
+  EXPECT_EQ(stepsTo({.users = {"bob", "eve"}, .absent = {"cid", "dan"}}, now),
+            (Steps{{Change::RemoveUser, "cid"}, {Change::AddUser, "eve"}}));
+  EXPECT_EQ(stepsTo({.users = {"bob"}, .onlyUsers = true}, now),
+            (Steps{{Change::RemoveUser, "ann"}, {Change::RemoveUser, "cid"}}));
+}
+
 TEST(StepsTo, MoveUsersToTheEndUntilTheOrderIsRight) {
   const Wanted wanted{.users = {"ann", "cid", "bob"}, .exactOrder = true};
   EXPECT_EQ(stepsTo(wanted, withUsers({"ann", "bob", "cid"})),

@@ -157,6 +157,30 @@ TEST_F(Apply, ExclusiveTakesTheRestToItsDefaults) {
             printed("nothing to change\n"));
 }
 
+TEST_F(Apply, RemovesTheUsersItIsToldTo) {
+  const std::vector<std::string> options = {"--diff", "--remove-user", "bob", "--remove-user=-x"};
+  EXPECT_EQ(apply("{\"USERS\": {\"-y\": {}}}", options),
+            printed("USERS[bob]: removed\nUSERS[-y]: added\n2 changes made, not saved\n"));
+  EXPECT_EQ(apply("{\"USERS\": {\"-y\": {}}}", options), printed("nothing to change\n"));
+  EXPECT_EQ(apply("{\"USERS\": {}}", {"--diff", "--only-users"}),
+            printed("USERS[alice]: removed\nUSERS[-y]: removed\n2 changes made, not saved\n"));
+  EXPECT_EQ(out({"get", "IKE.EXCHANGE_TIMEOUT"}), "90\n") << "another group is changed";
+  EXPECT_EQ(
+      apply("{\"USERS\": {\"eve\": {}}}", {"--remove-user", "eve"}),
+      failed(65,
+             path + ":1:12: USERS[eve]: named, and to be removed as well\nnothing was written"));
+}
+
+TEST_F(Apply, JsonTellsWhetherSomethingWasUnsavedBefore) {
+  const auto unsaved = [&](const std::string& document, const std::vector<std::string>& options) {
+    return json::parse(apply(document, options).out)["unsaved"];
+  };
+  EXPECT_EQ(unsaved("IKE.IKE_PORT=501", {"--json"}), false);
+  EXPECT_EQ(unsaved("IKE.IKE_PORT=501", {"--json", "--check", "--save"}), true);
+  EXPECT_EQ(unsaved("IKE.IKE_PORT=501", {"--json", "--save"}), true);
+  EXPECT_EQ(unsaved("IKE.IKE_PORT=501", {"--json", "--save"}), false);
+}
+
 TEST_F(Apply, WhatIsNullOrHiddenStays) {
   setLines({"IKE.QCD_SECRET=s3cret", "IKE.IKE_PORT=501"});
   (void)apply("{\"IKE\": {\"QCD_SECRET\": null, \"IKE_PORT\": null, \"NO\": null}}",
