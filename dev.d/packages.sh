@@ -7,7 +7,7 @@ test_packages=(bash-completion binutils locales man-db pkg-config python3 python
 package_packages=(debootstrap dpkg-dev lintian man-db python3)
 # What `./dev package --test` looks at the pages with.
 browser_packages=(chromium chromium-driver python3-selenium)
-prove_packages=(clang libclang-rt-14-dev)
+prove_packages=(clang libclang-rt-14-dev lld)
 style_packages=(clang-format python3 shellcheck)
 tidy_packages=(clang-tidy)
 bench_packages=(python3 pkg-config util-linux libbenchmark-dev libglib2.0-dev nlohmann-json3-dev

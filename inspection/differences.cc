@@ -11,7 +11,6 @@ namespace inspection {
 namespace {
 
 using namespace LPARAMS::Server;
-using Lock = basekit::ObjectLevelLockable::Lock;
 
 constexpr const char* ABSENT = "(no such user)";
 constexpr const char* PRESENT = "(a user)";
@@ -35,8 +34,6 @@ class Comparison {
   }
 
   void compareUsers(ParamVector<USER_t>& before, ParamVector<USER_t>& after) {
-    const Lock beforeLock(before);
-    const Lock afterLock(after);
     std::map<std::string, std::deque<USER_t*>> left;  // by name, in their order
     for (USER_t* user : before.items) left[valueText(user->NAME)].push_back(user);
     for (USER_t* user : after.items) {
@@ -79,8 +76,6 @@ void addDifferences(Catalogue& before, Catalogue& after, Finding::Kind kind, Fin
     if (group == before.USERS) {
       comparison.compareUsers(*before.USERS, *after.USERS);
     } else {
-      const Lock beforeLock(*group);
-      const Lock afterLock(*other);
       comparison.compareGroups(*group, *other, group->name);
     }
   }

@@ -26,6 +26,7 @@ class Context:
         self.short = short_build is not None
         self.keep = os.path.join(root, "build", "prove", name)
         self.random = random.Random(f"{name} {seed}")
+        self.all = False  # all choices, not a sample of them
         self.begun = time.monotonic()
         self.spoke = self.begun
         self.clock = clock or (lambda: "")

@@ -1,0 +1,94 @@
+"""Slips of a programmer, made by a tool, that the tests have to notice."""
+
+import os
+import subprocess
+import sys
+
+from line import Control, Line, Outcome
+
+MUTANTS = os.path.join(os.path.dirname(os.path.dirname(os.path.abspath(__file__))), "mutants")
+sys.path.insert(0, MUTANTS)
+
+import slips  # noqa: E402
+import workbench  # noqa: E402
+
+SAMPLE = 60
+WANTED_SHARE = 0.95
+
+
+def read_explained():
+    """The keys of slips that no test can notice, and why."""
+    with open(os.path.join(MUTANTS, "explained.txt"), encoding="utf-8") as file:
+        lines = [line.strip() for line in file]
+    return dict(line.split(" ", 1) for line in lines if line and not line.startswith("#"))
+
+
+def make_bench(context):
+    def run(command, limit):
+        try:
+            done = context.run(command, limit)
+        except subprocess.TimeoutExpired as late:
+            return None, late.output
+        return done.returncode, done.stdout
+
+    bench = workbench.Workbench(context.root, context.keep, run)
+    context.say("building a copy of the sources to make slips in, and testing it")
+    bench.prepare()
+    return bench
+
+
+class Mutants(Line):
+    NAME = "mutants"
+    TRIED = "slips in every product file, each built and tested"
+    WANTED = f"the tests notice {WANTED_SHARE:.0%} at least; what they do not is explained"
+    MINUTES = 25
+
+    def run(self, context):
+        bench = make_bench(context)
+        explained = read_explained()
+        stock = slips.stock(context.root)
+        waiting = slips.sample(stock, len(stock), context.random)
+        wanted = len(stock) if context.all else SAMPLE
+        killed, survivors, no_slips = 0, [], 0
+        while waiting and killed + len(survivors) < wanted:
+            if context.left() == 0 and not context.all:
+                break
+            slip = waiting.pop(0)
+            verdict = bench.try_slip(slip)
+            if verdict.outcome == workbench.NO_SLIP:
+                no_slips += 1
+                continue
+            if verdict.outcome == workbench.SURVIVED:
+                survivors.append(slip)
+            else:
+                killed += 1
+            context.say(f"{killed + len(survivors)} of {wanted}: {slip}: {verdict.outcome} "
+                        f"{verdict.by}".rstrip())
+        unexplained = [slip for slip in survivors if slip.key not in explained]
+        tried = killed + len(survivors)
+        share = killed / tried if tried else 0
+        return Outcome(
+            tried > 0 and share >= WANTED_SHARE and not unexplained,
+            f"{killed} of {tried} noticed ({share:.0%}), of {len(stock)} that there are; "
+            f"{len(survivors) - len(unexplained)} of the others explained",
+            {"stock": len(stock), "tried": tried, "noticed": killed, "no slips": no_slips,
+             "survivors": {slip.key: explained.get(slip.key, "not explained")
+                           for slip in survivors}},
+            tuple(f"no test notices {slip}" for slip in unexplained))
+
+    def controls(self, context):
+        bench = make_bench(context)
+        path = "agent/state/durable_file.cc"
+        with open(os.path.join(bench.tree, path), encoding="utf-8") as file:
+            text = file.read()
+        begin = text.index("//")
+        comment = slips.Slip(path, "none", begin, begin + 2, "//", "// ", 0)
+        sync = next(slip for slip in slips.slips_of(path, text)
+                    if slip.kind == slips.DROPPED_SYNC)
+        return [self.control(bench, "a slip that is none survives", comment, workbench.SURVIVED),
+                self.control(bench, "a sync that is left out is noticed", sync, workbench.KILLED)]
+
+    @staticmethod
+    def control(bench, name, slip, wanted):
+        verdict = bench.try_slip(slip)
+        return Control(name, verdict.outcome == wanted, f"{verdict.outcome} {verdict.by}".rstrip())

@@ -1,0 +1,25 @@
+// Takes two locks, now one first and now the other.
+#include <mutex>
+
+class Planted {
+ public:
+  void forth() {
+    const std::lock_guard lock(first_);
+    const std::lock_guard inner(second_);
+  }
+
+  void back() {
+    const std::lock_guard lock(second_);
+    const std::lock_guard inner(first_);
+  }
+
+ private:
+  std::mutex first_;
+  std::mutex second_;
+};
+
+int main() {
+  Planted planted;
+  planted.forth();
+  planted.back();
+}
