@@ -84,6 +84,18 @@ TEST_F(LockOrder, TheRootsIsHeldForItsTextAndItsSnapshotAndNotForTheFile) {
   EXPECT_THAT(held, ElementsAre("g_ioLock"));
 }
 
+TEST_F(LockOrder, TheRootsIsTakenLastForTheSnapshot) {
+  member->onSave = nullptr;
+  recordTakings();
+  EXPECT_TRUE(root().save(nullptr));
+  EXPECT_EQ(locksTaken().back(), &root());
+
+  testing_support::RecordingLoadLog log;
+  recordTakings();
+  EXPECT_TRUE(root().load(&log));
+  EXPECT_EQ(locksTaken().back(), &root());
+}
+
 TEST_F(LockOrder, NothingIsHeldAfterwards) {
   (void)execute(READ_GROUP, framed("ADMIN"));
   (void)execute(SAVE);
