@@ -1,4 +1,4 @@
-// Has an agent do what a document wants.
+// Has an agent do what documents want.
 #pragma once
 
 #include <string>
@@ -6,7 +6,7 @@
 
 #include "client/agent_store.h"
 #include "client/steps.h"
-#include "client/wanted_document.h"
+#include "client/wanted_documents.h"
 
 namespace client {
 
@@ -22,8 +22,12 @@ struct ApplyOptions {
   std::string message = {};  ///< for the history of that save
 };
 
-/// Carries out all that the document wants or nothing. What is so already is not written. Returns
-/// what has been done, or what would be. Throws Failure with all mistakes.
-Done apply(AgentStore& agent, const WantedDocument& document, const ApplyOptions& options);
+/// Carries out all that the documents want together or nothing. What is so already is not written.
+/// Returns what has been done, or what would be. Throws Failure with all mistakes of all documents,
+/// also of values that a later one replaces.
+Done apply(AgentStore& agent, const WantedDocuments& documents, const ApplyOptions& options);
+
+/// Whether what was saved last is what the documents want.
+bool isSaved(AgentStore& agent, const WantedDocuments& documents, const ApplyOptions& options);
 
 }  // namespace client

@@ -17,6 +17,11 @@ class Failure : public std::runtime_error {
   const programs::ExitStatus status;
 };
 
+/// What is wrong with values; `mistakes` has a line for each.
+inline Failure nothingWritten(const std::string& mistakes) {
+  return {programs::EXIT_ILLEGAL, mistakes + "nothing was written"};
+}
+
 /// The settings have changed meanwhile, or the agent is busy: the same may work when it is tried
 /// again with what is there then.
 class Conflict : public Failure {

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -140,6 +141,25 @@ std::string readUserFile(const std::string& path, size_t limit) {
 std::string readUserInput(const std::string& path, size_t limit) {
   if (path != STANDARD_INPUT) return readUserFile(path, limit);
   return readWhole(STDIN_FILENO, inputName(path), limit);
+}
+
+std::vector<std::string> configurationFiles(const std::string& path) {
+  std::error_code error;
+  if (path == STANDARD_INPUT || !std::filesystem::is_directory(path, error)) return {path};
+  std::vector<std::string> files;
+  for (std::filesystem::directory_iterator entry(path, error), end; !error && entry != end;
+       entry.increment(error)) {
+    const std::filesystem::path& file = entry->path();
+    if (file.extension() == ".conf" && !file.filename().native().starts_with('.')) {
+      files.push_back(file.string());
+    }
+  }
+  if (error) {
+    errno = error.value();
+    fail("read", path);
+  }
+  std::ranges::sort(files);
+  return files;
 }
 
 std::string inputName(const std::string& path) {

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace client {
 
@@ -12,6 +13,10 @@ std::string readUserFile(const std::string& path, size_t limit);
 
 /// The same, where the path "-" stands for the standard input.
 std::string readUserInput(const std::string& path, size_t limit);
+
+/// The files NAME.conf of a directory, as its path and the name, in the order of the names' bytes;
+/// hidden ones are left out. The path itself if it is no directory. Throws Failure with the path.
+std::vector<std::string> configurationFiles(const std::string& path);
 
 /// What messages call that.
 std::string inputName(const std::string& path);

@@ -112,7 +112,7 @@ std::vector<Mistake> WantedDocument::mistakes(std::string_view refusal) const {
   return all;
 }
 
-Failure WantedDocument::failure(std::string_view refusal) const {
+std::string WantedDocument::told(std::string_view refusal) const {
   std::string message;
   for (const auto& [place, text] : mistakes(refusal)) {
     message += text::escaped(name_);
@@ -122,7 +122,11 @@ Failure WantedDocument::failure(std::string_view refusal) const {
     }
     message.append(": ").append(text).append("\n");
   }
-  return {programs::EXIT_ILLEGAL, message + "nothing was written"};
+  return message;
+}
+
+Failure WantedDocument::failure(std::string_view refusal) const {
+  return nothingWritten(told(refusal));
 }
 
 /// Of what the agent's line begins with. A user's name may hold what ends it.

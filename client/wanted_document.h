@@ -29,8 +29,14 @@ class WantedDocument {
   /// has a line for each mistake.
   std::vector<documents::Mistake> mistakes(std::string_view refusal) const;
 
+  /// The same in lines that name the document and the place.
+  std::string told(std::string_view refusal) const;
+
   /// The same as a failure.
   Failure failure(std::string_view refusal) const;
+
+  /// Whether what the agent has refused is named here.
+  bool isAbout(std::string_view mistake) const { return placeOf(mistake).line > 0; }
 
  private:
   void spell(documents::Value& value, const CatalogueView& catalogue);

@@ -9,6 +9,7 @@
 #include "client/values.h"
 #include "client/verbs/verb.h"
 #include "client/verbs/verbs.h"
+#include "text/escape.h"
 
 namespace client {
 namespace {
@@ -16,8 +17,10 @@ namespace {
 constexpr const char* APPLY_NOTES =
     R"~(A document names what shall be; what is so already is not written, and so nothing is the second
 time. Everything is checked before anything is written; then all is written, over all groups,
-or nothing. A user who is named and not there is added. "-" stands for the standard input. The
-document is in one of three forms, told by its first character:
+or nothing. A user who is named and not there is added. "-" stands for the standard input, a
+directory for its files *.conf in the order of their names. Several documents are one change: of the
+values that they give to a parameter the last one holds. A document is in one of three forms, told
+by its first character:
 
   JSON           {"IKE": {"IKE_PORT": 500}, "USERS": {"bob": {"PMP_TIMEOUT": 20}}}, with null
                  for what stays as it is
@@ -28,6 +31,9 @@ A secret that is "(hidden)" stays as it is. With --exclusive, what the document 
 goes to its default, secrets too, and users whom it does not name are removed. With
 --only-users only these are removed, and with --remove-user one whom it does not name.
 
+With --ensure-saved nothing is saved if the saved settings are what the documents say already;
+--save saves all the same, and with it what else is not saved.
+
 With --check nothing is changed, and the exit status tells whether all is legal; with
 --detailed-exitcode it is 2 if something would be changed, or has been.
 
@@ -35,6 +41,7 @@ Examples:
   lparamsctl apply --check --diff gateway.json
   lparamsctl apply --save --message 'new port' gateway.json
   lparamsctl apply --confirm 60 gateway.json && lparamsctl confirm
+  lparamsctl apply --ensure-saved all-gateways.conf this-one.conf
   echo IKE.IKE_PORT=501 | lparamsctl apply --diff -)~";
 
 constexpr const char* RESTORE_NOTES =
@@ -47,8 +54,9 @@ Examples:
   lparamsctl restore --save --message 'back to Monday' gateway.ini)~";
 
 struct Given {
-  std::string path;
+  std::vector<std::string> paths;
   ApplyOptions options;
+  bool ensureSaved = false;
   bool diff = false;
   bool detailed = false;
   bool json = false;
@@ -95,22 +103,47 @@ bool hasUnsavedChanges(AgentStore& agent) {
   return state.is_object() && state.value("changed", false);
 }
 
+struct Input {
+  std::string name;  ///< what messages call it
+  std::string text;
+};
+
+std::vector<Input> read(const Given& given) {
+  std::vector<Input> inputs;
+  for (const std::string& path : given.paths) {
+    for (const std::string& file : configurationFiles(path)) {
+      inputs.push_back({inputName(file), readUserInput(file, documents::MAX_SIZE)});
+    }
+  }
+  if (inputs.empty() && (given.options.exclusive || given.options.onlyUsers)) {
+    throw Failure(programs::EXIT_ILLEGAL, text::escaped(given.paths.front()) +
+                                              ": no file *.conf, and so nothing that would stay");
+  }
+  return inputs;
+}
+
 void apply(Context& context, const Given& given) {
-  if (!given.options.message.empty() && !given.options.save) {
+  ApplyOptions options = given.options;
+  options.save = options.save || given.ensureSaved;
+  if (!options.message.empty() && !options.save) {
     throw Failure(programs::EXIT_USAGE, "a message is for what is saved: add --save");
   }
   AgentStore& agent = context.agent();
-  const std::string text = readUserInput(given.path, documents::MAX_SIZE);
+  const std::vector<Input> inputs = read(given);
   const CatalogueView catalogue(agent.schema());
-  const WantedDocument document(inputName(given.path), documents::read(text), catalogue);
+  std::vector<WantedDocument> each;
+  for (const auto& [name, text] : inputs) each.emplace_back(name, documents::read(text), catalogue);
+  const WantedDocuments documents(std::move(each));
   const bool unsaved = given.json && hasUnsavedChanges(agent);
-  const Done done = client::apply(agent, document, given.options);
+  const Done done = client::apply(agent, documents, options);
   const ChangeReport report(done);
-  const bool saved = given.options.save && !given.options.check;
+  const bool saved = options.save && !options.check;
   // What has to be confirmed is saved already.
-  if (saved && (given.options.confirm == 0 || done.steps.empty())) {
+  const bool inAnyCase = given.options.save || !done.steps.empty();
+  const bool toSave = saved && (options.confirm == 0 || done.steps.empty());
+  if (toSave && (inAnyCase || !isSaved(agent, documents, options))) {
     try {
-      agent.save({.message = given.options.message});
+      agent.save({.message = options.message});
     } catch (const Failure&) {
       print(report, given, unsaved, false, catalogue);
       throw;
@@ -121,7 +154,6 @@ void apply(Context& context, const Given& given) {
 }
 
 void addOptions(CLI::App& command, Given& given) {
-  command.add_option("FILE", given.path, "The document; - for the standard input")->required();
   command.add_flag("--check", given.options.check, "Change nothing, only tell");
   command.add_flag("--diff", given.diff, "Print each change");
   command.add_flag("--save", given.options.save, "Save the settings then");
@@ -136,8 +168,11 @@ void addOptions(CLI::App& command, Given& given) {
 
 void addApply(CLI::App& app, Context& context) {
   const auto [command, given] =
-      addVerb(app, context, "apply", "Make the settings what a document says", APPLY_NOTES, apply);
+      addVerb(app, context, "apply", "Make the settings what documents say", APPLY_NOTES, apply);
+  command.add_option("FILE", given->paths, "Documents or directories; - for the standard input")
+      ->required();
   addOptions(command, *given);
+  command.add_flag("--ensure-saved", given->ensureSaved, "Save the settings then, unless they are");
   addBytes(command, given->options.bytes);
   command.add_flag("--exclusive", given->options.exclusive,
                    "What the document does not name goes to its default");
@@ -162,6 +197,9 @@ void addRestore(CLI::App& app, Context& context) {
   given->options.exclusive = true;
   given->options.exactOrder = true;
   given->options.bytes = true;
+  command.add_option("FILE", given->paths, "The document; - for the standard input")
+      ->required()
+      ->expected(1);
   addOptions(command, *given);
 }
 

@@ -1,3 +1,5 @@
+#include <sys/stat.h>
+
 #include "bridge/named_values.h"
 #include "tests/client/verbs/client_test.h"
 
@@ -136,8 +138,12 @@ TEST_F(Apply, MistakesOfTheStandardInputHaveTheirPlacesToo) {
 }
 
 TEST_F(Apply, WhatCannotBeReadIsAnError) {
-  EXPECT_EQ(ctl({"apply", directory.path}).exitCode, 74);
   EXPECT_EQ(ctl({"apply", directory.path + "none"}).exitCode, 74);
+  host::writeFile(directory.path + "1.conf", "IKE.IKE_PORT=501\n");
+  ASSERT_EQ(::mkdir((directory.path + "2.conf").c_str(), 0700), 0);
+  EXPECT_EQ(ctl({"apply", directory.path}),
+            failed(74, "cannot read " + directory.path + "2.conf: Is a directory"));
+  EXPECT_EQ(out({"list", "--unsaved"}), "");
 }
 
 TEST_F(Apply, ExclusiveTakesTheRestToItsDefaults) {
@@ -230,6 +236,126 @@ TEST_F(Apply, SavesWithAMessage) {
   EXPECT_EQ(apply("IKE.IKE_PORT=502", {"--save", "--check"}), printed("1 change to make\n"));
   EXPECT_EQ(apply("IKE.IKE_PORT=502", {"--message", "why"}),
             failed(64, "a message is for what is saved: add --save"));
+}
+
+TEST_F(Apply, SavesOnlyWhatIsNotSavedIfAskedTo) {
+  const auto saved = [&] { return out({"history"}); };
+  EXPECT_EQ(apply("IKE.IKE_PORT=501", {"--ensure-saved", "--message", "why"}),
+            printed("1 change made and saved\n"));
+  EXPECT_THAT(saved(), HasSubstr("why\n    IKE.IKE_PORT: 500 -> 501\n"));
+  (void)out({"set", "IKE.NATT_PORT=4501"});
+  const std::string before = saved();
+  EXPECT_EQ(apply("IKE.IKE_PORT=501", {"--ensure-saved"}), printed("nothing to change; saved\n"));
+  EXPECT_EQ(saved(), before);
+  EXPECT_THAT(host::readFile(settingsPath), Not(HasSubstr("NATT_PORT=4501\n")));
+  // It is there, but not saved.
+  EXPECT_EQ(apply("IKE.NATT_PORT=4501", {"--ensure-saved"}), printed("nothing to change; saved\n"));
+  EXPECT_THAT(host::readFile(settingsPath), HasSubstr("NATT_PORT=4501\n"));
+  (void)out({"user", "add", "eve"});
+  EXPECT_EQ(apply("USERS[eve].NAME=eve", {"--ensure-saved"}),
+            printed("nothing to change; saved\n"));
+  EXPECT_THAT(host::readFile(settingsPath), HasSubstr("NAME=eve\n"));
+  EXPECT_EQ(apply("IKE.IKE_PORT=502", {"--ensure-saved", "--check"}),
+            printed("1 change to make\n"));
+}
+
+class ApplySeveral : public Apply {
+ protected:
+  /// Writes a file of the directory that is applied.
+  std::string part(const std::string& name, const std::string& text) const {
+    host::writeFile(parts + name, text);
+    return parts + name;
+  }
+
+  void SetUp() override {
+    Apply::SetUp();
+    ASSERT_EQ(::mkdir(parts.c_str(), 0700), 0);
+  }
+
+  const std::string parts = directory.path + "settings.d/";
+};
+
+TEST_F(ApplySeveral, AreOneChangeAndTheLastValueHolds) {
+  const std::string first = part("1", "IKE.IKE_PORT=501\nUSERS[eve].PMP_TIMEOUT=7\n");
+  const std::string second =
+      part("2", "{\"IKE\": {\"IKE_PORT\": 502}, \"USERS\": {\"eve\": {\"PMP_TIMEOUT\": 8}}}");
+  const std::string third = part("3", "USERS[mia].PMP_TIMEOUT=9\nLOG.WALL_ON=1\n");
+  EXPECT_EQ(ctl({"apply", "--diff", "--save", "--message", "three", first, second, third}),
+            printed("USERS[eve]: added\n"
+                    "USERS[mia]: added\n"
+                    "IKE.IKE_PORT: 500 -> 502\n"
+                    "USERS[eve].PMP_TIMEOUT: - -> 8\n"
+                    "USERS[mia].PMP_TIMEOUT: - -> 9\n"
+                    "LOG.WALL_ON: 0 -> 1\n"
+                    "6 changes made and saved\n"));
+  const json history = json::parse(out({"history", "--json"}));
+  EXPECT_EQ(ctl({"apply", "--ensure-saved", first, second, third}),
+            printed("nothing to change; saved\n"));
+  EXPECT_EQ(json::parse(out({"history", "--json"})), history);
+  EXPECT_EQ(ctl({"apply", third, second, first}), printed("2 changes made, not saved\n"));
+  EXPECT_EQ(out({"get", "IKE.IKE_PORT", "USERS[eve].PMP_TIMEOUT"}), "501\n7\n");
+}
+
+TEST_F(ApplySeveral, NullLeavesWhatThereIsAndNotWhatAnEarlierOneSays) {
+  EXPECT_EQ(
+      ctl({"apply", part("1", "IKE.IKE_PORT=501\n"), part("2", "{\"IKE\": {\"IKE_PORT\": null}}")}),
+      printed("nothing to change\n"));
+}
+
+TEST_F(ApplySeveral, ADirectoryIsItsFilesInTheOrderOfTheirNames) {
+  (void)part("20-b.conf", "IKE.IKE_PORT=502\n");
+  (void)part("10-a.conf", "IKE.IKE_PORT=501\nLOG.WALL_ON=1\n");
+  (void)part("9.conf", "IKE.IKE_PORT=503\n");
+  (void)part("30.conf.dpkg-old", "IKE.IKE_PORT=504\n");
+  (void)part("40.conf~", "nonsense");
+  (void)part(".50.conf", "nonsense");
+  EXPECT_EQ(ctl({"apply", parts}), printed("2 changes made, not saved\n"));
+  EXPECT_EQ(out({"get", "IKE.IKE_PORT", "LOG.WALL_ON"}), "503\n1\n");
+}
+
+TEST_F(ApplySeveral, AnEmptyDirectoryWantsNothing) {
+  EXPECT_EQ(ctl({"apply", parts}), printed("nothing to change\n"));
+  EXPECT_EQ(ctl({"apply", "--ensure-saved", parts}), printed("nothing to change; saved\n"));
+  EXPECT_EQ(ctl({"apply", "--exclusive", parts}),
+            failed(65, parts + ": no file *.conf, and so nothing that would stay"));
+  EXPECT_EQ(ctl({"apply", "--only-users", parts}).exitCode, 65);
+  EXPECT_EQ(out({"user", "list"}), "alice\nbob\n");
+}
+
+TEST_F(ApplySeveral, AllMistakesOfAllAreToldWithTheirPlacesAndNothingIsWritten) {
+  (void)part("1.conf", "LOG.WALL_ON=1\nIKE.IKE_PORT=0\n");
+  (void)part("2.conf", "nonsense\nIKE.IKE_PORT=501\nIKE.NATT_PORT=0\n");
+  (void)part("3.conf", "LOG.WALL_ON=0\n");
+  (void)part("4.conf", "/ROOT=\n/IKE=\nIKE_PROT=1\nend=\nend=\n");
+  const Outcome outcome = ctl({"apply", "--save", parts});
+  EXPECT_EQ(outcome.exitCode, 65);
+  EXPECT_EQ(outcome.out, "");
+  EXPECT_THAT(
+      outcome.err,
+      testing::StartsWith("lparamsctl: " + parts +
+                          "1.conf:2:1: IKE.IKE_PORT: \"0\" is not a whole number from 1 to 65535\n"
+                          "lparamsctl: " +
+                          parts +
+                          "2.conf:1:1: this is no assignment; write GROUP.NAME=VALUE\n"
+                          "lparamsctl: " +
+                          parts +
+                          "2.conf:3:1: IKE.NATT_PORT: \"0\" is not a whole number from 1 to 65535\n"
+                          "lparamsctl: " +
+                          parts + "4.conf:3:1: "));
+  EXPECT_THAT(outcome.err, testing::EndsWith("\nlparamsctl: nothing was written\n"));
+  EXPECT_EQ(out({"list", "--unsaved"}), "");
+}
+
+TEST_F(ApplySeveral, WhatOnlyAllTogetherCannotBeIsToldToo) {
+  stop();
+  start({{"--max-users", "3"}});
+  const std::string first = part("1", "USERS[eve].PMP_TIMEOUT=7\n");
+  const std::string second = part("2", "USERS[mia].PMP_TIMEOUT=7\n");
+  const Outcome outcome = ctl({"apply", first, second});
+  EXPECT_EQ(outcome.exitCode, 65);
+  EXPECT_THAT(outcome.err, HasSubstr("nothing was written\n"));
+  EXPECT_EQ(outcome.out, "");
+  EXPECT_EQ(out({"user", "list"}), "alice\nbob\n");
 }
 
 TEST_F(Apply, WhatCouldNotBeSavedIsToldAllTheSame) {
