@@ -93,8 +93,12 @@ machine_contents() {
   printf '%s\n' 'passwd: files' 'group: files' >etc/nsswitch.conf
   tr -d - </proc/sys/kernel/random/uuid >etc/machine-id
   mkdir usr/lib/lparams
-  cp "$source"/{lparams_agent,lparams_server.so,lparamsctl} usr/lib/lparams/
-  cp "$tests"/../../packaging/lparams-agent.{service,socket} usr/lib/systemd/system/
+  cp "$source"/{lparams_agent,lparams_server.so} usr/lib/lparams/
+  cp "$source/lparamsctl" usr/bin/
+  cp "$tests"/../../packaging/lparams-agent.socket usr/lib/systemd/system/
+  for unit in lparams-{agent,apply}.service; do
+    sed 's:@prefix@:/usr:' "$tests/../../packaging/$unit.in" >"usr/lib/systemd/system/$unit"
+  done
 }
 
 root_contents() {

@@ -17,7 +17,7 @@ import unittest
 import seccomp
 
 HERE = os.path.dirname(os.path.abspath(__file__))
-UNIT = os.path.join(HERE, "../../packaging/lparams-agent.service")
+UNIT = os.path.join(HERE, "../../packaging/lparams-agent.service.in")
 SKIPPED = 77  # exit status
 LIMIT = 60  # seconds for anything that is to happen
 ARCHITECTURES = {"native": seccomp.Arch.NATIVE, "x86": seccomp.Arch.X86}

@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
-# What systemd's own tools say of the units, and the limit of what the agent is exposed to.
+# What systemd's own tools say of the units as they are installed, with any prefix, and the limit of
+# what their programs are exposed to.
 #
 # Usage: unit_file_test.sh BUILD_DIR
 set -euo pipefail
-cd "$(dirname "$0")/../.."
 
 command -v systemd-analyze >/dev/null || {
   echo 'systemd-analyze is not there'
@@ -11,22 +11,33 @@ command -v systemd-analyze >/dev/null || {
 }
 place=$(mktemp -d)
 trap 'rm -rf "$place"' EXIT
+units=$place/lib/systemd/system
 
-# The programs are where this build has them, and the manual is not installed.
-for unit in packaging/lparams-agent.{service,socket}; do
-  sed -e "s:/usr/lib/lparams/lparams_agent:$(readlink -f "$1")/lparams_agent:" \
-    -e '/^Documentation=/d' "$unit" >"$place/${unit##*/}"
+for component in agent client; do
+  cmake --install "$1" --prefix "$place" --component $component >/dev/null
 done
-said=$(systemd-analyze verify "$place"/* 2>&1) || true
+sed -nE 's/^ExecStart=(\S+).*/\1/p' "$units"/lparams-*.service >"$place/programs"
+diff "$place/programs" - <<END
+$place/lib/lparams/lparams_agent
+$place/bin/lparamsctl
+END
+if grep -r '@prefix@\|/usr/' "$units"; then
+  echo 'this is not where it is installed'
+  exit 1
+fi
+
+sed -i '/^Documentation=/d' "$units"/* # man(1) does not look there
+said=$(systemd-analyze verify "$units"/* 2>&1) || true
 said=$(grep -F lparams <<<"$said" || true) # other units of the machine are not ours
 [[ -z $said ]] || {
   echo "$said"
   exit 1
 }
 
-exposure=$(systemd-analyze security --offline=true --threshold=10 "$place/lparams-agent.service" |
-  tail -n 1) || {
+for unit in "$units"/*.service; do
+  exposure=$(systemd-analyze security --offline=true --threshold=10 "$unit" | tail -n 1) || {
+    echo "$unit: $exposure"
+    exit 1
+  }
   echo "$exposure"
-  exit 1
-}
-echo "$exposure"
+done

@@ -16,7 +16,9 @@ from room import WAIT_LIMIT, CannotBoot, Room  # noqa: E402
 SKIPPED = 77  # exit status
 UNIT = "lparams-agent.service"
 SOCKET_UNIT = "lparams-agent.socket"
+APPLY_UNIT = "lparams-apply.service"
 SETTINGS = "/var/lib/lparams/localsettings.ini"
+LAID_DOWN = "/etc/lparams/settings.d"
 GROUP = "admin"  # the default of ADMIN.ADMIN_GROUP
 OTHER_GROUP = "operators"
 
@@ -26,10 +28,11 @@ room = None
 class Unit(unittest.TestCase):
     def setUp(self):
         room.shell(f"""
-            systemctl stop {SOCKET_UNIT} {UNIT}
-            systemctl reset-failed {UNIT} || true
+            systemctl stop {APPLY_UNIT} {SOCKET_UNIT} {UNIT}
+            systemctl reset-failed {UNIT} {APPLY_UNIT} || true
             for group in {GROUP} {OTHER_GROUP}; do groupdel $group 2>/dev/null || true; done
-            rm -rf /var/lib/lparams /run/systemd/system/{UNIT}.d
+            rm -rf /var/lib/lparams /etc/lparams /run/systemd/system/{UNIT}.d \\
+              /run/systemd/system/gateway.service
             systemctl daemon-reload
             journalctl --rotate -q
             journalctl --vacuum-time=1us -q""")
@@ -49,11 +52,11 @@ class Unit(unittest.TestCase):
                          ["success", "0"], self.log())
         self.assertEqual(room.run("ls", "/run/lparams/agent.sock").returncode, 2)
 
-    def property(self, name):
-        return room.shell(f"systemctl show -P {name} {UNIT}")
+    def property(self, name, unit=UNIT):
+        return room.shell(f"systemctl show -P {name} {unit}")
 
-    def log(self):
-        return room.shell(f"journalctl --no-pager -o cat -u {UNIT}")
+    def log(self, unit=UNIT):
+        return room.shell(f"journalctl --sync; journalctl --no-pager -o cat -u {unit}")
 
     def wait_until(self, what, condition):
         deadline = time.monotonic() + WAIT_LIMIT
@@ -203,6 +206,93 @@ class Unit(unittest.TestCase):
         self.assertEqual(self.property("ActiveState"), "active", self.log())
         room.shell(f"systemctl stop {SOCKET_UNIT} {UNIT}")
         self.assertEqual(room.run("ls", "/run/lparams/agent.sock").returncode, 2)
+
+    def lay_down(self, **parts):
+        room.shell(f"mkdir -p {LAID_DOWN}; rm -f {LAID_DOWN}/*")
+        for name, text in parts.items():
+            room.shell(f"cat >{LAID_DOWN}/{name}.conf <<'END'\n{text}\nEND")
+
+    def apply(self):
+        """Whether the unit has done it."""
+        started = room.run("systemctl", "restart", APPLY_UNIT).returncode == 0
+        self.assertEqual(self.property("ActiveState", APPLY_UNIT),
+                         "active" if started else "failed")
+        return started
+
+    def revisions(self):
+        return [self.state("history"), self.ctl("history")]
+
+    def test_applies_what_is_laid_down(self):
+        self.start()
+        self.lay_down(a="IKE.IKE_PORT=501\nIKE.QCD_SECRET=s3cret",
+                      b='{"IKE": {"IKE_PORT": 502}, "USERS": {"eve": {}}}')
+        room.shell(f"chown root:lparams {LAID_DOWN}/a.conf; chmod 640 {LAID_DOWN}/a.conf")
+        self.assertTrue(self.apply(), self.log(APPLY_UNIT))
+        log = self.log(APPLY_UNIT)
+        self.assertIn("IKE.IKE_PORT: 500 -> 502\n", log)
+        self.assertIn("3 changes made and saved", log)
+        self.assertNotIn("s3cret", log)
+        settings = room.shell(f"cat {SETTINGS}")
+        self.assertIn("IKE_PORT=502\n", settings)
+        self.assertIn("QCD_SECRET=s3cret\n", settings)
+        self.assertIn("settings.d", self.ctl("history")[1])
+        # Nothing differs: nothing is changed or saved, also of what is somebody else's.
+        self.ctl("set", "IKE.NATT_PORT=4501")
+        before = self.revisions()
+        self.assertTrue(self.apply(), self.log(APPLY_UNIT))
+        self.assertIn("nothing to change", self.log(APPLY_UNIT))
+        self.assertEqual(self.revisions(), before)
+        self.assertEqual(self.state("changed"), "yes")
+        self.stop()
+
+    def test_mistakes_in_what_is_laid_down_change_nothing(self):
+        self.start()
+        self.lay_down(a="IKE.IKE_PORT=501\nIKE.NATT_PORT=0", b="IKE.IKE_PROT=1")
+        before = self.revisions()
+        self.assertFalse(self.apply())
+        self.assertEqual(self.property("ExecMainStatus", APPLY_UNIT), "65")
+        log = self.log(APPLY_UNIT)
+        self.assertIn(f"{LAID_DOWN}/a.conf:2:1: IKE.NATT_PORT: ", log)
+        self.assertIn(f"{LAID_DOWN}/b.conf:1:1: IKE.IKE_PROT: ", log)
+        self.assertEqual(self.revisions(), before)
+        self.assertEqual(self.state("changed"), "no")
+        self.assertEqual(self.ctl("get", "IKE.IKE_PORT"), (0, "500\n"))
+        self.assertEqual(self.property("ActiveState"), "active")
+        self.stop()
+
+    def test_what_is_laid_down_is_in_place_before_the_gateway(self):
+        """Also where the service manager has the agent's socket."""
+        room.shell(f"""cat >/run/systemd/system/gateway.service <<'END'
+[Unit]
+Requires={APPLY_UNIT}
+After={APPLY_UNIT}
+[Service]
+Type=oneshot
+RemainAfterExit=yes
+ExecStart=/bin/sh -c 'lparamsctl get IKE.IKE_PORT >/run/got'
+END
+systemctl daemon-reload""")
+        for socket in ([], [SOCKET_UNIT]):
+            with self.subTest(socket):
+                self.stop_all()
+                self.lay_down(a="IKE.IKE_PORT=501")
+                for unit in (*socket, "gateway.service"):
+                    room.shell(f"systemctl start {unit}")
+                self.assertEqual(room.shell("cat /run/got"), "501")
+                self.stop_all()
+                self.lay_down(a="IKE.IKE_PORT=0")
+                self.assertEqual(room.run("systemctl", "start", "gateway.service").returncode, 1)
+                self.assertEqual(room.run("test", "-e", "/run/got").returncode, 1)
+        # Where nothing is laid down, the gateway is started all the same.
+        self.stop_all()
+        room.shell(f"rm -r {LAID_DOWN}; systemctl start gateway.service")
+        self.assertEqual(room.shell("cat /run/got"), "500")
+        self.stop_all()
+
+    def stop_all(self):
+        room.shell(f"systemctl stop gateway.service {APPLY_UNIT} {SOCKET_UNIT} {UNIT}; "
+                   f"systemctl reset-failed {APPLY_UNIT} || true; "
+                   "rm -rf /var/lib/lparams /run/got")
 
     def test_is_not_started_again_on_damaged_settings(self):
         room.shell(f"install -d -m 700 -o lparams -g lparams /var/lib/lparams\n"
