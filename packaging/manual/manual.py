@@ -130,11 +130,28 @@ def catalogue_page(printer):
     yield "# SEE ALSO\n\nlparamsctl(1), localsettings.ini(5)\n"
 
 
+def as_definitions(table):
+    """Of each row its first two cells, and the others by their titles."""
+    rows = [[cell.strip() for cell in line.strip("|").split("|")] for line in table]
+    titles = rows[0]
+    for row in rows[2:]:
+        rest = ". ".join(f"{title}: {cell}" for title, cell in zip(titles[2:], row[2:]))
+        yield f"{row[0]}\n\n:   {row[1]}. {rest}.\n"
+
+
+def narrow_tables(text):
+    """A line of a terminal is too short for more than four columns."""
+    return re.sub(r"(?:^\|(?:[^|\n]*\|){5,}\n)+",
+                  lambda table: "\n" + "\n".join(as_definitions(table[0].splitlines())), text,
+                  flags=re.MULTILINE)
+
+
 def document_page(path, name, what):
     with open(path, encoding="utf-8") as file:
         text = file.read()
     text = re.sub(r"\[([^\]]+)\]\([^)]*\)", r"\1", text)
     text = re.sub(r"^# .*\n", "# DESCRIPTION\n", text, count=1)
+    text = narrow_tables(text)
     code = False
     yield head(name, what)
     for line in text.splitlines():

@@ -17,11 +17,11 @@ PAGES = ("lparamsctl.1", "lparams_agent.8", "localsettings.ini.5", "lparams-cata
 build = None
 
 
-def rendered(page):
+def rendered(page, width=200):
     """What man(1) shows, without bold, and what it complains of."""
     done = subprocess.run(
         ["man", "--warnings", "-l", os.path.join(build, "packaging/manual", page + ".gz")],
-        env={**os.environ, "LC_ALL": "C.UTF-8", "MANWIDTH": "200", "MAN_KEEP_FORMATTING": "",
+        env={**os.environ, "LC_ALL": "C.UTF-8", "MANWIDTH": str(width), "MAN_KEEP_FORMATTING": "",
              "MANPAGER": "cat", "MAN_DISABLE_SECCOMP": "1"},
         stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, check=True)
     return re.sub(r"\x1b\[[0-9;]*m|.\x08", "", done.stdout), done.stderr
@@ -54,6 +54,7 @@ class Manual(unittest.TestCase):
     def test_no_warning(self):
         for page in PAGES:
             with self.subTest(page):
+                self.assertEqual(rendered(page, 80)[1], "")
                 text, complaints = rendered(page)
                 self.assertEqual(complaints, "")
                 name = page.rsplit(".", 1)[0]
