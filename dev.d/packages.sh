@@ -5,7 +5,10 @@ build_packages=(g++ g++-multilib cmake ninja-build googletest
   lowdown python3)
 test_packages=(bash-completion binutils locales man-db pkg-config python3 python3-seccomp strace systemd valgrind zsh)
 package_packages=(debootstrap dpkg-dev lintian man-db python3)
-# What `./dev package --test` looks at the pages with.
+# Of the clean Debian that `./dev package --test` makes, beside what every Debian has.
+clean_root_packages=(systemd systemd-sysv dbus man-db bash-completion lib32stdc++6
+  g++-multilib pkg-config)
+# What it looks at the pages with.
 browser_packages=(chromium chromium-driver python3-selenium)
 prove_packages=(clang libclang-rt-14-dev lld)
 style_packages=(clang-format python3 shellcheck)

@@ -102,6 +102,7 @@ machine_contents() {
 }
 
 root_contents() {
+  echo gateway >etc/hostname
   rm -f etc/machine-id
   tr -d - </proc/sys/kernel/random/uuid >etc/machine-id
 }

@@ -16,6 +16,11 @@ for component in agent dev; do
   cmake --install "$build" --prefix "$tree" --component $component >"$place/log"
 done
 
+(($(wc -l <"$example/embed.cc") < 80)) || {
+  echo 'the example is no longer short'
+  exit 1
+}
+
 expected='unknown: NO_SUCH_NAME in IKE
 dropped at IKE_PORT:  7 
 EXCHANGE_TIMEOUT 60

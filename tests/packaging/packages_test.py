@@ -7,18 +7,22 @@ Usage: packages_test.py ROOT PACKAGES"""
 import glob
 import os
 import re
+import select
 import subprocess
 import sys
+import time
 import unittest
 
 sys.dont_write_bytecode = True
 
-from room import CannotBoot, Room  # noqa: E402
+from room import WAIT_LIMIT, CannotBoot, Room  # noqa: E402
 
 SKIPPED = 77  # exit status
 UNIT = "lparams-agent.service"
 SETTINGS = "/var/lib/lparams/localsettings.ini"
 EDITED = f"/etc/systemd/system/{UNIT}"
+APPLY_UNIT = "lparams-apply.service"
+LAID_DOWN = "/etc/lparams/settings.d/10-image.conf"
 
 room = None
 packages = None
@@ -52,6 +56,37 @@ def ctl(*words, user="root"):
     return done.returncode, done.stdout
 
 
+class Terminal:
+    """A person at a terminal."""
+
+    def __init__(self, user):
+        self.shell = room.terminal(user)
+        self.seen = ""
+        self.wait_for("$ ")
+
+    def wait_for(self, text):
+        """Until it is to be seen; returns what was to be seen before it."""
+        deadline = time.monotonic() + WAIT_LIMIT
+        while text not in self.seen:
+            ready, _, _ = select.select([self.shell.stdout], [], [], deadline - time.monotonic())
+            more = os.read(self.shell.stdout.fileno(), 4096) if ready else b""
+            if not more:
+                raise AssertionError(f"no {text!r}, only {self.seen!r}")
+            self.seen += more.decode()
+        before, self.seen = self.seen.split(text, 1)
+        return before
+
+    def type(self, text):
+        self.shell.stdin.write(text.encode())
+        self.shell.stdin.flush()
+
+    def end(self):
+        self.type("exit\n")
+        self.shell.stdin.close()
+        self.shell.wait(WAIT_LIMIT)
+        self.shell.stdout.close()
+
+
 class Packages(unittest.TestCase):
     """One after the other, on the same system."""
 
@@ -65,7 +100,18 @@ class Packages(unittest.TestCase):
         return {"01": 32, "02": 64}[room.shell(
             "od -An -tx1 -j4 -N1 /usr/lib/lparams/lparams_agent").strip()]
 
+    def check_example(self, width):
+        """The embedding example is built from what is installed, and loads the installed module."""
+        said = room.shell(f"""
+            rm -rf /tmp/embed && cp -r /usr/share/doc/lparams-dev/examples/embed /tmp/
+            mkdir -m 700 /tmp/embed/state && cd /tmp/embed
+            c++ -m{width} embed.cc $(pkg-config --cflags --libs lparams) -o embed
+            ./embed $(pkg-config --variable=module lparams) state""")
+        self.assertIn("\nIKE has changed\n", said)
+        self.assertIn("EXCHANGE_TIMEOUT=120\n", room.shell("cat /tmp/embed/state/localsettings.ini"))
+
     def test_1_install(self):
+        room.shell(f"mkdir -p $(dirname {LAID_DOWN}); echo LOG.WALL_ON=0 >{LAID_DOWN}")
         install(*(package(name) for name in ("lparams-agent", "lparams-client")),
                 *(package(name, "all") for name in ("lparams-dev", "lparams-doc")))
         self.assertEqual(self.width(), 64)
@@ -86,17 +132,45 @@ class Packages(unittest.TestCase):
         self.check_serves(501)
         self.assertEqual(room.shell("find /usr -newer /tmp/before"), "")
 
-    def test_2_manual_and_completion(self):
+    def test_2_settings_that_are_laid_down(self):
+        self.assertEqual(room.shell(f"systemctl is-enabled {APPLY_UNIT}"), "enabled")
+        self.assertEqual(ctl("get", "LOG.WALL_ON"), (0, "0\n"))
+        before = ctl("history")
+        self.assertIn("settings.d\n    LOG.WALL_ON: 1 -> 0\n", before[1])
+        room.shell(f"systemctl restart {APPLY_UNIT}")
+        self.assertEqual(ctl("history"), before)
+        room.shell(f"echo LOG.WALL_ON=2 >{LAID_DOWN}")
+        self.assertNotEqual(room.run("systemctl", "restart", APPLY_UNIT).returncode, 0)
+        self.assertIn(f"{LAID_DOWN}:1:1: LOG.WALL_ON: ", room.shell(
+            f"journalctl --sync; journalctl --no-pager -o cat -u {APPLY_UNIT}"))
+        self.assertEqual(ctl("history"), before)
+        self.assertEqual(unit("ActiveState"), "active")
+        room.shell(f"echo LOG.WALL_ON=0 >{LAID_DOWN}; systemctl restart {APPLY_UNIT}")
+
+    def test_2_tab_completes(self):
+        terminal = Terminal("anna")
+        terminal.type("lparamsctl set IKE.EXCH\t")
+        terminal.wait_for("lparamsctl set IKE.EXCHANGE_TIMEOUT=")
+        terminal.type("120\n")
+        terminal.wait_for("IKE.EXCHANGE_TIMEOUT: 60 -> 120   (not saved)")
+        terminal.wait_for("$ ")
+        terminal.type("lparamsctl sav\t")
+        terminal.wait_for("lparamsctl save ")
+        terminal.type("\n")
+        terminal.wait_for("saved")
+        terminal.end()
+        self.assertIn("EXCHANGE_TIMEOUT=120\n", room.shell(f"cat {SETTINGS}"))
+
+    def test_2_the_embedding_example(self):
+        self.check_example(64)
+
+    def test_2_manual(self):
         for page in ("1 lparamsctl", "8 lparams_agent", "5 localsettings.ini",
                      "5 lparams-catalogue", "7 lparams-bridge"):
-            said = room.shell(f"MANPAGER=cat man {page} >/tmp/page; cat /tmp/page")
+            said = room.shell(f"MANPAGER=cat man --warnings {page} >/tmp/page")
+            self.assertEqual(said, "")
+            said = room.shell("cat /tmp/page")
             self.assertTrue(said.split("\n\n")[1].startswith("NAME\n"), said)
-        self.assertEqual(room.shell("/usr/share/lparams/complete lparamsctl set IKE.IKE_P"),
-                         "IKE.IKE_PORT=")
-        self.assertEqual(room.shell("""bash -c '
-            source /usr/share/bash-completion/bash_completion
-            _completion_loader lparamsctl; complete -p lparamsctl'"""),
-                         "complete -o default -F _lparamsctl lparamsctl")
 
     def test_3_upgrade(self):
         room.shell(f"""
@@ -115,6 +189,7 @@ class Packages(unittest.TestCase):
         install(package("lparams-agent32"))
         self.assertEqual(self.width(), 32)
         self.check_serves(501)
+        self.check_example(32)
         room.shell("dpkg --purge lparams-agent 2>&1")
         room.shell(f"systemctl restart {UNIT}")
         self.check_serves(501)
@@ -128,6 +203,7 @@ class Packages(unittest.TestCase):
                          "")
 
     def test_6_purge(self):
+        room.shell(f"rm {LAID_DOWN}")
         room.shell("apt-get purge -y lparams-agent32 lparams-client lparams-dev lparams-doc")
         self.assertEqual(room.shell("ls -d /var/lib/lparams /run/lparams 2>/dev/null || true"), "")
         self.assertEqual(room.shell("find /usr /etc /var/lib -path /var/lib/dpkg -prune -o "

@@ -7,7 +7,7 @@ import time
 
 HERE = os.path.dirname(os.path.abspath(__file__))
 START_LIMIT = 60  # seconds; some three are enough
-WAIT_LIMIT = 60  # seconds for anything that is to happen
+WAIT_LIMIT = 180  # seconds for anything that is to happen
 ENVIRONMENT = ["PATH=/usr/bin:/usr/sbin:/usr/lib/lparams", "LANG=C.UTF-8"]
 
 
@@ -46,15 +46,24 @@ class Room:
         self.process.wait()
         self.process.stdout.close()
 
-    def run(self, *command, user="root"):
-        """How the command ends in the room."""
+    def inside(self, user):
+        """What runs a command in the room."""
         as_user = [] if user == "root" else ["setpriv", "--reuid", user, "--regid", user,
                                              "--init-groups"]
+        return ["nsenter", f"--target={self.init}", "--pid", "--mount", "--uts", "--ipc", "--net",
+                "--cgroup", "--root", "env", "-i", "-C", "/", *ENVIRONMENT, *as_user]
+
+    def run(self, *command, user="root"):
+        """How the command ends in the room."""
         return subprocess.run(
-            ["nsenter", f"--target={self.init}", "--pid", "--mount", "--uts", "--ipc", "--net",
-             "--cgroup", "--root", "env", "-i", "-C", "/", *ENVIRONMENT, *as_user, *command],
-            stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
+            self.inside(user) + list(command), stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
             timeout=WAIT_LIMIT, check=False)
+
+    def terminal(self, user):
+        """A login shell of the user on a terminal: a program that takes what is typed."""
+        return subprocess.Popen(
+            self.inside(user) + ["env", "TERM=dumb", "script", "-qefc", "bash -il", "/dev/null"],
+            stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
 
     def shell(self, script):
         """What the script writes; it has to succeed."""
