@@ -81,6 +81,23 @@ test_packages_there() {
   esac
 }
 
+# Manages a fleet with the programs and the collection of the packages.
+test_fleet() {
+  local package place=$build/fleet log=$build/fleet-test.log
+  need "${fleet_packages[@]}"
+  echo 'managing a fleet, log in build/fleet-test.log'
+  rm -rf "$place"
+  for package in "$packages"/lparams-{agent_*_amd64,client_*,ansible_*}.deb; do
+    dpkg-deb -x "$package" "$place"
+  done
+  if quietly "$log" "$root/tests/fleet/run.py" --agents 10 --bin "$place/usr/lib/lparams" \
+    --client "$place/usr/bin/lparamsctl" --collections "$place/usr/share/ansible/collections"; then
+    result passed fleet
+  else
+    result failed fleet
+  fi
+}
+
 # Looks at the catalogue's page in a browser.
 test_page() {
   local log=$build/page-test.log

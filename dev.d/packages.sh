@@ -3,7 +3,9 @@
 build_packages=(g++ g++-multilib cmake ninja-build googletest
   libasio-dev libcli11-dev librapidxml-dev libxxhash-dev libutfcpp-dev nlohmann-json3-dev
   lowdown python3)
-test_packages=(bash-completion binutils locales man-db pkg-config python3 python3-seccomp strace systemd valgrind zsh)
+fleet_packages=(ansible-core python3 python3-voluptuous yamllint)
+test_packages=(bash-completion binutils locales man-db pkg-config python3 python3-seccomp strace systemd valgrind zsh
+  "${fleet_packages[@]}")
 package_packages=(debootstrap dpkg-dev lintian man-db python3)
 # Of the clean Debian that `./dev package --test` makes, beside what every Debian has.
 clean_root_packages=(systemd systemd-sysv dbus man-db bash-completion lib32stdc++6

@@ -38,6 +38,11 @@ describe(doc "documentation of the settings agent of the VPN gateway"
   "Every setting, the agent in operation, the protocol of its socket and how the"
   "module is embedded into another program.")
 
+describe(ansible "settings of many VPN gateways, with Ansible"
+  "A collection of modules that make the settings and users of VPN gateways what"
+  "a playbook says, and tell their state. For the machine that manages the"
+  "gateways, which need the package lparams-client.")
+
 set(CPACK_DEBIAN_AGENT_PACKAGE_NAME ${agent_package})
 set(CPACK_DEBIAN_AGENT_PACKAGE_SHLIBDEPS ON)
 # For the maintainer scripts; any program that makes users from sysusers.d(5) would do.
@@ -74,5 +79,9 @@ set(CPACK_DEBIAN_DEV_PACKAGE_RECOMMENDS lparams-agent)
 set(CPACK_DEBIAN_DEV_PACKAGE_SUGGESTS lparams-doc)
 set(CPACK_DEBIAN_DOC_PACKAGE_ARCHITECTURE all)
 set(CPACK_DEBIAN_DOC_PACKAGE_SECTION doc)
+set(CPACK_DEBIAN_ANSIBLE_PACKAGE_ARCHITECTURE all)
+set(CPACK_DEBIAN_ANSIBLE_PACKAGE_SECTION admin)
+set(CPACK_DEBIAN_ANSIBLE_PACKAGE_DEPENDS "ansible-core (>= 2.14)")
+set(CPACK_DEBIAN_ANSIBLE_PACKAGE_SUGGESTS lparams-doc)
 
 include(CPack)

@@ -16,6 +16,7 @@ class Reply(NamedTuple):
     result: int
     text: str  # why it failed
     output: bytes
+    revision: int  # of the group, where there is one
 
 
 def block(data):
@@ -50,6 +51,10 @@ class BridgeClient:
         """The records of all groups; equal values give equal bytes."""
         return tuple(self.read(group) for group in GROUPS)
 
+    def revisions(self):
+        """Of all groups; those of a group differ if it was written meanwhile."""
+        return {group: self.command(READ, block(group.encode())).revision for group in GROUPS}
+
     def save(self, force=False):
         return self.command(SAVE, flags=FORCE if force else 0)
 
@@ -62,10 +67,10 @@ class BridgeClient:
     def exchange(self, request):
         self.socket.sendall(block(request))
         frame = self.receive(struct.unpack("<I", self.receive(4))[0])
-        result, _reason, _revision, length = struct.unpack_from("<iIQI", frame, 1)
+        result, _reason, revision, length = struct.unpack_from("<iIQI", frame, 1)
         text_begin = 1 + struct.calcsize("<iIQI")
         return Reply(result, frame[text_begin:text_begin + length].decode(),
-                     frame[text_begin + length:])
+                     frame[text_begin + length:], revision)
 
     def receive(self, size):
         data = b""
