@@ -14,6 +14,7 @@ import unittest
 
 SKIPPED = 77  # exit status
 COLLECTIONS = os.path.join(os.path.dirname(os.path.abspath(__file__)), "../../packaging/ansible")
+EXAMPLES = os.path.join(COLLECTIONS, "../../examples/fleet")
 PROGRAMS = "/usr/lib/python3/dist-packages/ansible_test/_util/controller/sanity"
 MODULES = ("confirm", "facts", "settings", "users")
 SANITY = ("compile", "empty-init", "future-import-boilerplate", "ignores", "line-endings",
@@ -60,8 +61,17 @@ class Collection(unittest.TestCase):
 
     def test_yaml(self):
         done = self.run_there("yamllint", "-c", f"{PROGRAMS}/yamllint/config/default.yml", ".",
-                              os.path.join(COLLECTIONS, "../../examples/fleet"))
+                              EXAMPLES)
         self.assertEqual((done.returncode, done.stdout), (0, ""))
+
+    def test_the_document_shows_the_examples(self):
+        with open(os.path.join(COLLECTIONS, "../../docs/fleet.md"), encoding="utf-8") as file:
+            shown = re.findall(r"^```yaml\n(.*?)^```$", file.read(), re.MULTILINE | re.DOTALL)
+        files = []
+        for name in ("group_vars/gateways.yml", "gateways.yml", "port.yml"):
+            with open(os.path.join(EXAMPLES, name), encoding="utf-8") as file:
+                files.append(file.read())
+        self.assertEqual(shown, files)
 
     def test_documentation_can_be_read(self):
         for name in MODULES:
