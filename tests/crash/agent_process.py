@@ -77,10 +77,12 @@ def why_no_tracer():
 class Agent:
     """Runs between its construction and kill()."""
 
-    def __init__(self, build, state, run, stopped=False, options=(), environment=None):
-        """`stopped`: the process waits for go() before it becomes the agent."""
+    def __init__(self, build, state, run, stopped=False, options=(), environment=None,
+                 prefix=()):
+        """`stopped`: the process waits for go() before it becomes the agent. `prefix`: the command
+        that starts it."""
         self.socket = os.path.join(run, "agent.sock")
-        command = [os.path.join(build, "lparams_agent"), "--state-dir", state,
+        command = [*prefix, os.path.join(build, "lparams_agent"), "--state-dir", state,
                    "--socket", self.socket, *options]
         if stopped:
             command = ["/bin/sh", "-c", 'kill -STOP $$; exec "$0" "$@"'] + command

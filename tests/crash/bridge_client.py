@@ -1,4 +1,4 @@
-"""A client of the agent's bridge: just what the crash-state test asks for."""
+"""A client of the agent's bridge: just what the tests in Python ask for."""
 
 import json
 import socket
@@ -17,6 +17,7 @@ class Reply(NamedTuple):
     text: str  # why it failed
     output: bytes
     revision: int  # of the group, where there is one
+    reason: int  # of the failure, 0 if there is none
 
 
 def block(data):
@@ -67,10 +68,10 @@ class BridgeClient:
     def exchange(self, request):
         self.socket.sendall(block(request))
         frame = self.receive(struct.unpack("<I", self.receive(4))[0])
-        result, _reason, revision, length = struct.unpack_from("<iIQI", frame, 1)
+        result, reason, revision, length = struct.unpack_from("<iIQI", frame, 1)
         text_begin = 1 + struct.calcsize("<iIQI")
         return Reply(result, frame[text_begin:text_begin + length].decode(),
-                     frame[text_begin + length:], revision)
+                     frame[text_begin + length:], revision, reason)
 
     def receive(self, size):
         data = b""

@@ -4,27 +4,20 @@
 //   deaf       a write that fails is taken for one that did not
 //   no-copies  files with a time in their names, which are copies, are gone as soon as they are
 //   made
-#include <dlfcn.h>
 #include <sys/stat.h>
 #include <sys/uio.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <string_view>
+
+#include "tests/prove/slip.h"
 
 namespace {
 
-template <typename Function>
-Function* next(const char* name) {
-  return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
-}
-
-bool slips(std::string_view slip) {
-  const char* const planted = std::getenv("SLIP");
-  return planted != nullptr && planted == slip;
-}
+using prove::next;
+using prove::slips;
 
 bool isCopy(std::string_view path) { return path.find("-20") != path.npos && path.ends_with('Z'); }
 
