@@ -17,8 +17,8 @@ NO_SLIP = "does not compile"
 SETTINGS = ["-G", "Ninja", "-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_CXX_FLAGS=-m32 -w",
             "-DCMAKE_CXX_FLAGS_DEBUG=-O0", "-DCMAKE_EXE_LINKER_FLAGS=-fuse-ld=lld",
             "-DCMAKE_SHARED_LINKER_FLAGS=-fuse-ld=lld"]
-# Wait for many seconds, whatever the product does.
-SLOW = (r"CrashStates|ASilentClientIsClosed|ThatStopHalfWay|AClientThatTakesNoReply|"
+# Wait for many seconds whatever the product does, or take long and are told by others too.
+SLOW = (r"Prove\.|Packaging\.|ASilentClientIsClosed|ThatStopHalfWay|AClientThatTakesNoReply|"
         r"NeverLacksWhenTheAgentIsKilled")
 LONG = "Agreement"  # tells much, but not soon
 NEAR_LIMIT = 120  # seconds; a slip may well wait for ever
