@@ -132,6 +132,7 @@ void apply(Context& context, const Given& given) {
   const std::vector<Input> inputs = read(given);
   const CatalogueView catalogue(agent.schema());
   std::vector<WantedDocument> each;
+  each.reserve(inputs.size());
   for (const auto& [name, text] : inputs) each.emplace_back(name, documents::read(text), catalogue);
   const WantedDocuments documents(std::move(each));
   const bool unsaved = given.json && hasUnsavedChanges(agent);
