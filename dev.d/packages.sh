@@ -8,8 +8,9 @@ test_packages=(bash-completion binutils locales man-db pkg-config python3 python
   "${fleet_packages[@]}")
 package_packages=(debootstrap dpkg-dev lintian man-db python3)
 # Of the clean Debian that `./dev package --test` makes, beside what every Debian has.
+# cffi-backend is a package that cryptography names by what it provides, which debootstrap cannot find.
 clean_root_packages=(systemd systemd-sysv dbus man-db bash-completion lib32stdc++6
-  g++-multilib pkg-config)
+  g++-multilib pkg-config ansible-core python3-cffi-backend)
 # What it looks at the pages with.
 browser_packages=(chromium chromium-driver python3-selenium)
 prove_packages=(clang libclang-rt-14-dev lld)

@@ -113,7 +113,7 @@ class Packages(unittest.TestCase):
     def test_1_install(self):
         room.shell(f"mkdir -p $(dirname {LAID_DOWN}); echo LOG.WALL_ON=0 >{LAID_DOWN}")
         install(*(package(name) for name in ("lparams-agent", "lparams-client")),
-                *(package(name, "all") for name in ("lparams-dev", "lparams-doc")))
+                *(package(name, "all") for name in ("lparams-dev", "lparams-doc", "lparams-ansible")))
         self.assertEqual(self.width(), 64)
         self.check_serves(500)
         self.assertEqual(room.shell(f"systemctl is-enabled {UNIT}"), "enabled")
@@ -146,6 +146,22 @@ class Packages(unittest.TestCase):
         self.assertEqual(ctl("history"), before)
         self.assertEqual(unit("ActiveState"), "active")
         room.shell(f"echo LOG.WALL_ON=0 >{LAID_DOWN}; systemctl restart {APPLY_UNIT}")
+
+    def play(self):
+        """What the playbook has changed."""
+        said = room.shell(f"""
+            printf '%s\\n' gateways: '  hosts: {{localhost: {{ansible_connection: local}}}}' >/tmp/inventory.yml
+            cd /usr/share/doc/lparams-doc/examples/fleet
+            HOME=/root ansible-playbook -i /tmp/inventory.yml -e vault_qcd_secret=s3cret \\
+              gateways.yml 2>&1""")
+        return int(re.search(r"^localhost .* changed=(\d+) .* failed=0 ", said, re.MULTILINE)[1])
+
+    def test_2_the_playbook_twice(self):
+        self.assertGreater(self.play(), 0)
+        self.assertEqual(ctl("get", "IKE.DPD_IDLE_TIME", "USERS[bob].PMP_TIMEOUT"), (0, "60\n20\n"))
+        before = ctl("history"), room.shell(f"stat -c '%i %y' {SETTINGS}")
+        self.assertEqual(self.play(), 0)
+        self.assertEqual((ctl("history"), room.shell(f"stat -c '%i %y' {SETTINGS}")), before)
 
     def test_2_tab_completes(self):
         terminal = Terminal("anna")
@@ -204,7 +220,8 @@ class Packages(unittest.TestCase):
 
     def test_6_purge(self):
         room.shell(f"rm {LAID_DOWN}")
-        room.shell("apt-get purge -y lparams-agent32 lparams-client lparams-dev lparams-doc")
+        room.shell("apt-get purge -y lparams-agent32 lparams-client lparams-dev lparams-doc "
+                   "lparams-ansible")
         self.assertEqual(room.shell("ls -d /var/lib/lparams /run/lparams 2>/dev/null || true"), "")
         self.assertEqual(room.shell("find /usr /etc /var/lib -path /var/lib/dpkg -prune -o "
                                     "-name '*lparams*' -print"), EDITED)
