@@ -76,6 +76,7 @@ class Unit(unittest.TestCase):
         self.assertEqual(self.ctl("set", f"IKE.IKE_PORT={port}", user=user)[0], 0)
         self.assertEqual(self.ctl("save", user=user), (0, "saved\n"))
         self.assertIn(f"IKE_PORT={port}\n", room.shell(f"cat {SETTINGS}"))
+        self.assertIn(", lparamsctl[", self.ctl("history")[1].splitlines()[0])
 
     def check_is_refused(self, user):
         for words in (["get", "IKE.IKE_PORT"], ["set", "IKE.IKE_PORT=1"], ["save"]):
