@@ -16,6 +16,7 @@ import unittest
 sys.dont_write_bytecode = True
 
 from room import WAIT_LIMIT, CannotBoot, Room  # noqa: E402
+from walk_through import examples, matches, script  # noqa: E402
 
 SKIPPED = 77  # exit status
 UNIT = "lparams-agent.service"
@@ -187,6 +188,28 @@ class Packages(unittest.TestCase):
             self.assertEqual(said, "")
             said = room.shell("cat /tmp/page")
             self.assertTrue(said.split("\n\n")[1].startswith("NAME\n"), said)
+
+    def test_2_walk_through(self):
+        """What the client's document shows, as it stands there, on settings that last only so long."""
+        document = "/usr/share/doc/lparams-doc"
+        room.shell(f"""
+            systemctl stop {UNIT}
+            mv /var/lib/lparams /var/lib/kept
+            install -d -m 700 -o lparams -g lparams /var/lib/lparams
+            install -m 600 -o lparams -g lparams {document}/examples/localsettings.ini {SETTINGS}
+            install -D {document}/examples/localsettings.ini /tmp/walk/localsettings.ini
+            systemctl start {UNIT}""")
+        walk = list(examples(room.shell(f"cat {document}/client.md")))
+        self.assertGreater(len(walk), 30)
+        for command, expected in walk:
+            with self.subTest(command):
+                said = room.run("sh", "-c", script(command, "/tmp/walk")).stdout
+                self.assertTrue(matches(expected, said), said)
+        room.shell(f"""
+            systemctl stop {UNIT}
+            rm -r /var/lib/lparams
+            mv /var/lib/kept /var/lib/lparams
+            systemctl start {UNIT}""")
 
     def test_3_upgrade(self):
         room.shell(f"""
