@@ -28,10 +28,12 @@ CatalogueView::CatalogueView(const std::string& schema) try : schema_(Json::pars
 
 const Json* CatalogueView::find(std::string_view fullName) const {
   const size_t open = fullName.find('[');
-  const bool ofUser = open != std::string_view::npos && fullName.rfind('.') > open;
-  const auto found = !ofUser ? params_.find(fullName)
-                             : params_.find(std::string(fullName.substr(0, open)) +
-                                            std::string(fullName.substr(fullName.rfind('.'))));
+  const size_t dot = fullName.rfind('.');
+  const bool ofUser = open != std::string_view::npos && dot != std::string_view::npos && dot > open;
+  const auto found =
+      !ofUser
+          ? params_.find(fullName)
+          : params_.find(std::string(fullName.substr(0, open)) + std::string(fullName.substr(dot)));
   return found == params_.end() ? nullptr : found->second;
 }
 

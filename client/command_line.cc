@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <iostream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "bridge/protocol.h"
@@ -84,7 +85,11 @@ programs::ExitStatus runCommandLine(int argc, char** argv) {
   app.footer(std::string(NOTES) + "\n\n" + programs::EXIT_STATUSES);
 
   try {
-    app.parse(argc, argv);
+    if (argc > 2 && argv[1] == std::string_view("complete")) {
+      complete(app, context, {argv + 2, argv + argc});
+    } else {
+      app.parse(argc, argv);
+    }
   } catch (const CLI::ParseError& error) {
     if (error.get_exit_code() != 0) throw Failure(programs::EXIT_USAGE, usageError(app, error));
     (void)app.exit(error);  // prints the help or the version

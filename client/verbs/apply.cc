@@ -182,7 +182,7 @@ void addApply(CLI::App& app, Context& context) {
   command
       .add_option("--remove-user", given->options.absentUsers,
                   "Remove this user, too; may be repeated")
-      ->type_name("NAME")
+      ->type_name("USER")
       ->expected(1)
       ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
   command

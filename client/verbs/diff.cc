@@ -122,8 +122,8 @@ void addDiff(CLI::App& app, Context& context) {
       ->type_name("FILE")
       ->excludes(byDefault);
   command.add_option("--revision", given->revision, "Compare with a revision of the history")
-      ->type_name("NUMBER")
-      ->check(CLI::PositiveNumber)
+      ->type_name("REVISION")
+      ->check(revisionNumbers())
       ->excludes(byDefault)
       ->excludes("--file");
   addJson(command, given->json);

@@ -39,7 +39,9 @@ void rollback(Context& context, const Given& given) {
 void addRollback(CLI::App& app, Context& context) {
   const auto [command, given] =
       addVerb(app, context, "rollback", "Take settings back to a revision", NOTES, rollback);
-  command.add_option("REVISION", given->number, "Its number in the history")->required();
+  command.add_option("REVISION", given->number, "Its number in the history")
+      ->required()
+      ->check(revisionNumbers());
   addSave(command, given->save);
   addJson(command, given->json);
 }

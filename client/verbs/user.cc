@@ -116,9 +116,10 @@ void deleteUsers(Context& context, const Given& given) {
 
 /// Adds a verb for one user.
 Verb<Given> addForUser(CLI::App& user, Context& context, const char* name, const char* description,
-                       const char* notes, void (*run)(Context& context, const Given& given)) {
+                       const char* notes, void (*run)(Context& context, const Given& given),
+                       const char* argument = "USER") {
   auto verb = addVerb(user, context, name, description, notes, run);
-  verb.command.add_option("NAME", verb.given->name, "The user's name")->required();
+  verb.command.add_option(argument, verb.given->name, "The user's name")->required();
   return verb;
 }
 
@@ -133,7 +134,8 @@ void addUser(CLI::App& app, Context& context) {
   const auto show =
       addForUser(user, context, "show", "Print the fields of a user", SHOW_NOTES, showUser);
   addJson(show.command, show.given->json);
-  const auto add = addForUser(user, context, "add", "Append a user", ADD_NOTES, appendUser);
+  const auto add =
+      addForUser(user, context, "add", "Append a user", ADD_NOTES, appendUser, "NEW-NAME");
   add.command.add_option("FIELD=VALUE", add.given->fields, "Fields of the user and their values");
   const auto change =
       addForUser(user, context, "set", "Change fields of a user", SET_NOTES, changeUser);
@@ -143,7 +145,7 @@ void addUser(CLI::App& app, Context& context) {
       addForUser(user, context, "rename", "Give a user another name", RENAME_NOTES, renameUser);
   rename.command.add_option("NEW-NAME", rename.given->newName, "The new name")->required();
   const auto remove = addVerb(user, context, "del", "Remove users", DEL_NOTES, deleteUsers);
-  remove.command.add_option("NAME", remove.given->names, "The users")->required();
+  remove.command.add_option("USER", remove.given->names, "The users")->required();
   for (const Verb<Given>& verb : {add, change, rename, remove}) {
     addBytes(verb.command, verb.given->bytes);
     addSave(verb.command, verb.given->save);

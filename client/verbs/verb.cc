@@ -1,6 +1,8 @@
 #include "client/verbs/verb.h"
 
+#include <cstdint>
 #include <iostream>
+#include <limits>
 
 #include "text/escape.h"
 
@@ -22,6 +24,10 @@ void addSave(CLI::App& command, SaveOption& save) {
 void addSelection(CLI::App& command, Selection& what) {
   command.add_option("NAME", what.names, "Parameters, groups or users");
   command.add_flag("--all", what.all, "Everything");
+}
+
+CLI::Range revisionNumbers() {
+  return {uint64_t{1}, uint64_t{std::numeric_limits<int64_t>::max()}};
 }
 
 void finish(const ChangeReport& report, const SaveOption& save, bool json, Store& store) {

@@ -43,6 +43,9 @@ void addBytes(CLI::App& command, bool& bytes);
 void addSave(CLI::App& command, SaveOption& save);
 void addSelection(CLI::App& command, Selection& what);
 
+/// What a revision's number may be. A negative one is read as one above them.
+CLI::Range revisionNumbers();
+
 /// Prints what a verb has changed, and before that saves it if that is wanted.
 void finish(const ChangeReport& report, const SaveOption& save, bool json, Store& store);
 

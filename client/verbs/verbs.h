@@ -2,6 +2,9 @@
 // does.
 #pragma once
 
+#include <string>
+#include <vector>
+
 namespace CLI {
 class App;
 }
@@ -34,5 +37,13 @@ void addStatus(CLI::App& app, Context& context);
 void addWatch(CLI::App& app, Context& context);
 void addCheck(CLI::App& app, Context& context);
 void addFmt(CLI::App& app, Context& context);
+
+/// Prints what the last of the words of a command line, which may have begun, could become. It is a
+/// verb for shells, which the help leaves out: it completes what the command line has, so it cannot
+/// be a part of it. The first line tells what follows:
+///   words   what the word could become, one a line; what ends with "=" or "." goes on
+///   files   the word is the next line, which may be empty, and then the path of a file
+/// Throws std::logic_error where the command line has an argument of a kind unknown here.
+void complete(CLI::App& app, Context& context, const std::vector<std::string>& words);
 
 }  // namespace client

@@ -114,6 +114,8 @@ TEST(ClientCommandLine, WrongUsageIsOneLine) {
       {{"show", "a\nb", "c\nd"}, "The following argument was not expected: c\\x0ad"},
       {{"show", "A.B", "C.D=1"}, "The following argument was not expected: C.D"},
       {{"save", "--timeout", "0"}, "--timeout: Value 0 not in range 1 to 86400"},
+      {{"diff", "--revision", "0"}, "--revision: Value 0 not in range 1 to 9223372036854775807"},
+      {{"rollback", "-1"}, "REVISION: Value -1 not in range 1 to 9223372036854775807"},
   };
   for (const auto& row : ROWS) {
     EXPECT_EQ(runClient(row.arguments),

@@ -47,6 +47,7 @@ in_zsh() {
     fpath=($1/share/zsh/vendor-completions)
     autoload -Uz _lparamsctl
     autoload +X _lparamsctl
+    compset() { [[ -z $2 ]] || print "behind $2"; }
     compadd() { [[ $1 != -S ]] || shift 2; shift; (( ! $# )) || print -rl -- "$@"; }
     _files() { print a file; }
     shift
@@ -89,13 +90,17 @@ check_names() {
   offers bash '=TFC_PADDING_OFF TFC_PADDING_ON' set IKE.IKE_PORT=501 IKE.IPSEC_TFC_PADDING=TFC
   offers bash '=PMPAUTH_SIG PMPAUTH_PSK' user set anna PMP_AUTH=
   offers bash '=PMPAUTH_SIG PMPAUTH_PSK' set 'USERS[anna].PMP_AUTH='
-  offers zsh 'a file' --file ''
-  offers bash '=' --file ''
+  offers zsh '=a file' --file ''
+  offers zsh '=behind --file= a file' --file=
+  offers bash "=$place/share/zsh" check "$place/share/z"
+  offers bash "=$place/share/zsh" "--file=$place/share/z"
+  offers bash "=@$place/share/zsh" set "IKE.QCD_SECRET=@$place/share/z"
+  both '=' apply --message ''
 }
 
 echo 'without an agent'
 check_names
-offers bash '=' user show ''
+both '=' user show ''
 
 echo 'with one'
 mkdir -m 700 "$place/state"
@@ -110,4 +115,8 @@ check_names
 both '=anna' user show ''
 both '=USERS USERS[anna]' show USERS
 both '=USERS[anna].PMP_PSK_NAME' get 'USERS[anna].PMP_PSK'
+offers bash '=anna' user show \'an
+lparamsctl save >/dev/null
+both '=2 1' rollback ''
+both '=2 1' diff --revision ''
 exit "$failed"

@@ -23,6 +23,8 @@ TEST_F(Client, DescribeTellsWhatIsKnown) {
   EXPECT_EQ(json::parse(out({"describe", "IKE.IKE_PORT", "--json"}))["IKE.IKE_PORT"]["max"], 65535);
   EXPECT_EQ(ctl({"describe", "NAT_POLICY"}),
             failed(65, "\"NAT_POLICY\" is no group and no parameter; did you mean NATT_POLICY?"));
+  EXPECT_EQ(ctl({"describe", "USERS[alice]"}),
+            failed(65, "\"USERS[alice]\" is no group and no parameter"));
   EXPECT_THAT(ctl({"describe", "USERS[nobody].NAME"}).err, HasSubstr("no such user"));
 }
 
