@@ -53,7 +53,7 @@ Examples:
   lparamsctl restore --check --diff gateway.ini
   lparamsctl restore --save --message 'back to Monday' gateway.ini)~";
 
-struct Given {
+struct ApplyGiven {
   std::vector<std::string> paths;
   ApplyOptions options;
   bool ensureSaved = false;
@@ -81,7 +81,7 @@ std::string summaryOf(const ChangeReport& report, const ApplyOptions& options, b
 }
 
 /// `unsaved`: changes of somebody else were not saved before.
-void print(const ChangeReport& report, const Given& given, bool unsaved, bool saved,
+void print(const ChangeReport& report, const ApplyGiven& given, bool unsaved, bool saved,
            const CatalogueView& catalogue) {
   const std::string summary = summaryOf(report, given.options, saved);
   if (given.json) {
@@ -108,7 +108,7 @@ struct Input {
   std::string text;
 };
 
-std::vector<Input> read(const Given& given) {
+std::vector<Input> read(const ApplyGiven& given) {
   std::vector<Input> inputs;
   for (const std::string& path : given.paths) {
     for (const std::string& file : configurationFiles(path)) {
@@ -122,7 +122,7 @@ std::vector<Input> read(const Given& given) {
   return inputs;
 }
 
-void apply(Context& context, const Given& given) {
+void apply(Context& context, const ApplyGiven& given) {
   ApplyOptions options = given.options;
   options.save = options.save || given.ensureSaved;
   if (!options.message.empty() && !options.save) {
@@ -154,7 +154,7 @@ void apply(Context& context, const Given& given) {
   if (given.detailed && !report.empty()) context.status = programs::EXIT_CHANGED;
 }
 
-void addOptions(CLI::App& command, Given& given) {
+void addOptions(CLI::App& command, ApplyGiven& given) {
   command.add_flag("--check", given.options.check, "Change nothing, only tell");
   command.add_flag("--diff", given.diff, "Print each change");
   command.add_flag("--save", given.options.save, "Save the settings then");

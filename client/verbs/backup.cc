@@ -18,7 +18,7 @@ namespace {
 using bridge::NamedValue;
 using Values = std::vector<NamedValue>;
 
-constexpr const char* NOTES =
+constexpr const char* BACKUP_NOTES =
     R"~(Prints the running settings, all of them: users, what is in the file only, and secrets. They are
 as a save would write them now, in the settings file's own format. "restore" takes them back.
 
@@ -32,7 +32,7 @@ Examples:
   lparamsctl backup gateway.ini
   lparamsctl backup --json | jq .IKE)~";
 
-struct Given {
+struct BackupGiven {
   std::string path;
   bool force = false;
   bool json = false;
@@ -83,7 +83,7 @@ std::string jsonOf(const Values& values, const CatalogueView& catalogue) {
   return printedJson(documentOf({{}, values}, catalogue));
 }
 
-void backup(Context& context, const Given& given) {
+void backup(Context& context, const BackupGiven& given) {
   Store& store = context.store();
   const CatalogueView catalogue(store.schema());
   Values values = store.get({}).values;
@@ -103,7 +103,7 @@ void backup(Context& context, const Given& given) {
 
 void addBackup(CLI::App& app, Context& context) {
   const auto [command, given] =
-      addVerb(app, context, "backup", "Print all settings, secrets too", NOTES, backup);
+      addVerb(app, context, "backup", "Print all settings, secrets too", BACKUP_NOTES, backup);
   command.add_option("FILE", given->path, "Where to write; the standard output if it is left out");
   command.add_flag("--force", given->force, "Replace a file that is there");
   addJson(command, given->json);

@@ -20,7 +20,7 @@ using inspection::Remark;
 using inspection::Severity;
 using Json = nlohmann::ordered_json;
 
-constexpr const char* NOTES =
+constexpr const char* CHECK_NOTES =
     R"~(Prints everything that is wrong with settings files, settings of earlier versions (XML) and
 documents (JSON, or lines GROUP.NAME=VALUE), one line each:
 
@@ -38,7 +38,7 @@ Examples:
   lparamsctl check --json new/*.ini
   lparamsctl check localsettings.xml)~";
 
-struct Given {
+struct CheckGiven {
   std::vector<std::string> files;
   bool json = false;
 };
@@ -105,7 +105,7 @@ class Report {
   programs::ExitStatus status_ = programs::EXIT_OK;
 };
 
-void check(Context& /*context*/, const Given& given) {
+void check(Context& /*context*/, const CheckGiven& given) {
   Report report(given.json);
   for (const std::string& file : given.files) {
     try {
@@ -120,8 +120,8 @@ void check(Context& /*context*/, const Given& given) {
 }  // namespace
 
 void addCheck(CLI::App& app, Context& context) {
-  const auto [command, given] =
-      addVerb(app, context, "check", "Find what is wrong with files of settings", NOTES, check);
+  const auto [command, given] = addVerb(
+      app, context, "check", "Find what is wrong with files of settings", CHECK_NOTES, check);
   command.add_option("FILE", given->files, "The files; - is the standard input")->required();
   addJson(command, given->json);
 }

@@ -8,7 +8,7 @@
 namespace client {
 namespace {
 
-constexpr const char* NOTES =
+constexpr const char* CONFIRM_NOTES =
     R"~(Changes made by "apply --confirm SECONDS" go back when the time is over, in memory and in the
 file, also if the agent ends meanwhile. This lets them stay. The state tells until when there
 is time: "pendingConfirmation" in "lparamsctl status".
@@ -16,11 +16,11 @@ is time: "pendingConfirmation" in "lparamsctl status".
 Example:
   lparamsctl apply --save --confirm 60 gateway.json && lparamsctl confirm)~";
 
-struct Given {
+struct ConfirmGiven {
   bool json = false;
 };
 
-void confirm(Context& context, const Given& given) {
+void confirm(Context& context, const ConfirmGiven& given) {
   (void)context.agent().call(bridge::AgentCommand{"confirm", {}}, "confirming");
   std::cout << (given.json ? printedJson({{"confirmed", true}}) : "confirmed\n");
 }
@@ -28,8 +28,8 @@ void confirm(Context& context, const Given& given) {
 }  // namespace
 
 void addConfirm(CLI::App& app, Context& context) {
-  const auto [command, given] =
-      addVerb(app, context, "confirm", "Let changes stay that would go back", NOTES, confirm);
+  const auto [command, given] = addVerb(
+      app, context, "confirm", "Let changes stay that would go back", CONFIRM_NOTES, confirm);
   addJson(command, given->json);
 }
 

@@ -15,7 +15,7 @@ namespace {
 using bridge::NamedValue;
 using Json = CatalogueView::Json;
 
-constexpr const char* NOTES =
+constexpr const char* DESCRIBE_NOTES =
     R"~(Prints what a parameter means, its value, saved value, default and legal values. If no agent
 can be reached, it is what this program knows, without values. The fields of users are those
 of USERS.
@@ -25,7 +25,7 @@ Examples:
   lparamsctl describe USERS.PMP_AUTH
   lparamsctl describe LOG)~";
 
-struct Given {
+struct DescribeGiven {
   std::string name;
   bool json = false;
 };
@@ -110,7 +110,7 @@ std::string reachableSchema(Store& store, bool& reached) {
   }
 }
 
-void describe(Context& context, const Given& given) {
+void describe(Context& context, const DescribeGiven& given) {
   Store& store = context.store();
   bool reached = false;
   const CatalogueView catalogue(reachableSchema(store, reached));
@@ -131,7 +131,7 @@ void describe(Context& context, const Given& given) {
 
 void addDescribe(CLI::App& app, Context& context) {
   const auto [command, given] =
-      addVerb(app, context, "describe", "Tell what parameters mean", NOTES, describe);
+      addVerb(app, context, "describe", "Tell what parameters mean", DESCRIBE_NOTES, describe);
   command.add_option("NAME", given->name, "A parameter, with or without its group, or a group")
       ->required();
   addJson(command, given->json);

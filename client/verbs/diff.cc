@@ -16,7 +16,7 @@ namespace {
 using bridge::NamedValue;
 using bridge::NamedValues;
 
-constexpr const char* NOTES =
+constexpr const char* DIFF_NOTES =
     R"~(Compares the settings with the saved ones, and prints what differs: the other value, then the
 one that holds. Instead of the saved ones it takes the defaults, a settings file, or a revision of
 the agent's history. Exits with 0 if nothing differs, and with 1 if something does. Secrets are
@@ -28,7 +28,7 @@ Examples:
   lparamsctl diff --revision 12
   lparamsctl diff --file /var/backups/localsettings.ini)~";
 
-struct Given {
+struct DiffGiven {
   bool byDefault = false;
   std::string file;
   uint64_t revision = 0;  ///< 0: none
@@ -85,7 +85,7 @@ std::string lineOf(const NamedValue& value) {
   return changeLine(value, true) + "\n";
 }
 
-ChangeReport compare(Context& context, const Given& given) {
+ChangeReport compare(Context& context, const DiffGiven& given) {
   const NamedValues now = context.store().get({});
   if (given.byDefault) return differences(now, {now, &NamedValue::byDefault}, {}, true);
   if (given.file.empty() && given.revision == 0)
@@ -98,7 +98,7 @@ ChangeReport compare(Context& context, const Given& given) {
   return differences(now, {inFile, &NamedValue::running}, inFile, false);
 }
 
-void diff(Context& context, const Given& given) {
+void diff(Context& context, const DiffGiven& given) {
   const ChangeReport report = compare(context, given);
   if (given.json) {
     print(std::cout, report, Kept::Saved, true, context.store());
@@ -115,7 +115,7 @@ void diff(Context& context, const Given& given) {
 
 void addDiff(CLI::App& app, Context& context) {
   const auto [command, given] =
-      addVerb(app, context, "diff", "Print what differs from the saved settings", NOTES, diff);
+      addVerb(app, context, "diff", "Print what differs from the saved settings", DIFF_NOTES, diff);
   CLI::Option* const byDefault =
       command.add_flag("--default", given->byDefault, "Compare with the defaults");
   command.add_option("--file", given->file, "Compare with a settings file")

@@ -23,7 +23,7 @@ namespace {
 using bridge::NamedValue;
 using bridge::NamedValues;
 
-constexpr const char* NOTES =
+constexpr const char* EDIT_NOTES =
     R"~(Opens a group, a user or everything in $VISUAL or $EDITOR, as lines GROUP.NAME=VALUE with what
 each means. What is wrong comes back as remarks in the text. Then the changes are shown, and
 written if you say so, all or nothing. If somebody has changed the same values meanwhile, you
@@ -34,7 +34,7 @@ Examples:
   lparamsctl edit IKE
   EDITOR=nano lparamsctl edit --save 'USERS[anna]')~";
 
-struct Given {
+struct EditGiven {
   std::string name;
   bool secrets = false;
   bool save = false;
@@ -64,7 +64,7 @@ ByName byName(const NamedValues& values) {
 
 class Editing {
  public:
-  Editing(AgentStore& agent, const Given& given)
+  Editing(AgentStore& agent, const EditGiven& given)
       : agent_(agent),
         given_(given),
         catalogue_(agent.schema()),
@@ -226,7 +226,7 @@ class Editing {
   std::string whereTextIs() const { return "your text is in " + file_.path(); }
 
   AgentStore& agent_;
-  const Given& given_;
+  const EditGiven& given_;
   const CatalogueView catalogue_;
   const NamedValues base_;
   const ByName baseByName_;
@@ -235,7 +235,7 @@ class Editing {
   bool written_ = false;
 };
 
-void edit(Context& context, const Given& given) {
+void edit(Context& context, const EditGiven& given) {
   if (::isatty(STDIN_FILENO) == 0 || ::isatty(STDOUT_FILENO) == 0) {
     throw Failure(programs::EXIT_USAGE,
                   "\"edit\" asks on a terminal, and there is none; \"apply\" takes a document");
@@ -247,7 +247,7 @@ void edit(Context& context, const Given& given) {
 
 void addEdit(CLI::App& app, Context& context) {
   const auto [command, given] =
-      addVerb(app, context, "edit", "Change settings in an editor", NOTES, edit);
+      addVerb(app, context, "edit", "Change settings in an editor", EDIT_NOTES, edit);
   command.add_option("GROUP", given->name, "A group or user; everything if it is left out");
   command.add_flag("--secrets", given->secrets, "Show secrets instead of (hidden)");
   command.add_flag("--save", given->save, "Save the settings then");

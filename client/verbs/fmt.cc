@@ -19,7 +19,7 @@ namespace {
 using checking::Checked;
 using inspection::Remark;
 
-constexpr const char* NOTES =
+constexpr const char* FMT_NOTES =
     R"~(Prints a settings file as a save would write it: all parameters, in their order. Settings of an
 earlier version (XML) are printed as the settings file that their import leads to. The output
 holds the file's secrets.
@@ -32,7 +32,7 @@ Examples:
   lparamsctl fmt --write localsettings.ini
   lparamsctl fmt --check localsettings.ini || echo "not as a save would write it")~";
 
-struct Given {
+struct FmtGiven {
   std::string file;
   bool write = false;
   bool check = false;
@@ -50,7 +50,7 @@ std::string reasons(const std::string& file, const Checked& checked) {
 }
 
 /// The text of the file as a save would write it.
-std::string formatted(const Given& given, const std::string& text) {
+std::string formatted(const FmtGiven& given, const std::string& text) {
   const Checked checked = checking::check(text);
   if (checked.form == Checked::Document || (given.write && checked.form == Checked::Legacy)) {
     throw Failure(programs::EXIT_BAD_FILE, text::escaped(given.file) + " is no settings file");
@@ -66,7 +66,7 @@ std::string formatted(const Given& given, const std::string& text) {
   return std::move(out).str();
 }
 
-void format(Context& /*context*/, const Given& given) {
+void format(Context& /*context*/, const FmtGiven& given) {
   if (given.write && given.file == "-") {
     throw Failure(programs::EXIT_USAGE, "the standard input cannot be written; name a file");
   }
@@ -86,8 +86,8 @@ void format(Context& /*context*/, const Given& given) {
 }  // namespace
 
 void addFmt(CLI::App& app, Context& context) {
-  const auto [command, given] =
-      addVerb(app, context, "fmt", "Print a settings file as a save would write it", NOTES, format);
+  const auto [command, given] = addVerb(
+      app, context, "fmt", "Print a settings file as a save would write it", FMT_NOTES, format);
   command.add_option("FILE", given->file, "The file; - is the standard input")->required();
   auto* const check = command.add_flag("--check", given->check,
                                        "Print nothing; exit with 1 if the file would change");

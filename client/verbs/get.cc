@@ -11,19 +11,19 @@ namespace client {
 
 namespace {
 
-constexpr const char* NOTES =
+constexpr const char* GET_NOTES =
     R"~(Each value is printed in a line of its own as it is, a secret too.
 
 Examples:
   lparamsctl get LOG.LOG_LEVEL
   lparamsctl get IKE.IKE_PORT IKE.NATT_PORT 'USERS[anna].PMP_TIMEOUT')~";
 
-struct Given {
+struct GetGiven {
   std::vector<std::string> names;
   bool json = false;
 };
 
-void get(Context& context, const Given& given) {
+void get(Context& context, const GetGiven& given) {
   Store& store = context.store();
   const bridge::NamedValues found = store.get(given.names);
   if (given.json) {
@@ -49,7 +49,7 @@ void get(Context& context, const Given& given) {
 
 void addGet(CLI::App& app, Context& context) {
   const auto [command, given] =
-      addVerb(app, context, "get", "Print the values of parameters", NOTES, get);
+      addVerb(app, context, "get", "Print the values of parameters", GET_NOTES, get);
   command.add_option("GROUP.NAME", given->names, "The parameters")->required();
   addJson(command, given->json);
 }

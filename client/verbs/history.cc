@@ -16,7 +16,7 @@ using bridge::NamedValue;
 using bridge::Revision;
 using Json = CatalogueView::Json;
 
-constexpr const char* NOTES =
+constexpr const char* HISTORY_NOTES =
     R"~(Prints what was saved, newest first: the number, the time (UTC), the user and the program, the
 message, and what was changed since the revision before. The agent keeps the newest 50, unless
 it is told another number. "rollback" takes settings back to one of them, "diff --revision"
@@ -26,7 +26,7 @@ Examples:
   lparamsctl history
   lparamsctl history --json)~";
 
-struct Given {
+struct HistoryGiven {
   bool json = false;
 };
 
@@ -59,7 +59,7 @@ Changes changesOf(const Revision& revision) {
   return changes;
 }
 
-std::string linesOf(const Revision& revision) {
+std::string historyLines(const Revision& revision) {
   std::string lines = std::to_string(revision.number) + "  " + utc(revision.time) + "  uid " +
                       std::to_string(revision.uid) + ", " + text::escaped(revision.program) + "[" +
                       std::to_string(revision.pid) + "]";
@@ -95,7 +95,7 @@ Json documentOf(const Revision& revision, const CatalogueView& catalogue) {
           {"changesLeftOut", revision.changesLeftOut}};
 }
 
-void history(Context& context, const Given& given) {
+void history(Context& context, const HistoryGiven& given) {
   AgentStore& agent = context.agent();
   std::string leftOut;
   const auto revisions = historyOf(agent, leftOut);
@@ -105,7 +105,7 @@ void history(Context& context, const Given& given) {
     for (const Revision& revision : revisions) all.push_back(documentOf(revision, catalogue));
     std::cout << printedJson(all);
   } else {
-    for (const Revision& revision : revisions) std::cout << linesOf(revision);
+    for (const Revision& revision : revisions) std::cout << historyLines(revision);
   }
   if (!leftOut.empty()) {
     std::cerr << "lparamsctl: warning: " << text::escaped(leftOut) << '\n';
@@ -115,8 +115,8 @@ void history(Context& context, const Given& given) {
 }  // namespace
 
 void addHistory(CLI::App& app, Context& context) {
-  const auto [command, given] =
-      addVerb(app, context, "history", "Print what was saved, by whom and why", NOTES, history);
+  const auto [command, given] = addVerb(
+      app, context, "history", "Print what was saved, by whom and why", HISTORY_NOTES, history);
   addJson(command, given->json);
 }
 

@@ -21,7 +21,7 @@ struct Row {
   const std::string& legal;  // long, and the same for every user
 };
 
-constexpr const char* NOTES =
+constexpr const char* LIST_NOTES =
     R"~(Prints name, value, default, saved value and legal values. A glob is for the full name, for
 the name without its group, or for the group, in any case: "*" stands for any text and "?" for
 any character. Secrets are hidden. With --json the values are one document, with numbers as
@@ -33,7 +33,7 @@ Examples:
   lparamsctl list --unsaved
   lparamsctl list --json)~";
 
-struct Given {
+struct ListGiven {
   std::string glob;       // with "*" and "?", in any case; all if empty
   bool changed = false;   // only what is not at its default
   bool unsaved = false;   // only what is not as saved
@@ -41,7 +41,7 @@ struct Given {
   bool json = false;
 };
 
-bool isListed(const NamedValue& value, const Given& filter, const CatalogueView& catalogue) {
+bool isListed(const NamedValue& value, const ListGiven& filter, const CatalogueView& catalogue) {
   if (!value.running && !value.secret) return false;  // of a user who was removed
   if (filter.changed && value.running == value.byDefault) return false;
   if (filter.unsaved && value.running == value.saved) return false;
@@ -81,7 +81,7 @@ void print(const std::vector<Row>& rows) {
   std::cout << lines;
 }
 
-void list(Context& context, const Given& given) {
+void list(Context& context, const ListGiven& given) {
   Store& store = context.store();
   const CatalogueView catalogue(store.schema());
   bridge::NamedValues found = store.get({});
@@ -111,7 +111,7 @@ void list(Context& context, const Given& given) {
 
 void addList(CLI::App& app, Context& context) {
   const auto [command, given] =
-      addVerb(app, context, "list", "Print parameters beside what they could be", NOTES, list);
+      addVerb(app, context, "list", "Print parameters beside what they could be", LIST_NOTES, list);
   command.add_option("GLOB", given->glob, "Names, with * and ?; all if it is left out");
   command.add_flag("--changed", given->changed, "Only what is not at its default");
   command.add_flag("--unsaved", given->unsaved, "Only what is not as saved");

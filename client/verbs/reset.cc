@@ -7,7 +7,7 @@ namespace {
 
 using bridge::Change;
 
-constexpr const char* NOTES =
+constexpr const char* RESET_NOTES =
     R"~(Takes parameters, whole groups or users, or everything to the defaults. The default of the user
 list is an empty one: "USERS" and --all remove all users; a user by name stays, with the
 fields at their defaults.
@@ -17,7 +17,7 @@ Examples:
   lparamsctl reset LOG 'USERS[anna]'
   lparamsctl reset --all --save)~";
 
-struct Given {
+struct ResetGiven {
   Selection what;
   SaveOption save;
   bool json = false;
@@ -38,7 +38,7 @@ std::vector<Change> stepsToDefaults(const std::vector<bridge::NamedValue>& value
   return steps;
 }
 
-void reset(Context& context, const Given& given) {
+void reset(Context& context, const ResetGiven& given) {
   given.what.require();
   Store& store = context.store();
   const Done done = change(store, [&](const bridge::NamedValues& now) {
@@ -51,7 +51,7 @@ void reset(Context& context, const Given& given) {
 
 void addReset(CLI::App& app, Context& context) {
   const auto [command, given] =
-      addVerb(app, context, "reset", "Take settings to their defaults", NOTES, reset);
+      addVerb(app, context, "reset", "Take settings to their defaults", RESET_NOTES, reset);
   addSelection(command, given->what);
   addSave(command, given->save);
   addJson(command, given->json);

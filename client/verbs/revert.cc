@@ -9,7 +9,7 @@ namespace {
 
 using bridge::Change;
 
-constexpr const char* NOTES =
+constexpr const char* REVERT_NOTES =
     R"~(Takes parameters, whole groups or users, or everything back to the saved values: what the
 agent would load at its next start. Users who were added go, and those who were removed come
 back, at the end of the list.
@@ -19,7 +19,7 @@ Examples:
   lparamsctl revert LOG 'USERS[anna]'
   lparamsctl revert --all)~";
 
-struct Given {
+struct RevertGiven {
   Selection what;
   bool json = false;
 };
@@ -44,7 +44,7 @@ std::vector<Change> stepsBack(const std::vector<bridge::NamedValue>& values,
   return steps;
 }
 
-void revert(Context& context, const Given& given) {
+void revert(Context& context, const RevertGiven& given) {
   given.what.require();
   Store& store = context.store();
   const Done done = change(store, [&](const bridge::NamedValues& now) {
@@ -57,7 +57,7 @@ void revert(Context& context, const Given& given) {
 
 void addRevert(CLI::App& app, Context& context) {
   const auto [command, given] =
-      addVerb(app, context, "revert", "Take settings back to what was saved", NOTES, revert);
+      addVerb(app, context, "revert", "Take settings back to what was saved", REVERT_NOTES, revert);
   addSelection(command, given->what);
   addJson(command, given->json);
 }

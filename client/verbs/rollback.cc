@@ -6,7 +6,7 @@
 namespace client {
 namespace {
 
-constexpr const char* NOTES =
+constexpr const char* ROLLBACK_NOTES =
     R"~(Makes everything what it was in a revision of the history, users in their order, file-only
 parameters and secrets too. What is so already is not written; all is written or nothing. It is
 a change like every other: with --save it is a new revision itself, and the revisions behind
@@ -16,13 +16,13 @@ Examples:
   lparamsctl rollback 12
   lparamsctl rollback 12 --save --message 'the new ports did not work')~";
 
-struct Given {
+struct RollbackGiven {
   uint64_t number = 0;
   SaveOption save;
   bool json = false;
 };
 
-void rollback(Context& context, const Given& given) {
+void rollback(Context& context, const RollbackGiven& given) {
   AgentStore& agent = context.agent();
   const bridge::NamedValues revision = revisionOf(agent, given.number);
   const Done done = change(
@@ -37,8 +37,8 @@ void rollback(Context& context, const Given& given) {
 }  // namespace
 
 void addRollback(CLI::App& app, Context& context) {
-  const auto [command, given] =
-      addVerb(app, context, "rollback", "Take settings back to a revision", NOTES, rollback);
+  const auto [command, given] = addVerb(
+      app, context, "rollback", "Take settings back to a revision", ROLLBACK_NOTES, rollback);
   command.add_option("REVISION", given->number, "Its number in the history")
       ->required()
       ->check(revisionNumbers());

@@ -7,7 +7,7 @@
 namespace client {
 namespace {
 
-constexpr const char* NOTES =
+constexpr const char* SET_NOTES =
     R"~(Everything is checked before anything is written; then all is written, over all groups, or
 nothing. What is so already is not written.
 
@@ -29,7 +29,7 @@ Examples:
   lparamsctl set POLICY.PSK_NAME=@/run/psk-name
   lparamsctl set - < settings.txt)~";
 
-struct Given {
+struct SetGiven {
   std::vector<std::string> assignments;
   std::vector<std::string> asked;
   bool bytes = false;
@@ -37,7 +37,7 @@ struct Given {
   bool json = false;
 };
 
-void set(Context& context, const Given& given) {
+void set(Context& context, const SetGiven& given) {
   if (given.assignments.empty() && given.asked.empty()) {
     throw CLI::RequiredError("GROUP.NAME=VALUE");
   }
@@ -56,7 +56,7 @@ void set(Context& context, const Given& given) {
 }  // namespace
 
 void addSet(CLI::App& app, Context& context) {
-  const auto [command, given] = addVerb(app, context, "set", "Change parameters", NOTES, set);
+  const auto [command, given] = addVerb(app, context, "set", "Change parameters", SET_NOTES, set);
   command.add_option("GROUP.NAME=VALUE", given->assignments, "The parameters and their values");
   command.add_option("--ask", given->asked, "Ask for the value of this one")
       ->type_name("GROUP.NAME")

@@ -14,7 +14,7 @@ namespace {
 
 using nlohmann::json;
 
-constexpr const char* NOTES =
+constexpr const char* STATUS_NOTES =
     R"~(Whether saves are refused (degraded) and why, whether there are unsaved changes (changed),
 the last save and how it failed, the sessions on the bridge, and how many things in the
 settings file were not taken as they stand there (findings). --findings lists these: lines
@@ -30,7 +30,7 @@ Examples:
   lparamsctl status --metrics > /var/lib/node_exporter/lparams.prom.new
   lparamsctl status --json | jq -r .runningHash)~";
 
-struct Given {
+struct StatusGiven {
   bool findings = false;
   bool metrics = false;
   bool json = false;
@@ -108,7 +108,7 @@ void printMetrics(Context& context) {
   }
 }
 
-void status(Context& context, const Given& given) {
+void status(Context& context, const StatusGiven& given) {
   if (given.metrics) return printMetrics(context);
   const json state = stateOf(context.agent());
   if (given.json) {
@@ -122,7 +122,7 @@ void status(Context& context, const Given& given) {
 
 void addStatus(CLI::App& app, Context& context) {
   const auto [command, given] =
-      addVerb(app, context, "status", "Print the agent's state", NOTES, status);
+      addVerb(app, context, "status", "Print the agent's state", STATUS_NOTES, status);
   command.add_flag("--findings", given->findings, "List what was found in the settings file");
   command.add_flag("--metrics", given->metrics, "Print metrics for Prometheus")
       ->excludes("--findings");

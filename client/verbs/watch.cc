@@ -12,7 +12,7 @@
 namespace client {
 namespace {
 
-constexpr const char* NOTES =
+constexpr const char* WATCH_NOTES =
     R"~(Prints, until interrupted, one line for each parameter that somebody changes: when (UTC), its
 name, the value before and the new one, and who it was: the program, its user and its process.
 Lines without a name tell of saves, of requests to write that were refused, of a degradation,
@@ -29,12 +29,12 @@ Examples:
   lparamsctl watch 'USERS[bob]'
   lparamsctl watch --json >> changes.log)~";
 
-struct Given {
+struct WatchGiven {
   std::string glob;  // all if empty
   bool json = false;
 };
 
-void watch(Context& context, const Given& given) {
+void watch(Context& context, const WatchGiven& given) {
   AgentStore& agent = context.agent();
   std::optional<CatalogueView> catalogue;
   if (given.json) catalogue.emplace(agent.schema());
@@ -55,7 +55,7 @@ void watch(Context& context, const Given& given) {
 
 void addWatch(CLI::App& app, Context& context) {
   const auto [command, given] =
-      addVerb(app, context, "watch", "Print changes as they happen", NOTES, watch);
+      addVerb(app, context, "watch", "Print changes as they happen", WATCH_NOTES, watch);
   command.add_option("GLOB", given->glob, "Names, with * and ?; all if it is left out");
   addJson(command, given->json);
 }

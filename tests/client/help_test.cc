@@ -108,7 +108,7 @@ TEST(ClientCommandLine, WrongUsageIsOneLine) {
       {{"get"}, "GROUP.NAME is required"},
       {{"set", "IKE.IKE_PORT=1", "--message", "why"}, "--message requires --save"},
       {{"rollback"}, "REVISION is required"},
-      {{"rollback", "one"}, "Could not convert: REVISION = one"},
+      {{"rollback", "one"}, "REVISION: Value one not in range 1 to 9223372036854775807"},
       {{"set"}, "GROUP.NAME=VALUE is required"},
       {{"show", "--frobnicate"}, "The following argument was not expected: --frobnicate"},
       {{"show", "a\nb", "c\nd"}, "The following argument was not expected: c\\x0ad"},
