@@ -4,9 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <fstream>
-#include <iterator>
 #include <optional>
 #include <stdexcept>
 #include <utility>
@@ -95,8 +93,14 @@ bool holdSame(const Legacy& a, const Legacy& b) {
   if (a.text != b.text || !a.isTooLarge()) return a.text == b.text;
   std::ifstream inA(a.path);
   std::ifstream inB(b.path);
-  using Bytes = std::istreambuf_iterator<char>;
-  return std::equal(Bytes(inA), Bytes(), Bytes(inB), Bytes());
+  std::string chunkA(64 * 1024, '\0');
+  std::string chunkB = chunkA;
+  do {
+    inA.read(chunkA.data(), static_cast<std::streamsize>(chunkA.size()));
+    inB.read(chunkB.data(), static_cast<std::streamsize>(chunkB.size()));
+    if (inA.gcount() != inB.gcount() || chunkA != chunkB) return false;
+  } while (inA && inB);
+  return true;
 }
 
 /// For who imports other settings than these.

@@ -8,9 +8,10 @@
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 namespace host {
 namespace {
@@ -37,7 +38,9 @@ TempDirectory::~TempDirectory() {
 std::string readFile(const std::string& path) {
   std::ifstream file(path);
   if (!file) fail(path);
-  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+  std::ostringstream text;
+  text << file.rdbuf();
+  return std::move(text).str();
 }
 
 void writeFile(const std::string& path, const std::string& text) {

@@ -8,6 +8,7 @@
 
 #include "agent/state/sealed_text.h"
 #include "inspection/settings_completeness.h"
+#include "markup/tree.h"
 #include "tests/agent/state/kept_settings.h"
 #include "tests/agent/state/scratch_directory.h"
 
@@ -283,7 +284,7 @@ TEST_F(LegacyRecovery, WithoutAnOldFileThereIsNothingToDo) {
 
 // The parser refuses it, and the module deletes it.
 TEST_F(LegacyRecovery, ADocumentThatIsTooLargeIsKeptWhole) {
-  const std::string large(inspection::MAX_SETTINGS_SIZE + 1, ' ');
+  const std::string large(markup::MAX_SIZE + 1, ' ');
   directory_.write("localsettings.xml", large);
   EXPECT_TRUE(keepLegacySettings(state_));
   EXPECT_TRUE(directory_.text("localsettings.xml.importing") == large);

@@ -7,10 +7,11 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 #include <stdexcept>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
 namespace agent_testing {
 namespace {
@@ -27,7 +28,9 @@ std::string makeDirectory() {
 
 std::string wholeText(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
+  std::ostringstream text;
+  text << file.rdbuf();
+  return std::move(text).str();
 }
 
 std::vector<std::string> rawNames(const std::string& path) {
