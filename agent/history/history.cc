@@ -134,22 +134,24 @@ uint64_t History::write(const Author& author, const std::string& message,
                         const std::shared_ptr<const std::string>& text) {
   try {
     const uint64_t number = ++lastNumber_;  // used, whatever becomes of the file
-    KeptRevision revision{.head = {.number = number,
-                                   .time = now(),
-                                   .uid = author.uid,
-                                   .pid = author.pid,
-                                   .program = author.program,
-                                   .message = message},
-                          .text = *text};
+    // Member by member: GCC 12 destroys members twice if a nested initializer throws.
+    KeptRevision revision;
+    revision.head.number = number;
+    revision.head.time = now();
+    revision.head.uid = author.uid;
+    revision.head.pid = author.pid;
+    revision.head.program = author.program;
+    revision.head.message = message;
+    revision.text = *text;
     if (newestText_) {
       setChanges(revision.head, editing::changesBetween(*inspection::settingsIn(*newestText_),
                                                         *inspection::settingsIn(*text)));
     }
     const std::string file = encode(revision);
     replaceFileAtomically(pathOf(number), file);
-    newestText_ = text;
     const MutexLock lock(mutex_);
     sizes_[number] = file.size();
+    newestText_ = text;  // not before: without memory for the size there is no such revision
     writeFailure_.clear();
     forgetOld();
     return number;

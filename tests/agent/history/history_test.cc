@@ -12,6 +12,7 @@
 #include <string>
 
 #include "tests/agent/state/scratch_directory.h"
+#include "tests/module/failing_allocation.h"
 
 namespace agent {
 namespace {
@@ -186,6 +187,25 @@ TEST_F(HistoryOf, TellsNoMoreChangesThanItHasRoomFor) {
   EXPECT_TRUE(history_->read(2)->head.changes.empty());
   EXPECT_EQ(history_->read(2)->head.changesLeftOut, 1u);
   EXPECT_EQ(history_->read(2)->text, *with(2 * 1024 * 1024));
+}
+
+// What a later part of a revision fails with must not undo an earlier one twice.
+TEST_F(HistoryOf, OutlivesEachAllocationThatFails) {
+  open();
+  const Author author{1000, 42, "a program with a name that is not short"};
+  const std::string message = "a message that takes memory of its own";
+  int number = 0;
+  for (bool failed = true; failed;) {
+    const auto text = settings(500 + ++number);
+    host::failAllocation(number);
+    (void)history_->saved(author, message, text);
+    failed = host::allocationHasFailed();
+    host::failAllocation(0);
+  }
+  EXPECT_GT(number, 10);
+  EXPECT_EQ(history_->problem(), "");
+  const uint64_t revision = history_->newest();
+  EXPECT_EQ(history_->saved(author, message, settings(1)), revision + 1);
 }
 
 }  // namespace
