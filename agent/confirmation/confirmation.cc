@@ -203,9 +203,11 @@ Confirmation::Plan Confirmation::plan(const bridge::NamedChanges& changes) {
   Catalogue before;
   copyAll(settings_, before);
   const auto expected = editing::changesBetween(before, draft.settings());
-  Plan plan{.refusal = {.result = 1},
-            .before = inspection::textOf(before),
-            .after = inspection::textOf(draft.settings())};
+  // Member by member: GCC 12 destroys members twice if a later initializer throws.
+  Plan plan;
+  plan.refusal.result = 1;
+  plan.before = inspection::textOf(before);
+  plan.after = inspection::textOf(draft.settings());
   for (const std::string* text : {&plan.before, &plan.after}) {
     if (inspection::incompleteBecause(*text).empty()) continue;
     return {.refusal = {0, Reason::IllegalValue,
