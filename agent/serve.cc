@@ -127,11 +127,12 @@ void serve(const Options& options, LPARAMS::Server::Server_t& server, SettingsKe
     if (error) return;
     limitDrain(drainLimit);
     log(Level::Info, "stopping", {{"signal", signal}});
-    status.tell("stopping: commands that have begun are carried out");
-    notifyServiceManager("STOPPING=1");
     if (watchdog) watchdog->stop();
     bridge->stop();
     counting.cancel();
+    // Last: they may find no memory.
+    status.tell("stopping: commands that have begun are carried out");
+    notifyServiceManager("STOPPING=1");
   });
   acceptEndSignals();
   log(Level::Info, "listening", {{"socket", options.socket}});
