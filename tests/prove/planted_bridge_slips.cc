@@ -2,6 +2,8 @@
 //   keep-descriptors  every tenth socket is never closed
 //   keep-memory       each client that comes costs 16 KiB for ever
 //   one-at-a-time     sessions wait for each other when they receive
+//   unchecked-memory  they take memory then, and do not look whether they got it
+//   keep-lock         they take a lock then, and keep it when there is no memory
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -54,7 +56,18 @@ ssize_t recv(int descriptor, void* bytes, size_t size, int flags) {
     const std::lock_guard lock(mutex);
     usleep(WAIT);
   }
-  return next<ssize_t(int, void*, size_t, int)>("recv")(descriptor, bytes, size, flags);
+  const ssize_t received =
+      next<ssize_t(int, void*, size_t, int)>("recv")(descriptor, bytes, size, flags);
+  if (slips("unchecked-memory") || slips("keep-lock")) {
+    static std::mutex mutex;
+    mutex.lock();
+    void* volatile taken = std::malloc(size);
+    if (taken == nullptr && slips("keep-lock")) return -1;
+    std::memset(taken, 1, size);
+    std::free(taken);
+    mutex.unlock();
+  }
+  return received;
 }
 
 }  // extern "C"

@@ -85,7 +85,7 @@ class Store:
         return None if reply.result != 1 else revision_in(reply)
 
     def apply(self, name, value, seconds):
-        """False: other changes wait."""
+        """False: others have written meanwhile, or other changes wait."""
         return self.ask("apply", struct.pack("<IB", seconds, 0) + block(b"") +
                         steps(name, value)).result == 1
 
