@@ -40,7 +40,7 @@ class Walk {
   std::vector<const CLI::App*> verbs() const {
     if (arguments_ > 0) return {};
     const auto any = [](const CLI::App*) { return true; };
-    return std::as_const(*path_.back()).get_subcommands(any);
+    return std::as_const(*path_.front()).get_subcommands(any);
   }
 
   /// The option whose value follows; null if none does.
@@ -48,8 +48,8 @@ class Walk {
 
   /// The option with this name, of the verb or before it.
   const CLI::Option* find(const std::string& name) const {
-    for (auto app = path_.rbegin(); app != path_.rend(); ++app) {
-      const CLI::Option* const option = std::as_const(**app).get_option_no_throw(name);
+    for (CLI::App* const app : path_) {
+      const CLI::Option* const option = std::as_const(*app).get_option_no_throw(name);
       if (option != nullptr && option->nonpositional()) return option;
     }
     return nullptr;
@@ -57,8 +57,9 @@ class Walk {
 
   std::vector<std::string> options() const {
     std::vector<std::string> names;
-    for (auto app = path_.rbegin(); app != path_.rend() && !onlyArguments_; ++app) {
-      for (const CLI::Option* option : std::as_const(**app).get_options()) {
+    if (onlyArguments_) return names;
+    for (CLI::App* const app : path_) {
+      for (const CLI::Option* option : std::as_const(*app).get_options()) {
         for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
       }
     }
@@ -68,7 +69,7 @@ class Walk {
   /// The argument that follows; null if there is none.
   const CLI::Option* argument() const {
     int before = arguments_;
-    for (const CLI::Option* option : std::as_const(*path_.back()).get_options()) {
+    for (const CLI::Option* option : std::as_const(*path_.front()).get_options()) {
       if (!option->get_positional()) continue;
       before -= option->get_items_expected_max();
       if (before < 0) return option;
@@ -81,7 +82,7 @@ class Walk {
 
  private:
   void remember(const std::string& value) {
-    if (std::as_const(*path_.front()).get_option_no_throw(option_) == waiting_) {
+    if (std::as_const(*path_.back()).get_option_no_throw(option_) == waiting_) {
       general_.push_back(option_ + "=" + value);
     }
     waiting_ = nullptr;
@@ -96,15 +97,15 @@ class Walk {
 
   void takeArgument(const std::string& word) {
     const auto isMeant = [&](const CLI::App* verb) { return verb->get_name() == word; };
-    const auto found = path_.back()->get_subcommands(isMeant);
+    const auto found = path_.front()->get_subcommands(isMeant);
     if (arguments_ == 0 && !found.empty()) {
-      path_.push_back(found.front());
+      path_.insert(path_.begin(), found.front());
     } else {
       ++arguments_;
     }
   }
 
-  std::vector<CLI::App*> path_;  // the command line, the verb, and perhaps one of its verbs
+  std::vector<CLI::App*> path_;  // the innermost verb first, the command line last
   int arguments_ = 0;            // of the last one
   bool onlyArguments_ = false;   // "--" was there
   std::string option_;
