@@ -206,7 +206,7 @@ void tryOnce(std::string_view input) {
   auto requests = readRequests(bytes);
 #ifdef PLANTED
   for (Request& request : requests) {
-    if (request.flags == 3) request.kind = Request::Malformed;
+    if (request.flags == 2) request.kind = Request::Malformed;
   }
 #endif
   const auto replies = readReplies(std::string_view(received).substr(8));
