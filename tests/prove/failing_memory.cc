@@ -59,15 +59,17 @@ bool fails() {
   return true;
 }
 
+int32_t sizeOf(void* memory) { return static_cast<int32_t>(malloc_usable_size(memory)); }
+
 void* counted(void* memory) {
   Shortage* const now = shortage();
-  if (now != nullptr && memory != nullptr) now->live += malloc_usable_size(memory);
+  if (now != nullptr && memory != nullptr) now->live += sizeOf(memory);
   return memory;
 }
 
 void uncounted(void* memory) {
   Shortage* const now = shortage();
-  if (now != nullptr && memory != nullptr) now->live -= malloc_usable_size(memory);
+  if (now != nullptr && memory != nullptr) now->live -= sizeOf(memory);
 }
 
 }  // namespace
