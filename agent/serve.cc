@@ -2,12 +2,10 @@
 
 #include <asio/io_context.hpp>
 #include <asio/signal_set.hpp>
-#include <asio/steady_timer.hpp>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <exception>
-#include <functional>
 #include <new>
 #include <optional>
 #include <stop_token>
@@ -16,7 +14,6 @@
 #include "agent/agent_commands.h"
 #include "agent/base/end_signals.h"
 #include "agent/base/exit_status.h"
-#include "agent/base/handler_memory.h"
 #include "agent/base/log.h"
 #include "agent/base/stop_wait.h"
 #include "agent/bridge/authorisation.h"
@@ -29,6 +26,7 @@
 #include "agent/service_status.h"
 #include "agent/settings_locks.h"
 #include "agent/status.h"
+#include "agent/ticker.h"
 #include "agent/watchdog.h"
 #include "editing/record_check.h"
 
@@ -38,20 +36,6 @@ namespace {
 constexpr std::chrono::seconds DRAIN_LIMIT{15};  // for commands that run when the agent is stopped
 
 constexpr std::chrono::seconds COUNTING_TIME{1};  // between the sums of what the log leaves out
-
-/// Has the log tell once a second what it has left out, and the manager what there is to see, until
-/// the timer is cancelled. `tellStatus` outlives the timer.
-void tellEverySecond(asio::steady_timer& timer, const HandlerMemory& memory,
-                     const std::function<void()>& tellStatus) {
-  timer.expires_after(COUNTING_TIME);
-  timer.async_wait(
-      inMemory(memory, [&timer, memory, &tellStatus](const asio::error_code& cancelled) {
-        if (cancelled) return;
-        logLeftOut(LeftOut::Due);
-        tellEverySecond(timer, memory, tellStatus);
-        tellStatus();  // last: it may find no memory
-      }));
-}
 
 /// Ends the process unless it is asked to stop within the limit.
 void enforceDrainLimit(const std::stop_token& stop) {
@@ -115,12 +99,13 @@ void serve(const Options& options, LPARAMS::Server::Server_t& server, SettingsKe
     watchdog.emplace(
         io, [&] { passEveryLock(server); }, *interval, [] { notifyServiceManager("WATCHDOG=1"); });
   }
-  asio::steady_timer counting(io);
   ServiceStatus status;
-  const std::function<void()> tellStatus = [&] {
-    status.tell(serviceStatus(options.socket, keeper.state()));
-  };
-  tellEverySecond(counting, HandlerMemory(), tellStatus);
+  const auto tellStatus = [&] { status.tell(serviceStatus(options.socket, keeper.state())); };
+  // What the log leaves out, and what there is for the manager to see.
+  Ticker ticker(io, COUNTING_TIME, [&] {
+    logLeftOut(LeftOut::Due);
+    tellStatus();
+  });
   asio::signal_set signals(io, SIGTERM, SIGINT);
   if (endsWithTerminal()) signals.add(SIGHUP);
   signals.async_wait([&](const asio::error_code& error, int signal) {
@@ -129,7 +114,7 @@ void serve(const Options& options, LPARAMS::Server::Server_t& server, SettingsKe
     log(Level::Info, "stopping", {{"signal", signal}});
     if (watchdog) watchdog->stop();
     bridge->stop();
-    counting.cancel();
+    ticker.stop();
     // Last: they may find no memory.
     status.tell("stopping: commands that have begun are carried out");
     notifyServiceManager("STOPPING=1");
