@@ -59,7 +59,9 @@ void makePrivate(const std::string& path) {
   if (file < 0) return;
   struct stat status {};
   if (::fstat(file, &status) == 0 && S_ISREG(status.st_mode)) {
-    if (status.st_uid != ::geteuid()) (void)::fchown(file, ::geteuid(), ::getegid());
+    if (status.st_uid != ::geteuid()) {
+      [[maybe_unused]] const int refused = ::fchown(file, ::geteuid(), ::getegid());
+    }
     if ((status.st_mode & 07777) != 0600) (void)::fchmod(file, 0600);
   }
   (void)::close(file);
