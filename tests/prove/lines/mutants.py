@@ -17,10 +17,15 @@ WANTED_SHARE = 0.95
 
 
 def read_explained():
-    """The keys of slips that no test can notice, and why."""
+    """What is known of slips that no test notices: the keys of those that change nothing, and of the
+    others, each with the reason."""
+    known = {"same": {}, "unseen": {}}
     with open(os.path.join(MUTANTS, "explained.txt"), encoding="utf-8") as file:
-        lines = [line.strip() for line in file]
-    return dict(line.split(" ", 1) for line in lines if line and not line.startswith("#"))
+        for line in file:
+            if line.strip() and not line.startswith("#"):
+                key, kind, why = line.strip().split(" ", 2)
+                known[kind][key] = why
+    return known["same"], known["unseen"]
 
 
 def make_bench(context):
@@ -45,8 +50,8 @@ class Mutants(Line):
 
     def run(self, context):
         bench = make_bench(context)
-        explained = read_explained()
-        stock = slips.stock(context.root)
+        same, unseen = read_explained()
+        stock = [slip for slip in slips.stock(context.root) if slip.key not in same]
         waiting = slips.sample(stock, len(stock), context.random)
         wanted = len(stock) if context.all else SAMPLE
         killed, survivors, no_slips = 0, [], 0
@@ -64,7 +69,7 @@ class Mutants(Line):
                 killed += 1
             context.say(f"{killed + len(survivors)} of {wanted}: {slip}: {verdict.outcome} "
                         f"{verdict.by}".rstrip())
-        unexplained = [slip for slip in survivors if slip.key not in explained]
+        unexplained = [slip for slip in survivors if slip.key not in unseen]
         tried = killed + len(survivors)
         share = killed / tried if tried else 0
         return Outcome(
@@ -72,7 +77,7 @@ class Mutants(Line):
             f"{killed} of {tried} noticed ({share:.0%}), of {len(stock)} that there are; "
             f"{len(survivors) - len(unexplained)} of the others explained",
             {"stock": len(stock), "tried": tried, "noticed": killed, "no slips": no_slips,
-             "survivors": {slip.key: explained.get(slip.key, "not explained")
+             "survivors": {slip.key: unseen.get(slip.key, "not explained")
                            for slip in survivors}},
             tuple(f"no test notices {slip}" for slip in unexplained))
 

@@ -129,6 +129,12 @@ def is_call(statement):
     return depth == 0
 
 
+def independent(first, second):
+    """Whether two assignments are to different things that the other one does not look at."""
+    targets = [ASSIGNMENT.match(one) and one.split(" ")[0] for one in (first, second)]
+    return all(targets) and targets[0] not in second and targets[1] not in first
+
+
 def find(path, text):
     """All slips of a file, as (kind, begin, end, replacement)."""
     mask = masked(text)
@@ -155,7 +161,7 @@ def find(path, text):
         pair = mask[first.begin:first.end], mask[second.begin:second.end]
         movable = all(is_call(one) or (ASSIGNMENT.match(one) and not NO_CALL.match(one))
                       for one in pair)
-        if movable and mask[first.end:second.begin].isspace():
+        if movable and not independent(*pair) and mask[first.end:second.begin].isspace():
             between = text[first.end:second.begin]
             yield (SWAPPED_ORDER, first.begin, second.end,
                    text[second.begin:second.end] + between + text[first.begin:first.end])

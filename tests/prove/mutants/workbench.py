@@ -78,7 +78,7 @@ class Workbench:
 
     def test(self, directory, left_out, limit):
         status, output = self.run(
-            ["ctest", "--test-dir", os.path.join(self.build_directory, directory), "-j3",
+            ["ctest", "--test-dir", os.path.join(self.build_directory, directory), "-j6",
              "--stop-on-failure", "--timeout", "60", "-E", left_out], limit)
         if status == 0:
             return Verdict(SURVIVED)
