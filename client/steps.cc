@@ -102,8 +102,10 @@ class Steps {
     if (!wanted_.exactOrder) return;
     // A user can only be appended: all go that do not stand where they shall.
     const auto [out, unused] = std::ranges::mismatch(rest, wanted_.users);
-    renewed_.insert(out, rest.end());
-    for (auto user = out; user != rest.end(); ++user) add({Change::RemoveUser, *user});
+    for (auto user = out; user != rest.end(); ++user) {
+      renewed_.insert(*user);
+      add({Change::RemoveUser, *user});
+    }
   }
 
   void addUsers() {

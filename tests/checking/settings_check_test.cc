@@ -179,6 +179,14 @@ TEST(SettingsCheck, OfAHostileFileIsBounded) {
   EXPECT_EQ(checked.leftOut, 8u);  // the groups are missing too
 }
 
+TEST(SettingsCheck, ListsAHundredThousandThings) {
+  std::string lines;
+  for (int i = 0; i < 100'007; ++i) lines += "FOO=1\n";
+  const Checked checked = check(edited("        IKE_PORT", lines + "        IKE_PORT"));
+  EXPECT_EQ(checked.remarks.size(), 100'000u);
+  EXPECT_EQ(checked.leftOut, 7u);
+}
+
 TEST(SettingsCheck, WarnsOfASizeThatNoWriteMayReach) {
   std::string users;
   for (int i = 0; i < 140; ++i) {
