@@ -25,6 +25,10 @@ TEST_F(KeptCopies, ATextIsKeptOnceOfAKind) {
   EXPECT_THAT(directory_.names(), SizeIs(3));
 }
 
+TEST_F(KeptCopies, AreNoneWhereThereIsNoDirectory) {
+  EXPECT_NO_THROW(forgetOldCopies(directory_.at("missing/file")));
+}
+
 TEST_F(KeptCopies, TheNewestTwentyOfAKindStay) {
   const auto name = [](const char* kind, int day) {
     return std::string("file.") + kind + "-202611" + (day < 10 ? "0" : "") + std::to_string(day) +

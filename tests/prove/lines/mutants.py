@@ -1,5 +1,6 @@
 """Slips of a programmer, made by a tool, that the tests have to notice."""
 
+import dataclasses
 import os
 import subprocess
 import sys
@@ -83,17 +84,23 @@ class Mutants(Line):
 
     def controls(self, context):
         bench = make_bench(context)
-        path = "agent/state/durable_file.cc"
-        with open(os.path.join(bench.tree, path), encoding="utf-8") as file:
-            text = file.read()
-        begin = text.index("//")
-        comment = slips.Slip(path, "none", begin, begin + 2, "//", "// ", 0)
-        sync = next(slip for slip in slips.slips_of(path, text)
-                    if slip.kind == slips.DROPPED_SYNC)
-        return [self.control(bench, "a slip that is none survives", comment, workbench.SURVIVED),
-                self.control(bench, "a sync that is left out is noticed", sync, workbench.KILLED)]
+        sync = self.first(bench, "agent/state/durable_file.cc", slips.DROPPED_SYNC)
+        lock = self.first(bench, "agent/events/events.cc", slips.DROPPED_LOCK)
+        comment = dataclasses.replace(sync, begin=0, end=0, before="", after="//\n")
+        return [self.control(bench, *one) for one in (
+            ("a comment more survives", comment, workbench.SURVIVED, ""),
+            ("a sync that is left out is noticed", sync, workbench.KILLED, ""),
+            ("a lock that is left out is noticed without a test", lock, workbench.KILLED,
+             workbench.ANALYSIS))]
 
     @staticmethod
-    def control(bench, name, slip, wanted):
+    def first(bench, path, kind):
+        with open(os.path.join(bench.tree, path), encoding="utf-8") as file:
+            return next(slip for slip in slips.slips_of(path, file.read()) if slip.kind == kind)
+
+    @staticmethod
+    def control(bench, name, slip, wanted, by):
+        """`by`: who has to notice, if that matters."""
         verdict = bench.try_slip(slip)
-        return Control(name, verdict.outcome == wanted, f"{verdict.outcome} {verdict.by}".rstrip())
+        return Control(name, verdict.outcome == wanted and verdict.by.startswith(by),
+                       f"{verdict.outcome} {verdict.by}".rstrip())
