@@ -56,6 +56,7 @@ Inspector::Inspector(std::string_view text, Catalogue& settings, size_t maxUsers
 bool Inspector::load() {
   told_ = std::min(text_.find(KEY_MARK, beginOfHead()), text_.size() - 1) + 1;
   WatchedGroup watched(settings_, *this);
+  // cppcheck-suppress danglingLifetime ; the blocks are of no use after the load
   blocks_.push_back({settings_, {}, lines_.placeOf(beginOfHead()), &watched.members});
   const bool loaded = readSettings(settings_, source_, *this);
   if (loaded) followToEnd();

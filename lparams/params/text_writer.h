@@ -19,6 +19,7 @@ namespace LPARAMS::Server {
 class Digits {
  public:
   template <std::integral T>
+  // cppcheck-suppress uninitMemberVar ; what is in front of the end is written here
   explicit Digits(T value) : end_(std::to_chars(std::begin(bytes_), std::end(bytes_), value).ptr) {}
 
   Digits(const Digits&) = delete;

@@ -11,27 +11,30 @@
 
 namespace LPARAMS::Server {
 
+/// The parameter, constant or not, as of the class that its type identifier leads to.
+template <typename Class, typename AnyParam>
+auto& downCast(AnyParam& param) {
+  return static_cast<std::conditional_t<std::is_const_v<AnyParam>, const Class, Class>&>(param);
+}
+
 /// Calls the visitor with the parameter, constant or not, as what it is, and returns what it
 /// returns. Throws std::logic_error for a class that no row of the catalogue has. The identifier is
 /// trusted, because an agent has no type information of the module's objects.
 template <typename AnyParam, typename Visitor>
 auto visit(AnyParam& param, Visitor&& visitor) {
-  const auto as = [&]<typename Class>(std::type_identity<Class>) -> auto& {
-    return static_cast<std::conditional_t<std::is_const_v<AnyParam>, const Class, Class>&>(param);
-  };
   switch (param.getTypeId()) {
     case TYPE_BOOL:
-      return visitor(as(std::type_identity<BoolParam>()));
+      return visitor(downCast<BoolParam>(param));
     case TYPE_USHORT:
-      return visitor(as(std::type_identity<PortParam>()));
+      return visitor(downCast<PortParam>(param));
     case TYPE_UINT:
-      return visitor(as(std::type_identity<UIntParam>()));
+      return visitor(downCast<UIntParam>(param));
     case TYPE_INT:
-      return visitor(as(std::type_identity<EnumParam>()));
+      return visitor(downCast<EnumParam>(param));
     case TYPE_STRING:
-      return visitor(as(std::type_identity<StStParam>()));
+      return visitor(downCast<StStParam>(param));
     case TYPE_SECRET:
-      return visitor(as(std::type_identity<QcdSParam>()));
+      return visitor(downCast<QcdSParam>(param));
     default:
       throw std::logic_error(std::string("no class for the type of ") + param.name);
   }
