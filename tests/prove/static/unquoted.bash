@@ -1,0 +1,3 @@
+# shellcheck shell=bash
+file=$1
+rm $file
