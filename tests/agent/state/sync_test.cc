@@ -6,22 +6,22 @@
 #include "agent/state/durable_file.h"
 #include "tests/agent/state/kept_settings.h"
 #include "tests/agent/state/rename_hook.h"
-#include "tests/agent/state/sync_record.h"
+#include "tests/support/sync_record.h"
 
 namespace agent {
 namespace {
 
 using agent_testing::HookedRename;
-using agent_testing::recordSyncs;
-using agent_testing::syncs;
 using testing::ElementsAre;
+using testing_support::recordSyncs;
+using testing_support::syncs;
 
 class Sync : public testing::Test {
  protected:
   const agent_testing::ScratchDirectory directory_;
   const std::string place_ = std::filesystem::path(directory_.path).filename();
   const HookedRename hooked_{[](const std::string& from, const std::string& to) {
-    agent_testing::note("rename to " + std::filesystem::path(to).filename().string());
+    testing_support::note("rename to " + std::filesystem::path(to).filename().string());
     return agent_testing::renameReally(from, to);
   }};
 };

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-namespace agent_testing {
+namespace testing_support {
 
 /// Starts the record anew. REQUIRES: no other thread syncs meanwhile.
 void recordSyncs();
@@ -15,4 +15,4 @@ std::vector<std::string> syncs();
 /// Adds a line of the test's own to the record.
 void note(const std::string& what);
 
-}  // namespace agent_testing
+}  // namespace testing_support

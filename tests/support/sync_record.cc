@@ -1,11 +1,11 @@
-#include "tests/agent/state/sync_record.h"
+#include "tests/support/sync_record.h"
 
 #include <dlfcn.h>
 
 #include <filesystem>
 #include <utility>
 
-namespace agent_testing {
+namespace testing_support {
 namespace {
 
 bool g_recording = false;
@@ -27,12 +27,12 @@ void note(const std::string& what) {
   if (g_recording) g_record.push_back(what);
 }
 
-}  // namespace agent_testing
+}  // namespace testing_support
 
 // Found before the one of the library: the executable exports it.
 extern "C" __attribute__((visibility("default"))) int fsync(int file) {
   namespace fs = std::filesystem;
-  agent_testing::note(fs::read_symlink("/proc/self/fd/" + std::to_string(file)).filename());
+  testing_support::note(fs::read_symlink("/proc/self/fd/" + std::to_string(file)).filename());
   static const auto next = reinterpret_cast<int (*)(int)>(::dlsym(RTLD_NEXT, "fsync"));
   return next(file);
 }
