@@ -3,6 +3,8 @@
 #include <sstream>
 #include <utility>
 
+#include "inspection/loading.h"
+
 namespace inspection {
 
 using LPARAMS::Server::Catalogue;
@@ -17,6 +19,7 @@ std::shared_ptr<Catalogue> settingsIn(const std::string& text) {
   auto settings = std::make_shared<Catalogue>();
   // Behind the head of the root's block, with which the text begins.
   std::istringstream body(text.substr(text.find('=') + 1));
+  const Loading loading(nullptr);
   (void)settings->load(body);
   return settings;
 }

@@ -11,7 +11,8 @@ namespace inspection {
 /// The text as a save writes it.
 std::string textOf(LPARAMS::Server::ParamGroup& settings);
 
-/// What a load of the text gives; its reports go nowhere. REQUIRES: a text that a start would take.
+/// What a load of the text gives; its reports go nowhere. Thread-safe. REQUIRES: a text that a
+/// start would take.
 std::shared_ptr<LPARAMS::Server::Catalogue> settingsIn(const std::string& text);
 
 }  // namespace inspection
