@@ -107,8 +107,8 @@ void write(const Place* held, const Place& taken) {
   std::array<char, 512> path;
   (void)::snprintf(path.data(), path.size(), "%s/%d", directory, static_cast<int>(::getpid()));
   // By the system's own calls: a test may have put its own in the place of the library's.
-  const long file = ::syscall(SYS_openat, AT_FDCWD, path.data(),
-                              O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
+  const long file =
+      ::syscall(SYS_openat, AT_FDCWD, path.data(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
   if (file < 0) return;
   (void)::syscall(SYS_write, file, line.data(), static_cast<size_t>(at - line.data()));
   (void)::syscall(SYS_close, file);
