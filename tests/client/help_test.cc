@@ -95,6 +95,39 @@ TEST(ClientCommandLine, ExamplesAreLegal) {
   }
 }
 
+TEST(ClientCommandLine, WhatPrintsTakesJson) {
+  const std::vector<std::vector<std::string>> verbs = {
+      {"confirm"},
+      {"apply", SOURCE_DIR "/examples/localsettings.ini"},
+      {"check", SOURCE_DIR "/examples/localsettings.ini"},
+      {"describe", "IKE.IKE_PORT"},
+      {"diff"},
+      {"get", "IKE"},
+      {"history"},
+      {"list"},
+      {"reset", "IKE"},
+      {"revert", "IKE"},
+      {"rollback", "12"},
+      {"save"},
+      {"set", "IKE.IKE_PORT=500"},
+      {"show"},
+      {"status"},
+      {"user", "list"},
+      {"user", "show", "anna"},
+      {"user", "add", "anna"},
+      {"user", "set", "anna", "PMP_TIMEOUT=20"},
+      {"user", "rename", "anna", "berta"},
+      {"user", "del", "anna"},
+      {"watch"},
+  };
+  for (std::vector<std::string> arguments : verbs) {
+    arguments.insert(arguments.begin(), {"--socket", "/nonexistent"});
+    arguments.push_back("--json");
+    const Outcome outcome = runClient(arguments);
+    EXPECT_THAT(outcome.exitCode, testing::AnyOf(0, 69)) << arguments[2] << ": " << outcome.err;
+  }
+}
+
 TEST(ClientCommandLine, WrongUsageIsOneLine) {
   const struct {
     std::vector<std::string> arguments;
