@@ -155,6 +155,10 @@ std::optional<std::string> readShadowCopy(const StateDirectory& directory) {
   return std::move(text.text);
 }
 
+std::string shadowCopyDamage(const StateDirectory& directory) {
+  return examineShadowCopy(directory.shadowCopy()).damage;
+}
+
 std::optional<size_t> keepLegacySettings(const StateDirectory& directory) {
   const Legacy interrupted(directory.importing());
   const Legacy own(directory.legacy());

@@ -33,6 +33,10 @@ StartingPoint prepareStart(const StateDirectory& directory, bool allowDefaults);
 /// there is one that cannot be read: that is not the same as none.
 std::optional<std::string> readShadowCopy(const StateDirectory& directory);
 
+/// Why the shadow copy is not as it was written; empty if it is, or if there is none. Throws as
+/// readShadowCopy() does.
+std::string shadowCopyDamage(const StateDirectory& directory);
+
 /// Keeps the settings of earlier versions while the module imports and deletes them. Brings back
 /// those of an import that was cut short. Returns how many bytes will be imported, or nothing if
 /// there are no such settings. REQUIRES: it is a first start.

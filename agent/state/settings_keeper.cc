@@ -93,6 +93,10 @@ void SettingsKeeper::compareWithLastSave(const std::string& found, std::string& 
   std::optional<std::string> saved;
   try {
     saved = readShadowCopy(directory_);
+    if (const std::string damage = shadowCopyDamage(directory_); !damage.empty()) {
+      log(Level::Warning, "the shadow copy is damaged",
+          {{"file", directory_.shadowCopy()}, {"damage", damage}});
+    }
   } catch (const std::system_error& error) {
     unread_ = error.what();
     if (reports > 0 && degradedReason.empty()) {

@@ -335,6 +335,29 @@ TEST_F(Keeper, ABrokenShadowCopyIsMadeAnewAndIsNoReasonToDoubtTheFile) {
   EXPECT_EQ(agent_testing::shadowCopyOf(directory_), withPort("5x1"));
 }
 
+TEST_F(Keeper, AStartSaysThatTheShadowCopyIsDamaged) {
+  const std::string whole = sealed(exampleSettings());
+  std::string inText = whole;
+  inText[200] = '~';
+  std::string inSeal = whole;
+  inSeal[whole.rfind('#')] = '"';  // so that there seems to be none
+  for (const auto& [found, damage] : {std::pair(whole, ""),
+                                      {exampleSettings(), ""},
+                                      {inText, "its checksum does not fit"},
+                                      {inSeal, "text follows the end of its root block"}}) {
+    directory_.write(SETTINGS, exampleSettings());
+    directory_.write(SHADOW_COPY, found);
+    testing::internal::CaptureStderr();
+    { const KeptSettings settings(directory_); }
+    const std::string said = testing::internal::GetCapturedStderr();
+    EXPECT_EQ(agent_testing::shadowCopyOf(directory_), exampleSettings());
+    const std::string words =
+        "warning: the shadow copy is damaged file=" + directory_.at(SHADOW_COPY) + " damage=\"" +
+        damage + "\"\n";
+    EXPECT_EQ(said.find(words) != said.npos, *damage != '\0') << said << damage;
+  }
+}
+
 /// No byte can be written to a file while this lives.
 class FullDisk {
  public:
