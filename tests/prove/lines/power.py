@@ -23,7 +23,7 @@ class Power(Line):
     TRIED = ("the agent is killed, and the power cut, at every call of load and save; disks with ext4 "
              "and ext2 lose their power while it writes and saves")
     WANTED = "0 lost"
-    MINUTES = 6
+    MINUTES = 4
     BUILDS = {"release-32": crash_runs.TARGETS}
     SHORT = True
 
