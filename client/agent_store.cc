@@ -19,7 +19,6 @@ ExitStatus statusOf(Reason reason) {
   switch (reason) {
     case Reason::NotAuthorised:
       return programs::EXIT_NOT_AUTHORISED;
-    case Reason::IllegalValue:
     case Reason::MalformedInput:
       return programs::EXIT_ILLEGAL;
     case Reason::SaveRefused:

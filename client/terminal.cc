@@ -71,11 +71,6 @@ std::string Terminal::askHidden(const std::string& question) {
   return readLine(silence.signals());
 }
 
-std::string Terminal::ask(const std::string& question) {
-  write(question);
-  return readLine(-1);
-}
-
 void Terminal::write(const std::string& text) const {
   for (std::string_view rest = text; !rest.empty();) {
     const ssize_t written = ::write(terminal_, rest.data(), rest.size());

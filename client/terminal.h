@@ -16,9 +16,6 @@ class Terminal {
   /// Asks for a line that is not to be seen. Throws Failure at the end of the input.
   std::string askHidden(const std::string& question);
 
-  /// Asks for a line. Throws Failure at the end of the input.
-  std::string ask(const std::string& question);
-
  private:
   void write(const std::string& text) const;
   /// Ends also when `signals`, unless it is -1, can be read from.
