@@ -51,6 +51,9 @@ TEST(NoticeReport, HasALineForEachChange) {
       line("UPDATE.SCHEDULE: \"\" -> \"a b\""));
   EXPECT_EQ(linesOf(writeOf("USERS", {{NoticedChange::UserOrder, {.name = "USERS"}}}), ""),
             line("USERS: has another order"));
+  EXPECT_EQ(
+      linesOf(writeOf("USERS", {{static_cast<NoticedChange::Kind>(77), {.name = "USERS"}}}), ""),
+      line("USERS: changed in a way that this program does not know"));
 }
 
 TEST(NoticeReport, HasWhatTheGlobAsksForOnly) {

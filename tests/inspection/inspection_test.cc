@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -82,6 +83,15 @@ Lines findingsIn(const std::string& text) {
 std::string edited(const std::string& from, const std::string& to) {
   std::string text = agent_testing::exampleSettings();
   return text.replace(text.find(from), from.size(), to);
+}
+
+TEST(Inspection, HasWordsForEachKindOfFinding) {
+  std::set<std::string> words;
+  for (int kind = 0; kind <= Finding::NotReadBack; ++kind) {
+    words.emplace(inWords(static_cast<Finding::Kind>(kind)));
+  }
+  EXPECT_EQ(words.size(), Finding::NotReadBack + 1U) << "each has its own";
+  EXPECT_FALSE(words.contains("?"));
 }
 
 TEST(Inspection, FindsNothingInAFileAsItIsSaved) {

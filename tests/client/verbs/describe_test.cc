@@ -20,6 +20,9 @@ TEST_F(Client, DescribeTellsWhatIsKnown) {
   const std::string both = out({"describe", "PMP_TIMEOUT"});
   EXPECT_THAT(both, HasSubstr("POLICY.PMP_TIMEOUT\n"));
   EXPECT_THAT(both, HasSubstr("USERS.PMP_TIMEOUT\n"));
+  EXPECT_THAT(out({"describe", "IKE1_FRAGM_ENABLED"}), HasSubstr("  kind:    flag\n"));
+  EXPECT_THAT(out({"describe", "QCD_SECRET"}), HasSubstr("  kind:    secret\n"));
+  EXPECT_THAT(out({"describe", "UPDATE.SCHEDULE"}), HasSubstr("  kind:    text\n"));
   EXPECT_EQ(json::parse(out({"describe", "IKE.IKE_PORT", "--json"}))["IKE.IKE_PORT"]["max"], 65535);
   EXPECT_EQ(ctl({"describe", "NAT_POLICY"}),
             failed(65, "\"NAT_POLICY\" is no group and no parameter; did you mean NATT_POLICY?"));

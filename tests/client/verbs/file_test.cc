@@ -67,6 +67,11 @@ TEST_F(OnAFile, AMistakeWritesNothing) {
             failed(65,
                    "IKE.NATT_PORT: \"0\" is not a whole number from 1 to 65535\n"
                    "nothing was written"));
+  EXPECT_EQ(on({"set", "IKE.IKE_PORT=501", "IKE.NATT_PORT=0", "LOG.WALL_ON"}),
+            failed(64,
+                   "an assignment has no \"=\"; write NAME=VALUE\n"
+                   "IKE.NATT_PORT: \"0\" is not a whole number from 1 to 65535\n"
+                   "nothing was written"));
   EXPECT_EQ(host::readFile(path), sourceFile("examples/localsettings.ini"));
 }
 
