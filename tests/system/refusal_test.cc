@@ -109,6 +109,7 @@ TEST_F(Refusal, OfASocketThatAnotherAgentUses) {
   const BridgeClient client = connect();
   const std::string otherState = directory.path + "other";
   std::filesystem::create_directory(otherState);
+  std::filesystem::permissions(otherState, std::filesystem::perms::owner_all);
   AgentProcess other(directory.path + "other-", arguments({{"--state-dir", otherState}}));
   EXPECT_EQ(other.exitStatus(), UNAVAILABLE);
   EXPECT_NE(
