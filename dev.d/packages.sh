@@ -13,7 +13,7 @@ clean_root_packages=(systemd systemd-sysv dbus man-db bash-completion lib32stdc+
   g++-multilib pkg-config ansible-core python3-cffi-backend)
 # What it looks at the pages with.
 browser_packages=(chromium chromium-driver python3-selenium)
-prove_packages=(clang clang-tidy cppcheck e2fsprogs libclang-rt-14-dev lld mount shellcheck)
+prove_packages=(clang clang-tidy cppcheck e2fsprogs libclang-rt-14-dev lld llvm mount shellcheck)
 style_packages=(clang-format python3 shellcheck)
 tidy_packages=(clang-tidy)
 bench_packages=(python3 pkg-config util-linux libbenchmark-dev libglib2.0-dev nlohmann-json3-dev
