@@ -90,6 +90,7 @@ TEST_F(HistoryOf, GoesOnWithItsNumbers) {
 }
 
 TEST_F(HistoryOf, IsBoundedInBytes) {
+  EXPECT_EQ(History::MAX_SIZE, 33'554'432u);
   const uint64_t one = settings(500)->size() * 2;
   (void)open(50, 3 * one);
   for (int port = 1; port <= 8; ++port) (void)save(port);
