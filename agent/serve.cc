@@ -110,6 +110,8 @@ void serve(const Options& options, LPARAMS::Server::Server_t& server, SettingsKe
   if (endsWithTerminal()) signals.add(SIGHUP);
   signals.async_wait([&](const asio::error_code& error, int signal) {
     if (error) return;
+    // Another one would end the process before it has saved. The thread that is started holds them.
+    holdEndSignals();
     limitDrain(drainLimit);
     log(Level::Info, "stopping", {{"signal", signal}});
     if (watchdog) watchdog->stop();
@@ -125,7 +127,6 @@ void serve(const Options& options, LPARAMS::Server::Server_t& server, SettingsKe
   notifyServiceManager("READY=1");
 
   run(io);
-  holdEndSignals();  // another one would end the process before it has saved
   logLeftOut(LeftOut::All);
 }
 

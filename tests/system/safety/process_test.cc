@@ -350,6 +350,23 @@ TEST_F(AgentProcess, EndsNoLessWellIfItIsAskedAgain) {
   EXPECT_FALSE(std::filesystem::exists(socket_));
 }
 
+// A thread that takes one when nobody handles it any more ends the process before it has saved. The
+// session's is not there any more by then.
+TEST_F(AgentProcess, OnlySessionsTakeEndSignalsOnceItIsAskedToEnd) {
+  startHeld();
+  const auto client = beginSave();
+  agent_->send(SIGTERM);
+  EXPECT_TRUE(logTells("info: stopping signal=15\n"));
+  int taking = 0;
+  for (const auto& thread : std::filesystem::directory_iterator(inProc("task"))) {
+    const auto blocked = numberIn(thread.path() / "status", "SigBlk", 16);
+    taking += (blocked & (1ULL << (SIGTERM - 1))) == 0 ? 1 : 0;
+  }
+  EXPECT_EQ(taking, 1);
+  heldSync_->letItEnd();
+  EXPECT_EQ(agent_->wait(), 0) << log();
+}
+
 TEST_F(AgentProcess, OutlivesTheTerminalIfThatIsWanted) {
   start({}, {.inChild = [] { (void)std::signal(SIGHUP, SIG_IGN); }});
   agent_->send(SIGHUP);
