@@ -7,7 +7,7 @@ cd "$(dirname "$0")/../.."
 apart='bench bench/peers examples/embed tools'
 # Tests of more than one folder: the module as it is loaded, and the agent and its client as they
 # run. What all tests use is in support/, what breaks the product on purpose in prove/.
-across='tests/module tests/system tests/system/safety tests/support tests/prove tests/prove/coverage tests/prove/fuzz tests/prove/locks tests/prove/rot tests/prove/static'
+across='tests/module tests/system tests/system/safety tests/support tests/prove tests/prove/coverage tests/prove/fuzz tests/prove/locks tests/prove/rot tests/prove/static tests/prove/races'
 
 mapfile -t layers < <(grep -oP '^  \[\K[^]]+(?=\]=)' tests/lint/layers.sh)
 
