@@ -57,7 +57,10 @@ WantedDocument::WantedDocument(std::string name, documents::Document document,
 /// What fits no kind of value is left to the agent to refuse; but it takes every text.
 void WantedDocument::spell(Value& value, const CatalogueView& catalogue) {
   const Json* const param = catalogue.find(value.name);
-  if (param == nullptr) return;
+  if (param == nullptr) {
+    if (value.kind == Value::Kept) value.kind = Value::Text;  // there is nothing to be kept
+    return;
+  }
   const int type = param->at("type").get<int>();
   if (value.kind == Value::Text) {
     const bool isHidden = type == TYPE_SECRET && value.text == HIDDEN;
