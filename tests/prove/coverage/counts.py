@@ -5,7 +5,7 @@ import os
 from typing import NamedTuple
 
 # Beside the flags of the preset; the counts are in a file that is mapped, and outlive any end.
-FLAGS = ["-std=c++20", "-fprofile-instr-generate", "-fcoverage-mapping",
+FLAGS = ["-std=c++20", "-fprofile-instr-generate", "-fprofile-update=atomic", "-fcoverage-mapping",
          "-mllvm", "-runtime-counter-relocation"]
 COUNTS = "%m%c.profraw"  # a file for each program and library, which all its processes share
 ELF = b"\x7fELF"
