@@ -40,11 +40,16 @@ class Connection::Stream {
 
   Stream(const std::string& path, std::chrono::seconds timeout)
       : agent_("the agent at " + text::escaped(absolute(path))), timeout_(timeout) {
+    asio::error_code error;
     try {
-      socket_.connect(path);
-    } catch (const std::system_error& error) {
-      throw Failure(programs::EXIT_UNAVAILABLE,
-                    "cannot reach " + agent_ + ": " + error.code().message());
+      do {
+        (void)socket_.connect(path, error);  // interrupted, nothing has begun
+      } while (error == asio::error::interrupted);
+    } catch (const std::system_error& unusable) {
+      error = unusable.code();
+    }
+    if (error) {
+      throw Failure(programs::EXIT_UNAVAILABLE, "cannot reach " + agent_ + ": " + error.message());
     }
   }
 
