@@ -207,6 +207,7 @@ std::string SettingsKeeper::refusal(bool force) {
            HOW_TO_FORCE;
   }
   const auto found = readFile(directory_.settings(), inspection::MAX_SETTINGS_SIZE + 1);
+  if (found && found == inDoubt_) onDisk_ = found;
   if (found != onDisk_) {
     std::string failure = refuseForeignChange(found, force);
     if (!failure.empty()) return failure;
@@ -284,7 +285,6 @@ bool SettingsKeeper::saveDurably() {
   }
   try {
     const std::string written = snapshot();
-    onDisk_ = written;  // holds if the file cannot be read now: nobody else has changed it
     onDisk_ = readFile(directory_.settings(), inspection::MAX_SETTINGS_SIZE + 1);
     if (onDisk_ != written) {
       throw std::runtime_error(directory_.settings() + " does not hold what was written to it");
@@ -303,12 +303,21 @@ bool SettingsKeeper::saveDurably() {
 /// Has the module write the file, of settings that no start would refuse. Returns what it returns.
 bool SettingsKeeper::replaceSettings(const std::string& text, std::string& report) {
   const MutexLock turn(writeTurn_);
-  if (const std::string now = currentText(); now != text) {
+  std::string now = currentText();
+  if (now != text) {
     refuseUnreadable(now);
     review(now);
   }
   if (onDisk_ != text) forgetSnapshot();  // it may hold them, and the file does not
-  return server_.save(&report);
+  try {
+    if (!server_.save(&report)) return false;
+  } catch (...) {
+    inDoubt_ = std::move(now);  // the module may have run out of memory behind the rename
+    throw;
+  }
+  // Needs no memory. Holds if the file cannot be read now: nobody else has changed it.
+  onDisk_ = std::move(now);
+  return true;
 }
 
 /// Tells what a start would find in the text that is to be saved. REQUIRES: the write turn.

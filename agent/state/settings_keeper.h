@@ -107,10 +107,11 @@ class SettingsKeeper {
 
   WriteTurn writeTurn_;
 
-  Mutex saving_;                                           // taken first
-  std::optional<std::string> onDisk_ GUARDED_BY(saving_);  // the file, as the agent left it
-  bool asFound_ GUARDED_BY(saving_) = false;               // it says what the settings do not hold
-  bool importFailed_ GUARDED_BY(saving_) = false;          // of settings of earlier versions
+  Mutex saving_;                                            // taken first
+  std::optional<std::string> onDisk_ GUARDED_BY(saving_);   // the file, as the agent left it
+  std::optional<std::string> inDoubt_ GUARDED_BY(saving_);  // what may be in it by a failed save
+  bool asFound_ GUARDED_BY(saving_) = false;                // it says what the settings do not hold
+  bool importFailed_ GUARDED_BY(saving_) = false;           // of settings of earlier versions
   std::string unread_ GUARDED_BY(saving_);  // why what was saved last cannot be read, if so
   std::optional<std::string> foreign_ GUARDED_BY(saving_);  // the last change by somebody else,
   std::string foreignKept_ GUARDED_BY(saving_);             // and the name of its copy

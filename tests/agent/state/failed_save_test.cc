@@ -7,10 +7,12 @@
 #include <cerrno>
 #include <csignal>
 #include <future>
+#include <new>
 #include <thread>
 
 #include "tests/agent/state/kept_settings.h"
 #include "tests/agent/state/rename_hook.h"
+#include "tests/module/failing_allocation.h"
 
 namespace agent {
 namespace {
@@ -52,6 +54,32 @@ class FailedSave : public testing::Test {
   const agent_testing::ScratchDirectory directory_;
   std::optional<KeptSettings> settings_;
 };
+
+// The file may be written already when the memory for the rest of the save is missing.
+TEST_F(FailedSave, ByEachAllocationInTurn) {
+  unsigned short port = 501;
+  for (int number = 1; number < 100'000; ++number) {
+    host::failAllocation(number);
+    std::string failure;
+    try {
+      failure = settings_->keeper().save(false);
+    } catch (const std::bad_alloc&) {
+      failure = "no memory";
+    }
+    const bool failed = host::allocationHasFailed();
+    host::failAllocation(0);
+    ASSERT_EQ(settings_->keeper().save(false), "") << "after allocation " << number;
+    ASSERT_EQ(directory_.text(SETTINGS), exampleSettings(port));
+    if (!failed) {
+      EXPECT_EQ(failure, "");
+      EXPECT_GT(number, 100);
+      return;
+    }
+    port = static_cast<unsigned short>(501 + number % 100);
+    settings_->setPort(port);
+  }
+  FAIL() << "a save that never ends";
+}
 
 TEST_F(FailedSave, BeforeTheShadowCopy) {
   const std::string temporary = directory_.at("localsettings.ini.good.new");

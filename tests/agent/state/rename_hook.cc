@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <utility>
 
+#include "tests/module/failing_allocation.h"
+
 namespace agent_testing {
 namespace {
 
@@ -31,5 +33,6 @@ HookedRename::~HookedRename() { currentHook() = nullptr; }
 extern "C" __attribute__((visibility("default"))) int rename(const char* from,
                                                              const char* to) noexcept {
   using namespace agent_testing;
+  const host::OwnAllocations own;
   return currentHook() ? currentHook()(from, to) : renameReally(from, to);
 }
