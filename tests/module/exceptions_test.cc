@@ -1,14 +1,17 @@
 // What leaves the module when something is wrong: the text of a command that is too short, as a
-// `const char*`, and nothing else.
+// `const char*`, std::bad_alloc when there is no memory, and nothing else.
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <functional>
+#include <iostream>
+#include <new>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "tests/module/failing_allocation.h"
 #include "tests/module/loaded_module.h"
 #include "tests/module/scripted_document.h"
 #include "tests/support/readable_bytes.h"
@@ -26,6 +29,8 @@ std::string thrownBy(const std::function<void()>& call) {
     call();
   } catch (const char* text) {
     return std::string("const char* ") + text;
+  } catch (const std::bad_alloc&) {
+    return "std::bad_alloc";
   } catch (const std::exception& error) {
     return std::string("std::exception ") + error.what();
   } catch (...) {
@@ -158,6 +163,101 @@ TEST_F(Exceptions, OfASaveThereAreNone) {
   ASSERT_EQ(mkdir(settingsPath.c_str(), 0700), 0);
   ASSERT_EQ(mkdir((settingsPath + "/inner").c_str(), 0700), 0);
   expectFailure();
+}
+
+class ExceptionsWithoutMemory : public Exceptions {
+ protected:
+  /// Lets each allocation of the call fail in turn, until none does. `after` is called with what
+  /// was thrown.
+  void tryEach(const std::string& what, const std::function<void()>& call,
+               const std::function<void(const std::string& thrown)>& after) {
+    constexpr int MORE_THAN_ANY_CALL_MAKES = 20'000;
+    std::string thrown;
+    thrown.reserve(1000);
+    for (int number = 1; number < MORE_THAN_ANY_CALL_MAKES; ++number) {
+      SCOPED_TRACE(what + ", allocation " + std::to_string(number));
+      failAllocation(number);
+      thrown = thrownBy(call);
+      const bool failed = allocationHasFailed();
+      failAllocation(0);
+      EXPECT_TRUE(thrown == NOTHING || thrown == "std::bad_alloc") << thrown;
+      after(thrown);
+      if (failed) continue;
+      EXPECT_EQ(thrown, NOTHING);
+      std::cout << what << ": " << number - 1 << " allocations failed\n";
+      return;
+    }
+    FAIL() << what << " needs more memory each time";
+  }
+};
+
+TEST_F(ExceptionsWithoutMemory, OfCommands) {
+  (void)module.addUser();
+  for (const char* group : {"IKE", "LOG", "UPDATE", "POLICY", "ADMIN", "USERS"}) {
+    const std::string name = framed(group);
+    const std::string record = execute(READ_GROUP, name).output;
+    const std::string request = framed(group, record);
+    std::string out;
+    BridgeSession session;
+    int result = 0;
+    const auto command = [&](long number, const std::string& input) {
+      return [&, number, input] {
+        out.clear();
+        result = platform().listener->ExecCommand(session, number, input, out);
+      };
+    };
+    tryEach(std::string("read ") + group, command(READ_GROUP, name), [&](const auto& thrown) {
+      if (thrown == NOTHING) {
+        EXPECT_EQ(inQuotes(out), inQuotes(record));
+      }
+    });
+    tryEach(std::string("write ") + group, command(WRITE_GROUP, request), [&](const auto&) {
+      // No lock is held, and the next one is whole.
+      EXPECT_EQ(execute(WRITE_GROUP, request).result, 1);
+      EXPECT_EQ(inQuotes(execute(READ_GROUP, name).output), inQuotes(record));
+    });
+  }
+}
+
+TEST_F(ExceptionsWithoutMemory, OfALoadASaveAndTheComparison) {
+  (void)module.addUser();
+  std::string error;
+  ASSERT_TRUE(root().save(&error)) << error;
+  const std::string text = readFile(settingsPath);
+  const std::string admin = framed("ADMIN");
+  const std::string record = execute(READ_GROUP, admin).output;
+  bool result = false;
+
+  tryEach(
+      "isChanged", [&] { result = root().isChanged(); }, [](const auto&) {});
+
+  std::string changed = record;
+  ++changed[0];
+  ASSERT_EQ(execute(WRITE_GROUP, framed("ADMIN", changed)).result, 1);
+  tryEach(
+      "save",
+      [&] {
+        error.clear();
+        result = root().save(&error);
+      },
+      [&](const std::string& thrown) {
+        if (thrown == NOTHING) {
+          EXPECT_TRUE(result || !error.empty());
+        }
+        const std::string now = readFile(settingsPath);
+        EXPECT_TRUE(now.starts_with("/ROOT=") && now.ends_with("end=\n"));
+        ++changed[0];  // something to save for the next one
+        ASSERT_EQ(execute(WRITE_GROUP, framed("ADMIN", changed)).result, 1);
+        ASSERT_TRUE(root().isChanged());
+      });
+
+  writeFile(settingsPath, text);
+  tryEach(
+      "load", [&] { result = root().load(&log); },
+      [&](const std::string&) {
+        ASSERT_TRUE(root().load(&log));  // no lock is held
+        EXPECT_EQ(inQuotes(execute(READ_GROUP, admin).output), inQuotes(record));
+      });
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // Loaded before a program's libraries: lets allocations fail, as a page of memory says that the
 // file MEMORY_SHORTAGE holds and that its starter shares.
 #include <fcntl.h>
+#include <grp.h>
 #include <malloc.h>
 #include <sys/mman.h>
 #include <unistd.h>
@@ -9,6 +10,8 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstdlib>
+
+#include "tests/prove/slip.h"
 
 extern "C" {
 // The C library's own, which do not come back here; GNU C Library, malloc/malloc.c.
@@ -45,9 +48,13 @@ Shortage* shortage() {
   return found;
 }
 
+/// The C library looks for a group: when it has no memory to find out where, it crashes
+/// (nss/nss_database.c).
+constinit thread_local bool looksForGroup = false;
+
 bool fails() {
   Shortage* const now = shortage();
-  if (now == nullptr) return false;
+  if (now == nullptr || looksForGroup) return false;
   int32_t left = now->left;
   do {
     if (left == 0) return false;
@@ -100,6 +107,14 @@ int posix_memalign(void** memory, size_t alignment, size_t size) {
   void* const made = memalign(alignment, size);
   if (made != nullptr) *memory = made;
   return made == nullptr ? ENOMEM : 0;
+}
+
+int getgrnam_r(const char* name, group* entry, char* buffer, size_t size, group** found) {
+  looksForGroup = true;
+  const int result = prove::next<int(const char*, group*, char*, size_t, group**)>("getgrnam_r")(
+      name, entry, buffer, size, found);
+  looksForGroup = false;
+  return result;
 }
 
 void free(void* memory) {

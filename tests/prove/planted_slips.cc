@@ -1,7 +1,9 @@
-// Loaded before the agent's libraries: gives it the slip that the variable SLIP names, for the
-// proof that a line finds it.
+// Loaded before the libraries of agent or client: gives it the slip that the variable SLIP names,
+// for the proof that a line finds it.
 //   no-sync    fsync() of a file does nothing; of a directory it does
 //   deaf       a write that fails is taken for one that did not
+//   short-write  a write of a part is taken for one of all
+//   deaf-output  output that cannot be written is taken for written
 //   no-copies  files with a time in their names, which are copies, are gone as soon as they are
 //   made
 #include <sys/stat.h>
@@ -37,6 +39,7 @@ int fsync(int file) { return slips("no-sync") && isFile(file) ? 0 : next<int(int
 
 ssize_t write(int file, const void* bytes, size_t size) {
   const ssize_t written = next<ssize_t(int, const void*, size_t)>("write")(file, bytes, size);
+  if (written > 0 && slips("short-write")) return static_cast<ssize_t>(size);
   const bool diskFails = written < 0 && (errno == ENOSPC || errno == EIO);
   return diskFails && slips("deaf") ? static_cast<ssize_t>(size) : written;
 }
@@ -47,6 +50,11 @@ ssize_t writev(int file, const iovec* parts, int count) {
   size_t size = 0;
   for (int i = 0; i < count; ++i) size += parts[i].iov_len;
   return static_cast<ssize_t>(size);
+}
+
+int fflush(FILE* stream) {
+  const int result = next<int(FILE*)>("fflush")(stream);
+  return slips("deaf-output") ? 0 : result;
 }
 
 int rename(const char* from, const char* to) noexcept {

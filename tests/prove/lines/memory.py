@@ -1,6 +1,7 @@
 """Memory that runs out."""
 
 import os
+import re
 import sys
 
 from line import Control, Line, Outcome
@@ -11,35 +12,50 @@ sys.path.insert(0, os.path.join(FOLDER, "shortage"))
 import trials  # noqa: E402
 
 TARGETS = ("lparams_agent", "lparams_server", "lparamsctl", "failing_memory")
-FEW = 2  # allocations of each kind
-MANY = 20  # of the client: of some it knows nothing but to end
-PER_SECOND = 0.7  # allocations of each kind for each second
-MORE_THAN_THE_END_MAKES = 200
+MODULE_TEST = "tests/module/module_test"
+COMMANDS, START, RECOVERY, END, CLIENT = 0.45, 0.2, 0.15, 0.1, 0.1  # of the time
+CONTROL_SECONDS = 20
 
 
 class Memory(Line):
     NAME = "memory"
-    TRIED = ("every n-th allocation fails once, then for good: start, each command in a session, the "
-             "end, the client's apply")
+    TRIED = ("every n-th allocation fails once, then for good: start, recovery, each command in a "
+             "session, saves, the end, the client's apply; once in each call of the module")
     WANTED = ("no crash, no leak, no lock left held, an acknowledged save survives, an error in "
-              "words")
+              "words; the module throws std::bad_alloc and nothing else")
     MINUTES = 5
-    BUILDS = {"release-32": TARGETS}
+    BUILDS = {"release-32": TARGETS + ("module_test",)}
     SHORT = True
 
     def run(self, context):
         made = trials.Trials(context.build("release-32", *TARGETS), context)
-        most = FEW if context.short else max(50, int(PER_SECOND * context.seconds))
+        seconds = 0 if context.short else context.seconds
         try:
-            made.commands(most)
-            made.starts(most)
-            made.ends(MORE_THAN_THE_END_MAKES)
-            made.client(max(most, MANY))
+            made.commands(COMMANDS * seconds)
+            made.starts(trials.START, START * seconds)
+            made.starts(trials.RECOVERY, RECOVERY * seconds)
+            made.ends(END * seconds)
+            made.client(CLIENT * seconds)
         finally:
             made.close()
-        return Outcome(not made.finds, f"{sum(made.counts.values())} allocations, of each kind at "
-                       f"most {most} tried: {len(made.finds)} finds", made.counts,
-                       tuple(f"{find} (seed {context.seed})" for find in made.finds))
+        if not context.short:  # it is among the tests
+            self.module(context, made)
+        phases = [f"{what} {tried} of {count}" for what, (tried, count) in made.counts.items()]
+        context.say("allocations that failed: " + ", ".join(phases))
+        tried, count = (sum(numbers) for numbers in zip(*made.counts.values()))
+        return Outcome(not made.finds, f"{tried} of {count} allocations: {len(made.finds)} finds",
+                       made.counts, tuple(f"{find} (seed {context.seed})" for find in made.finds))
+
+    def module(self, context, made):
+        """Every allocation of every call of the module, in a process of its test's."""
+        build = context.build("release-32", "module_test", "lparams_server")
+        done = context.run([os.path.join(build, MODULE_TEST),
+                            "--gtest_filter=ExceptionsWithoutMemory.*"])
+        counted = re.findall(r"^(.+): (\d+) allocations failed$", done.stdout, re.M)
+        total = sum(int(count) for _, count in counted)
+        made.counts["the module's calls"] = [total, total]
+        if done.returncode != 0 or not total:
+            made.finds.append(f"the module: {done.stdout[-2000:]}")
 
     def controls(self, context):
         build = context.build("release-32", *TARGETS, "slips")
@@ -52,7 +68,7 @@ class Memory(Line):
         made = trials.Trials(build, context, os.path.join(build, "tests/slips.so"), {"SLIP": slip})
         made.enough = 1
         try:
-            made.commands(MANY)
+            made.commands(CONTROL_SECONDS)
         finally:
             made.close()
         named = [find for find in made.finds if word in find]

@@ -20,6 +20,8 @@ TERMINATED = re.compile(r"terminate called after throwing an instance of '.*bad_
 ABORTED = -6
 MOST_GROWTH = 16384  # bytes of a command over all of its trials: the history may grow
 ENOUGH = 20
+START, RECOVERY = "start", "recovery"
+FEW = 2  # allocations of each kind
 PATIENCE = 10  # seconds
 DYING = 2  # seconds
 NAME = "IKE.EXCHANGE_TIMEOUT"
@@ -99,16 +101,21 @@ class Trials:
         how = "for good" if for_good else "once"
         self.finds.append(f"{what}, allocation {number} fails {how}: {text}")
 
-    def chosen(self, what, count, most):
-        """Of so many allocations those that are tried, all over the whole."""
-        self.counts[what] = count
-        if count <= most:
-            return range(1, count + 1)
-        return sorted(self.context.random.sample(range(1, count + 1), most))
+    def chosen(self, what, count, seconds):
+        """Of so many allocations those that are tried, all over the whole, until the time is over; a
+        few in any case."""
+        totals = self.counts.setdefault(what, [0, 0])
+        totals[1] += count
+        end = time.monotonic() + seconds
+        for tried, number in enumerate(self.context.random.sample(range(1, count + 1), count)):
+            if tried >= FEW and time.monotonic() > end:
+                return
+            totals[0] += 1
+            yield number
 
     # Commands
 
-    def commands(self, most):
+    def commands(self, seconds):
         self.renew()
         agent = self.start()
         try:
@@ -120,12 +127,12 @@ class Trials:
             for what in requests(record, 0):
                 if len(self.finds) >= self.enough:
                     return
-                agent = self.command(agent, what, record, most)
+                agent = self.command(agent, what, record, seconds / len(requests(record, 0)))
                 self.context.say_some(f"{what}: {self.counts[what]} allocations")
         finally:
             agent.kill()
 
-    def command(self, agent, what, record, most):
+    def command(self, agent, what, record, seconds):
         """Returns the agent, or another one in its place."""
         for number in range(3):
             self.asked(agent, what, record, 1000 + number, None, False)
@@ -134,7 +141,7 @@ class Trials:
         count = self.memory.counted()
         before = self.memory.live()
         for for_good in (False, True):
-            for number in self.chosen(what, count, most):
+            for number in self.chosen(what, count, seconds / 2):
                 said = self.asked(agent, what, record, number, number, for_good)
                 wrong = self.judged(agent, what, said)
                 if wrong:
@@ -204,8 +211,8 @@ class Trials:
                     return "a save was acknowledged, and is not in the file"
                 if acknowledged and unsealed(files[SHADOW_COPY]) != files[SETTINGS]:
                     return "a save was acknowledged, and is not in the shadow copy"
-                if client.save().result != 1:
-                    return "no save afterwards"
+                if (again := client.save()).result != 1:
+                    return f"no save afterwards: {again.text}"
             client.close()
             return ""
         except (OSError, Hung) as error:
@@ -223,9 +230,9 @@ class Trials:
 
     # From the start to the end
 
-    def starts(self, most):
-        """The load of the module and of the settings, until the agent listens."""
-        self.renew()
+    def starts(self, what, seconds):
+        """`what`: START, or RECOVERY, from the shadow copy. Until the agent listens."""
+        self.prepare(what)
         self.memory.count()
         agent = self.start()
         agent.listening()
@@ -233,9 +240,17 @@ class Trials:
         expected = self.values(agent)
         agent.kill()
         for for_good in (False, True):
-            for number in self.chosen("start", count, most):
-                self.context.say_some(f"start: allocation {number} of {count}")
-                self.started(number, for_good, expected)
+            for number in self.chosen(what, count, seconds / 2):
+                self.context.say_some(f"{what}: allocation {number} of {count}")
+                self.started(what, number, for_good, expected)
+
+    def prepare(self, what):
+        self.renew()
+        if what == RECOVERY:
+            with open(os.path.join(self.state, SETTINGS), "wb") as file:
+                file.write(self.settings[:len(self.settings) // 2])
+            with open(os.path.join(self.state, SHADOW_COPY), "wb") as file:
+                file.write(self.settings)
 
     def values(self, agent):
         client = agent.connect()
@@ -252,8 +267,8 @@ class Trials:
             agent.wait()
             return None
 
-    def started(self, number, for_good, expected):
-        self.renew()
+    def started(self, what, number, for_good, expected):
+        self.prepare(what)
         self.memory.begin(number, for_good)
         agent = self.start()
         try:
@@ -263,51 +278,53 @@ class Trials:
             if served:
                 values, degraded = served
                 if values != expected[0] and not degraded:
-                    self.find("start", number, for_good, "other settings, and not as degraded")
+                    self.find(what, number, for_good, "other settings, and not as degraded")
             else:
                 status = agent.wait()
                 said = agent.said()
                 in_words = ": error: " in said and status in EXIT_STATUSES
                 if not in_words and not (status == ABORTED and TERMINATED.search(said)):
-                    self.find("start", number, for_good, f"it ended with {status}: {said}")
+                    self.find(what, number, for_good, f"it ended with {status}: {said}")
         except (OSError, Hung) as error:
-            self.find("start", number, for_good, f"not served: {error!r} {agent.said()}")
+            self.find(what, number, for_good, f"not served: {error!r} {agent.said()}")
         finally:
             self.memory.end()
             agent.kill()
         again = self.start(disturbed=False)
         try:
             if not again.listening() or self.values(again) != expected:
-                self.find("start", number, for_good, f"lost afterwards: {again.said()}")
+                self.find(what, number, for_good, f"lost afterwards: {again.said()}")
         finally:
             again.kill()
 
-    def ends(self, most):
+    def ends(self, seconds):
         """The end of an agent."""
+        agent = self.start()
+        agent.listening()
+        self.memory.count()
+        agent.process.terminate()
+        agent.wait()
+        count = self.memory.counted()
+        agent.kill()
         for for_good in (False, True):
-            for number in range(1, most + 1):
+            for number in self.chosen("end", count, seconds / 2):
                 agent = self.start()
                 agent.listening()
                 self.memory.begin(number, for_good)
                 agent.process.terminate()
                 try:
                     status = agent.wait()
-                    failed = self.memory.end()
                     if status != 0 and not (status in EXIT_STATUSES and ": error: " in agent.said()):
                         self.find("end", number, for_good, f"{status}: {agent.said()}")
                 except Hung as error:
                     self.find("end", number, for_good, f"it does not end: {error}")
-                    failed = 1
                 finally:
                     self.memory.end()
                     agent.kill()
-                if not failed:
-                    self.counts["end"] = number - 1
-                    break
 
     # The client
 
-    def client(self, most):
+    def client(self, seconds):
         """`lparamsctl apply` with the shortage at the client's."""
         self.renew()
         agent = self.start(disturbed=False)
@@ -317,7 +334,7 @@ class Trials:
             for for_good in (False, True):
                 self.memory.count()
                 self.applied(agent, document, 11)
-                for number in self.chosen("lparamsctl apply", self.memory.counted(), most):
+                for number in self.chosen("lparamsctl apply", self.memory.counted(), seconds / 2):
                     self.context.say_some(f"lparamsctl apply: allocation {number}")
                     self.memory.begin(number, for_good)
                     ended = self.applied(agent, document, 12 + number % 500)
