@@ -317,6 +317,7 @@ bool SettingsKeeper::replaceSettings(const std::string& text, std::string& repor
   }
   // Needs no memory. Holds if the file cannot be read now: nobody else has changed it.
   onDisk_ = std::move(now);
+  inDoubt_.reset();
   return true;
 }
 
