@@ -189,11 +189,17 @@ TEST_F(Apply, JsonTellsWhetherSomethingWasUnsavedBefore) {
 
 TEST_F(Apply, WhatIsNullOrHiddenStays) {
   setLines({"IKE.QCD_SECRET=s3cret", "IKE.IKE_PORT=501"});
-  (void)apply("{\"IKE\": {\"QCD_SECRET\": null, \"IKE_PORT\": null, \"NO\": null}}",
-              {"--exclusive"});
+  (void)apply("{\"IKE\": {\"QCD_SECRET\": null, \"IKE_PORT\": null}}", {"--exclusive"});
   EXPECT_EQ(out({"get", "IKE.QCD_SECRET", "IKE.IKE_PORT"}), "s3cret\n501\n");
   (void)apply("IKE.QCD_SECRET=(hidden)\n", {"--exclusive"});
   EXPECT_EQ(out({"get", "IKE.QCD_SECRET", "IKE.IKE_PORT"}), "s3cret\n500\n");
+}
+
+TEST_F(Apply, AnUnknownNameIsRefusedWithNullToo) {
+  const auto refused = apply("{\"IKE\": {\"IKE_PORT\": 501, \"NO\": null}}");
+  EXPECT_EQ(refused.exitCode, 65);
+  EXPECT_THAT(refused.err, testing::HasSubstr("IKE.NO: no such parameter"));
+  EXPECT_EQ(out({"get", "IKE.IKE_PORT"}), "500\n");
 }
 
 TEST_F(Apply, SecretsAreHidden) {
