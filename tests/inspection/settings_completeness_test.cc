@@ -14,13 +14,13 @@ const std::string SMALLEST = "/ROOT=\nend=\n";
 
 TEST(SettingsCompleteness, WholeFiles) {
   const std::string rows[] = {
-      SMALLEST,
-      agent_testing::exampleSettings(),
-      "\xEF\xBB\xBF" + SMALLEST,
+      SMALLEST, agent_testing::exampleSettings(), "\xEF\xBB\xBF" + SMALLEST,
       "/ROOT=\nend=",           // the last line end may be missing
       "/ROOT=\nend=\n \t\n\n",  // white space may follow
-      "/ROOT=\r\n    A=1\r\nend=\r\n",
-      "/ROOT=\n/A=\n/B=\nend=\nend=\n/C=\nend=\nend=\n",
+      "/ROOT=\r\n    A=1\r\nend=\r\n", "/ROOT=\n/A=\n/B=\nend=\nend=\n/C=\nend=\nend=\n",
+      // Known groups and users need no slash, in their places only.
+      "/ROOT=\nADMIN=\nend=\nend=\n", "/ROOT=\nUSERS=\n\x0fUSER=\nNAME=a\nend=\nend=\nend=\n",
+      "/ROOT=\n/A=\nADMIN=\nend=\nUSER=\nend=\n",
       "/ROOT=\nVALUE=end=/A=\nend=\n",  // a value ends with its line, whatever it holds
       "/ROOT=\nVALUE=\nend=\n",
       "/ROOT=end=\n",                 // no line end is needed behind the head of a block
@@ -56,6 +56,8 @@ TEST(SettingsCompleteness, TellsWhatIsMissing) {
       {"/ROOTS=\nend=\n", "it does not begin with /ROOT="},
       {"\xEF\xBB\xBF\xEF\xBB\xBF" + SMALLEST, "it does not begin with /ROOT="},
       {"/ROOT=", "1 of its blocks are not closed"},
+      {"/ROOT=\nADMIN=\nend=\n", "1 of its blocks are not closed"},
+      {"/ROOT=\nUSERS=\nUSER=\nend=\n", "2 of its blocks are not closed"},
       {"/ROOT=\nend", "1 of its blocks are not closed"},
       {"/ROOT=\nEND=\n", "1 of its blocks are not closed"},
       {"/ROOT=\nend =\n", "1 of its blocks are not closed"},
