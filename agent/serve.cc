@@ -29,6 +29,7 @@
 #include "agent/ticker.h"
 #include "agent/watchdog.h"
 #include "editing/record_check.h"
+#include "schema/schema.h"
 
 namespace agent {
 namespace {
@@ -68,6 +69,10 @@ void run(asio::io_context& io) {
 
 void serve(const Options& options, LPARAMS::Server::Server_t& server, SettingsKeeper& keeper,
            History& history) {
+  // Made before anybody asks: the values of the JSON library that they are made of need memory to
+  // be destroyed, and end the process where there is none.
+  (void)schema::ownSchema();
+  (void)schema::ownHash();
   const AccessRules rules(*server.ADMIN, options.adminGroup);
   const editing::RecordCheck check(server, options.maxUsers);
   ChangeTracker changes(server);

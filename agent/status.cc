@@ -5,6 +5,7 @@
 #include <ctime>
 #include <nlohmann/json.hpp>
 
+#include "agent/base/json_text.h"
 #include "agent/base/standard_streams.h"
 #include "schema/schema.h"
 #include "text/utc.h"
@@ -17,14 +18,15 @@ using nlohmann::json;
 json orNull(const std::string& text) { return text.empty() ? json() : json(text); }
 
 /// What is found in the settings file, each as an object of texts.
-json listOf(const inspection::Findings& findings) {
-  json list = json::array();
+std::string listOf(const inspection::Findings& findings) {
+  std::string list;
   for (const inspection::Finding& finding : findings.first) {
-    json entry = {{"what", inWords(finding.kind)}};
-    for (const auto& [name, value] : fieldsOf(finding)) entry[name] = value;
-    list.push_back(std::move(entry));
+    JsonObject entry;
+    entry.add("what", inWords(finding.kind));
+    for (const auto& [name, value] : fieldsOf(finding)) entry.add(name, value);
+    list.append(list.empty() ? "" : ",").append(entry.text());
   }
-  return list;
+  return "[" + list + "]";
 }
 
 }  // namespace
@@ -41,42 +43,40 @@ std::string statusOf(const StatusSources& sources, bool mayWrite) {
   const schema::SettingsHash running = sources.hashes.running();
   const auto saved = sources.hashes.saved();
   const auto waits = sources.confirmation.until;
-  json status = {
-      {"version", LPARAMS_VERSION},
-      {"pid", ::getpid()},
-      {"startTime", sources.begin.time},
-      {"uptime", duration_cast<seconds>(steady_clock::now() - sources.begin.tick).count()},
-      {"stateDir", sources.options.stateDir},
-      {"strict", !sources.options.acceptAny},
-      {"catalogue", schema::ownHash()},
-      {"savedHash", saved ? json(saved->open) : json()},
-      {"runningHash", running.open},
-      {"degraded", orNull(state.degradedReason)},
-      {"disk", orNull(state.disk)},
-      {"changed", changed},
-      {"lastSave", state.lastSave ? json(text::utc(*state.lastSave)) : json()},
-      {"lastFailure", orNull(state.lastFailure)},
-      {"history", sources.history.newest()},
-      {"historyProblem", orNull(sources.history.problem())},
-      {"pendingConfirmation", waits ? json(text::utc(*waits)) : json()},
-      {"confirmationProblem", orNull(sources.confirmation.problem)},
-      {"sessions", sources.bridge.sessions()},
-      {"watchers", counts.watchers},
-      {"writes", counts.writes},
-      {"saves", counts.saves},
-      {"failedSaves", counts.failedSaves},
-      {"refusals", counts.refusals},
-      {"groupProblem", orNull(sources.socketGroup.problem())},
-      {"logClosed", logIsClosed()},
-      {"findings", state.findings.count},
-      {"findingList", listOf(state.findings)},
-  };
+  JsonObject status;
+  status.add("version", LPARAMS_VERSION);
+  status.add("pid", ::getpid());
+  status.add("startTime", sources.begin.time);
+  status.add("uptime", duration_cast<seconds>(steady_clock::now() - sources.begin.tick).count());
+  status.add("stateDir", sources.options.stateDir);
+  status.add("strict", !sources.options.acceptAny);
+  status.add("catalogue", schema::ownHash());
+  status.add("savedHash", saved ? json(saved->open) : json());
+  status.add("runningHash", running.open);
+  status.add("degraded", orNull(state.degradedReason));
+  status.add("disk", orNull(state.disk));
+  status.add("changed", changed);
+  status.add("lastSave", state.lastSave ? json(text::utc(*state.lastSave)) : json());
+  status.add("lastFailure", orNull(state.lastFailure));
+  status.add("history", sources.history.newest());
+  status.add("historyProblem", orNull(sources.history.problem()));
+  status.add("pendingConfirmation", waits ? json(text::utc(*waits)) : json());
+  status.add("confirmationProblem", orNull(sources.confirmation.problem));
+  status.add("sessions", sources.bridge.sessions());
+  status.add("watchers", counts.watchers);
+  status.add("writes", counts.writes);
+  status.add("saves", counts.saves);
+  status.add("failedSaves", counts.failedSaves);
+  status.add("refusals", counts.refusals);
+  status.add("groupProblem", orNull(sources.socketGroup.problem()));
+  status.add("logClosed", logIsClosed());
+  status.add("findings", state.findings.count);
+  status.addText("findingList", listOf(state.findings));
   if (mayWrite) {
-    status["savedHashWithSecrets"] = saved ? json(saved->whole) : json();
-    status["runningHashWithSecrets"] = running.whole;
+    status.add("savedHashWithSecrets", saved ? json(saved->whole) : json());
+    status.add("runningHashWithSecrets", running.whole);
   }
-  // A path may hold any bytes; JSON holds UTF-8.
-  return status.dump(-1, ' ', false, json::error_handler_t::replace);
+  return status.text();
 }
 
 }  // namespace agent
