@@ -11,6 +11,7 @@ from disk import Disk, command
 from store import Refused, Store
 
 SETTINGS = ("LOG.MAX_LOG_SIZE", "POLICY.PMP_TIMEOUT", "UPDATE.CHECK_UPDATE_INTERVAL")
+LEAST, MOST = 1000, 80000  # values that all of them take
 LONGEST = 0.3  # seconds that an agent works
 PATIENCE = 120  # seconds for a client to hear that its agent is gone
 
@@ -38,7 +39,7 @@ class Life:
             while True:
                 values = dict(zip(SETTINGS, self.states[-1]))
                 for name in self.random.sample(SETTINGS, self.random.randint(1, len(SETTINGS))):
-                    values[name] = str(self.random.randint(1000, 80000))
+                    values[name] = self.other_than(values[name])
                     store.set(name, values[name])
                 self.states.append(tuple(values.values()))
                 store.save("power")
@@ -46,6 +47,11 @@ class Life:
         except (OSError, Refused) as error:
             if not self.dark.is_set():
                 self.trouble = f"before the power was cut: {error}"
+
+    def other_than(self, value):
+        """A write of the same value would be none."""
+        step = self.random.randint(1, MOST - LEAST)
+        return str(LEAST + (int(value) - LEAST + step) % (MOST - LEAST + 1))
 
     def end(self):
         """REQUIRES: the agent is gone."""
