@@ -6,6 +6,7 @@
 
 #include <asio/executor_work_guard.hpp>
 #include <asio/io_context.hpp>
+#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -94,15 +95,17 @@ class Agent {
     std::thread sender([&] {
       for (size_t at = 0; at < bytes.size();) {
         const ssize_t sent = ::send(ends[1], bytes.data() + at, bytes.size() - at, MSG_NOSIGNAL);
-        if (sent <= 0) break;
-        at += static_cast<size_t>(sent);
+        if (sent < 0 && errno != EINTR) break;
+        if (sent > 0) at += static_cast<size_t>(sent);
       }
       (void)::shutdown(ends[1], SHUT_WR);
     });
     std::string received;
     char buffer[65536];
-    for (ssize_t size; (size = ::recv(ends[1], buffer, sizeof buffer, 0)) > 0;) {
-      received.append(buffer, static_cast<size_t>(size));
+    // The fuzzer's own alarms interrupt it now and then.
+    for (ssize_t size; (size = ::recv(ends[1], buffer, sizeof buffer, 0)) != 0;) {
+      if (size < 0 && errno != EINTR) break;
+      if (size > 0) received.append(buffer, static_cast<size_t>(size));
     }
     sender.join();
     ended.get_future().wait();

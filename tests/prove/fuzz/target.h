@@ -16,9 +16,11 @@ void tryOnce(std::string_view input);
 /// Inputs to begin with, made from the catalogue.
 std::vector<std::string> seeds();
 
-/// Ends the program, which the fuzzer takes for a find.
+/// Ends the program, which the fuzzer takes for a find. What was found is said on the standard
+/// output: the other stream has what the products log, and is closed.
 [[noreturn]] inline void found(const std::string& what) {
-  (void)std::fprintf(stderr, "FOUND: %s\n", what.c_str());
+  (void)std::printf("FOUND: %s\n", what.c_str());
+  (void)std::fflush(stdout);
   std::abort();
 }
 

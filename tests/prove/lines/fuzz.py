@@ -14,6 +14,7 @@ CONTROL_SECONDS = 120  # until a planted fault has to be found
 # A try takes milliseconds; the machine may be busy. A process has 4 GiB at most.
 LIMITS = ("-timeout=60", "-rss_limit_mb=2000", "-max_len=8192")
 # Freed memory is watched in a smaller amount, which makes a tenth more tries.
+WHY = re.compile(r"^(FOUND: .*|.*ERROR: .*|.*runtime error: .*)$", re.M)
 SANITIZER = "quarantine_size_mb=16"
 STATUS = re.compile(r"cov: (\d+) ft: (\d+) corp: (\d+)/\S+.* exec/s: (\d+)")
 
@@ -58,7 +59,8 @@ class Run:
         self.seconds += int(seconds)
         if done.returncode != 0:
             names = sorted(set(os.listdir(self.artifacts)) - before)
-            self.finds += [self.reason(os.path.join(self.artifacts, name)) for name in names] or [
+            self.finds += [self.reason(os.path.join(self.artifacts, name), done.stdout)
+                           for name in names] or [
                 f"{self.target}: {done.stdout[-2000:]}"]
         return self
 
@@ -68,10 +70,13 @@ class Run:
             self.edges, self.speed = max(self.edges, int(status[1])), int(status[4])
             self.context.say_some(f"{self.target}: {self.edges} edges, {self.speed} tries/s")
 
-    def reason(self, artifact):
+    def reason(self, artifact, said_before):
         said = self.started(artifact, limit=300).stdout
-        why = re.search(r"^(FOUND: .*|.*ERROR: .*|.*runtime error: .*)$", said, re.M)
-        return f"{self.target}: {why[1] if why else 'not found a second time'} ({artifact})"
+        if why := WHY.search(said):
+            return f"{self.target}: {why[1]} ({artifact})"
+        why = WHY.search(said_before)
+        told = why[1] if why else said_before[-2000:]
+        return f"{self.target}: {told}; not a second time ({artifact})"
 
 
 class Fuzz(Line):
