@@ -4,12 +4,8 @@
 
 namespace agent {
 
-std::string jsonText(const nlohmann::json& value) {
-  return value.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
-}
-
 void JsonObject::add(std::string_view name, const nlohmann::json& value) {
-  addText(name, jsonText(value));
+  addText(name, value.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace));
 }
 
 void JsonObject::addText(std::string_view name, std::string_view text) {

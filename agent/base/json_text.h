@@ -7,15 +7,13 @@
 
 namespace agent {
 
-/// The text of one value. A string may hold any bytes: those that are not UTF-8 are replaced. The
-/// value holds no others: one that does needs memory to be destroyed, and ends the process where
-/// there is none. Throws std::bad_alloc.
-std::string jsonText(const nlohmann::json& value);
-
-/// An object, member by member, in one line.
+/// An object, member by member, in one line. Where there is no memory, its functions throw
+/// std::bad_alloc.
 class JsonObject {
  public:
-  /// REQUIRES: the value holds no others; the name is of letters.
+  /// A string may hold any bytes: those that are not UTF-8 are replaced. REQUIRES: the value holds
+  /// no others, for one that does needs memory to be destroyed, and ends the process where there is
+  /// none; the name needs no escapes.
   void add(std::string_view name, const nlohmann::json& value);
 
   /// With a value that is a text already.
