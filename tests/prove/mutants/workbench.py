@@ -19,8 +19,8 @@ SETTINGS = ["-G", "Ninja", "-DCMAKE_BUILD_TYPE=Debug", "-DCMAKE_CXX_FLAGS=-m32 -
             "-DCMAKE_CXX_FLAGS_DEBUG=-O0", "-DCMAKE_EXE_LINKER_FLAGS=-fuse-ld=lld",
             "-DCMAKE_SHARED_LINKER_FLAGS=-fuse-ld=lld"]
 # Wait for many seconds whatever the product does, or take long and are told by others too.
-SLOW = (r"Prove\.|Packaging\.|ASilentClientIsClosed|ThatStopHalfWay|AClientThatTakesNoReply|"
-        r"NeverLacksWhenTheAgentIsKilled")
+SLOW = (r"Prove\.|Packaging\.|Fleet\.|ASilentClientIsClosed|ThatStopHalfWay|AClientThatTakesNoReply|"
+        r"DoesNotWaitForEverForACommand|NeverLacksWhenTheAgentIsKilled")
 LONG = "Agreement"  # tells much, but not soon
 NEAR_LIMIT = 120  # seconds; a slip may well wait for ever
 ALL_LIMIT = 600
