@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "inspection/as_given.h"
+#include "lparams/params/text_reader.h"
 #include "lparams/storage/settings_reader.h"
 #include "lparams/values/values.h"
 #include "lparams/values/visit.h"
@@ -15,7 +16,6 @@ namespace {
 
 using namespace LPARAMS::Server;
 
-constexpr std::string_view WHITE_SPACE = " \t\n\v\f\r";
 constexpr std::string_view NAMELESS =
     "USERS[]";  // the path of an entry whose name is not known yet
 constexpr std::string_view NAME_OF_USER = "NAME";

@@ -1,10 +1,11 @@
 #include "inspection/settings_completeness.h"
 
-#include <algorithm>
+#include <istream>
 #include <vector>
 
+#include "inspection/text_source.h"
 #include "lparams/catalogue/catalogue.h"
-#include "lparams/params/block_grammar.h"
+#include "lparams/params/block_reader.h"
 
 namespace inspection {
 namespace {
@@ -12,28 +13,35 @@ namespace {
 using namespace LPARAMS::Server;
 
 constexpr std::string_view ROOT_HEAD = "/ROOT=";
-constexpr std::string_view USERS = "USERS";
 
-/// Takes the text up to the delimiter off the front, and the delimiter too.
-std::string_view takeUpTo(std::string_view& text, char delimiter) {
-  const size_t length = std::min(text.find(delimiter), text.size());
-  const std::string_view taken = text.substr(0, length);
-  text.remove_prefix(std::min(length + 1, text.size()));
-  return taken;
+/// What the names in a text lead to. One user stands for all: the list of users makes an entry
+/// whenever it is asked for one.
+class Names {
+ public:
+  ParamGroup* root() { return &root_; }
+
+  /// Null if the block, which may be null for one that the module does not know, has no such name.
+  Param* find(ParamGroup* block, std::string_view name) {
+    if (block == nullptr) return nullptr;
+    if (block->getTypeId() != TYPE_USER_LIST) return block->getParam(std::string(name));
+    return name == USER_t::GROUP_NAME ? &user_ : nullptr;
+  }
+
+ private:
+  Catalogue root_;
+  USER_t user_;
+};
+
+/// The member as a block; null if it is a value.
+ParamGroup* blockOf(Param& member) {
+  const int type = member.getTypeId();
+  return type == TYPE_GROUP || type == TYPE_USER_LIST ? static_cast<ParamGroup*>(&member) : nullptr;
 }
 
-/// What a block may hold that opens another one.
-enum class Block { Root, Users, Other };
-
-/// Groups and users are blocks also where their mark is missing: the module knows their names.
-bool opensBlock(Block in, const Key& key) {
-  if (key.namesBlock) return true;
-  if (in == Block::Root) return Catalogue().getParam(std::string(key.name)) != nullptr;
-  return in == Block::Users && key.name == USER_t::GROUP_NAME;
-}
-
-Block blockOf(Block in, const Key& key) {
-  return in == Block::Root && key.name == USERS ? Block::Users : Block::Other;
+/// Numbers are looked for over line ends, and take the line that they are found in.
+bool isNumber(const Param& value) {
+  const int type = value.getTypeId();
+  return type == TYPE_BOOL || type == TYPE_USHORT || type == TYPE_UINT;
 }
 
 }  // namespace
@@ -49,23 +57,29 @@ Incompleteness incompleteness(std::string_view text) {
   }
   text = withoutByteOrderMark(text);
   if (!text.starts_with(ROOT_HEAD)) return {"it does not begin with " + std::string(ROOT_HEAD)};
-  text.remove_prefix(ROOT_HEAD.size());
-
-  for (std::vector open{Block::Root}; !open.empty();) {
-    if (text.find(KEY_MARK) == std::string_view::npos) {
+  TextSource source(text);
+  source.moveTo(ROOT_HEAD.size());
+  BlockReader reader(source);
+  Names names;
+  Key key;
+  for (std::vector open{names.root()}; !open.empty();) {
+    // A key that goes on to the end of the text has lost its mark.
+    if (!reader.next(key) || source.eof()) {
       return {std::to_string(open.size()) + " of its blocks are not closed", size};
     }
-    const Key key = keyOf(takeUpTo(text, KEY_MARK));
+    Param* const member = names.find(open.back(), key.name);
+    ParamGroup* const block = member != nullptr ? blockOf(*member) : nullptr;
     if (key.name == END_KEY) {
       open.pop_back();
-      if (!text.empty()) text.remove_prefix(1);
-    } else if (opensBlock(open.back(), key)) {
-      open.push_back(blockOf(open.back(), key));
+      reader.finishEnd();
+    } else if (block != nullptr || (member == nullptr && key.namesBlock)) {
+      open.push_back(block);
     } else {
-      (void)takeUpTo(text, '\n');
+      if (member != nullptr && isNumber(*member)) source >> std::ws;
+      reader.skipValue();
     }
   }
-  const size_t behind = withoutIndent(text).size();
+  const size_t behind = withoutIndent(text.substr(source.position())).size();
   if (behind > 0) return {"text follows the end of its root block", size - behind};
   return {};
 }

@@ -43,8 +43,6 @@ void extractPlain(std::istream& is, T& value) {
   if (is >> extracted) value = std::move(extracted);
 }
 
-constexpr std::string_view WHITE_SPACE = " \t\n\v\f\r";
-
 /// Reads plain digits out of the stream's buffer. Returns false, with nothing consumed, at anything
 /// else: it is for the stream to say what that means.
 template <std::integral T>

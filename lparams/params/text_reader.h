@@ -38,6 +38,9 @@ class TextReader {
   std::string copy_;  // of a text that the stream's buffer does not hold as a whole
 };
 
+/// What formatted input skips in front of a value, line ends too.
+inline constexpr std::string_view WHITE_SPACE = " \t\n\v\f\r";
+
 // Each extractValue skips white space and reads a value as formatted input in the "C" locale does:
 // the longest number, the flags 0 and 1, or one word. What cannot be read leaves the stream in the
 // fail state and `value` as it was.

@@ -14,19 +14,29 @@ const std::string SMALLEST = "/ROOT=\nend=\n";
 
 TEST(SettingsCompleteness, WholeFiles) {
   const std::string rows[] = {
-      SMALLEST, agent_testing::exampleSettings(), "\xEF\xBB\xBF" + SMALLEST,
+      SMALLEST,
+      agent_testing::exampleSettings(),
+      "\xEF\xBB\xBF" + SMALLEST,
       "/ROOT=\nend=",           // the last line end may be missing
       "/ROOT=\nend=\n \t\n\n",  // white space may follow
-      "/ROOT=\r\n    A=1\r\nend=\r\n", "/ROOT=\n/A=\n/B=\nend=\nend=\n/C=\nend=\nend=\n",
+      "/ROOT=\r\n    A=1\r\nend=\r\n",
+      "/ROOT=\n/A=\n/B=\nend=\nend=\n/C=\nend=\nend=\n",
       // Known groups and users need no slash, in their places only.
-      "/ROOT=\nADMIN=\nend=\nend=\n", "/ROOT=\nUSERS=\n\x0fUSER=\nNAME=a\nend=\nend=\nend=\n",
+      "/ROOT=\nADMIN=\nend=\nend=\n",
+      "/ROOT=\nUSERS=\n\x0fUSER=\nNAME=a\nend=\nend=\nend=\n",
       "/ROOT=\n/A=\nADMIN=\nend=\nUSER=\nend=\n",
       "/ROOT=\nVALUE=end=/A=\nend=\n",  // a value ends with its line, whatever it holds
       "/ROOT=\nVALUE=\nend=\n",
       "/ROOT=end=\n",                 // no line end is needed behind the head of a block
+      "/ROOT===A=1\n==end=\n",        // marks without a key are passed over
       "/ROOT=\nKEY\nMORE=1\nend=\n",  // a key goes on over line ends
       "/ROOT=\n\x01\x02 end=\n",
       "/ROOT=\n/A=\n/end=\n/end=\n",  // a slash before the end of a block changes nothing
+      "/ROOT=\n/IKE=\n/IKE_PORT=1\nend=\nend=\n",  // nor one before a value
+      // A number that is missing is looked for in the next lines.
+      "/ROOT=\n/IKE=\nIKE_PORT=\n\n 1\nend=\nend=\n",
+      "/ROOT=\n/IKE=\nIKE_PORT=\n/LOST=\nend=\nend=\n",
+      "/ROOT=\n/IKE=\nQCD_SECRET=\nend=\nend=\n",
   };
   for (const std::string& text : rows) {
     EXPECT_EQ(incompleteBecause(text), "") << testing_support::inQuotes(text);
@@ -61,6 +71,12 @@ TEST(SettingsCompleteness, TellsWhatIsMissing) {
       {"/ROOT=\nend", "1 of its blocks are not closed"},
       {"/ROOT=\nEND=\n", "1 of its blocks are not closed"},
       {"/ROOT=\nend =\n", "1 of its blocks are not closed"},
+      {"/ROOT=\n/IKE=\nIKE_PORT=\nend=\nend=\n", "1 of its blocks are not closed"},
+      {"/ROOT=\n/IKE=\nDPD_ENABLED=\r\n\vend=\nend=\n", "1 of its blocks are not closed"},
+      {"/ROOT=\n/USERS=\n/USER=\nPMP_TIMEOUT=\nend=\nend=\nend=\n",
+       "1 of its blocks are not closed"},
+      {"/ROOT=\n/IKE=\nIKE_PORT=\n/LOST=\nend=\nend=\nend=\n",
+       "text follows the end of its root block"},
       {"/ROOT=\n/A=\n/B=\nend=\n", "2 of its blocks are not closed"},
       {"/ROOT=\n/A=\nV=1", "2 of its blocks are not closed"},
       {SMALLEST + "end=\n", "text follows the end of its root block"},

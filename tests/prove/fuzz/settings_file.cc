@@ -64,6 +64,12 @@ Load loadInPieces(const std::string& text, size_t size) {
   return load(is, settings);
 }
 
+void requireToReadAll(const std::string& text, const Load& made) {
+  const std::string_view unread = std::string_view(text).substr(text.size() - made.unread);
+  const bool all = std::ranges::all_of(unread, [](unsigned char byte) { return byte <= ' '; });
+  if (!made.whole || !all) found("a complete text is not read to its end: " + inWords(made));
+}
+
 void requireCheckToAgree(const checking::Checked& checked, const Load& made) {
   require(checked.usable == made.whole, "the check and the load differ in whether it is usable");
   require(textOf(*checked.settings) == made.text, "the check has other values than the load");
@@ -91,7 +97,7 @@ void tryOnce(std::string_view input) {
   requireSame(fast, loadPlainly(text), "the plain reader");
   const size_t size = 1 + (text.size() * 7 + static_cast<unsigned char>(text.back())) % 61;
   requireSame(fast, loadInPieces(text, size), "in pieces");
-  require(incomplete.empty() <= fast.whole, "a complete text is not read to its end");
+  if (incomplete.empty()) requireToReadAll(text, fast);
   if (checked.form == checking::Checked::SettingsFile) requireCheckToAgree(checked, fast);
   Catalogue restarted;
   requireToSurvive(settings, restarted);
