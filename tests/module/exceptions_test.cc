@@ -13,7 +13,9 @@
 
 #include "tests/module/failing_allocation.h"
 #include "tests/module/loaded_module.h"
+#include "tests/module/lock_calls.h"
 #include "tests/module/scripted_document.h"
+#include "tests/support/lock_probe.h"
 #include "tests/support/readable_bytes.h"
 #include "tests/support/recording_load_log.h"
 
@@ -167,8 +169,8 @@ TEST_F(Exceptions, OfASaveThereAreNone) {
 
 class ExceptionsWithoutMemory : public Exceptions {
  protected:
-  /// Lets each allocation of the call fail in turn, until none does. `after` is called with what
-  /// was thrown.
+  /// Lets each allocation of the call fail in turn, until none does; no lock may be held then.
+  /// `after` is called with what was thrown.
   void tryEach(const std::string& what, const std::function<void()>& call,
                const std::function<void(const std::string& thrown)>& after) {
     constexpr int MORE_THAN_ANY_CALL_MAKES = 20'000;
@@ -176,10 +178,12 @@ class ExceptionsWithoutMemory : public Exceptions {
     thrown.reserve(1000);
     for (int number = 1; number < MORE_THAN_ANY_CALL_MAKES; ++number) {
       SCOPED_TRACE(what + ", allocation " + std::to_string(number));
+      recordTakings();
       failAllocation(number);
       thrown = thrownBy(call);
       const bool failed = allocationHasFailed();
       failAllocation(0);
+      ASSERT_FALSE(testing_support::isAnyLocked(locksTaken()));
       EXPECT_TRUE(thrown == NOTHING || thrown == "std::bad_alloc") << thrown;
       after(thrown);
       if (failed) continue;
@@ -211,11 +215,13 @@ TEST_F(ExceptionsWithoutMemory, OfCommands) {
         EXPECT_EQ(inQuotes(out), inQuotes(record));
       }
     });
+    ASSERT_FALSE(HasFatalFailure());  // somebody would wait for a lock
     tryEach(std::string("write ") + group, command(WRITE_GROUP, request), [&](const auto&) {
-      // No lock is held, and the next one is whole.
+      // The next one is whole.
       EXPECT_EQ(execute(WRITE_GROUP, request).result, 1);
       EXPECT_EQ(inQuotes(execute(READ_GROUP, name).output), inQuotes(record));
     });
+    ASSERT_FALSE(HasFatalFailure());
   }
 }
 
@@ -255,7 +261,7 @@ TEST_F(ExceptionsWithoutMemory, OfALoadASaveAndTheComparison) {
   tryEach(
       "load", [&] { result = root().load(&log); },
       [&](const std::string&) {
-        ASSERT_TRUE(root().load(&log));  // no lock is held
+        ASSERT_TRUE(root().load(&log));
         EXPECT_EQ(inQuotes(execute(READ_GROUP, admin).output), inQuotes(record));
       });
 }

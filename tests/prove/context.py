@@ -31,6 +31,10 @@ class Context:
         self.spoke = self.begun
         self.clock = clock or (lambda: "")
 
+    def begin(self):
+        """The line's time begins now: for what has had to be built first."""
+        self.begun = time.monotonic()
+
     def left(self):
         """Seconds of the line's time that are left; never negative."""
         return max(0, self.begun + self.seconds - time.monotonic())

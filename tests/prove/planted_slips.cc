@@ -4,14 +4,17 @@
 //   deaf       a write that fails is taken for one that did not
 //   short-write  a write of a part is taken for one of all
 //   deaf-output  output that cannot be written is taken for written
+//   keep-lock-at-throw  a lock that an exception would release stays taken
 //   no-copies  files with a time in their names, which are copies, are gone as soon as they are
 //   made
+#include <pthread.h>
 #include <sys/stat.h>
 #include <sys/uio.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
+#include <exception>
 #include <string_view>
 
 #include "tests/prove/slip.h"
@@ -55,6 +58,11 @@ ssize_t writev(int file, const iovec* parts, int count) {
 int fflush(FILE* stream) {
   const int result = next<int(FILE*)>("fflush")(stream);
   return slips("deaf-output") ? 0 : result;
+}
+
+int pthread_mutex_unlock(pthread_mutex_t* mutex) noexcept {
+  if (std::uncaught_exceptions() > 0 && slips("keep-lock-at-throw")) return 0;
+  return next<int(pthread_mutex_t*)>("pthread_mutex_unlock")(mutex);
 }
 
 int rename(const char* from, const char* to) noexcept {

@@ -1,26 +1,34 @@
-// Looks at an object's lock from outside.
+// Looks at objects' locks from outside.
 #pragma once
 
 #include <pthread.h>
 
 #include <thread>
+#include <vector>
 
 #include "platform/lockable.h"
 
 namespace testing_support {
 
-/// True while some thread holds the object's lock. Asks on a thread of its own, because the owner
-/// of a recursive lock could take it again.
-inline bool isLocked(basekit::ObjectLevelLockable& object) {
-  static_assert(sizeof object == sizeof(pthread_mutex_t), "the mutex is the object's only field");
-  auto* mutex = reinterpret_cast<pthread_mutex_t*>(&object);
-  bool locked = true;
+/// Whether some thread holds one of the objects' locks. Asks on a thread of its own, because the
+/// owner of a recursive lock could take it again.
+inline bool isAnyLocked(const std::vector<basekit::ObjectLevelLockable*>& objects) {
+  static_assert(sizeof *objects[0] == sizeof(pthread_mutex_t),
+                "the mutex is the object's only field");
+  bool locked = false;
   std::thread([&] {
-    if (pthread_mutex_trylock(mutex) != 0) return;
-    locked = false;
-    pthread_mutex_unlock(mutex);
+    for (basekit::ObjectLevelLockable* object : objects) {
+      auto* mutex = reinterpret_cast<pthread_mutex_t*>(object);
+      if (pthread_mutex_trylock(mutex) != 0) {
+        locked = true;
+      } else {
+        pthread_mutex_unlock(mutex);
+      }
+    }
   }).join();
   return locked;
 }
+
+inline bool isLocked(basekit::ObjectLevelLockable& object) { return isAnyLocked({&object}); }
 
 }  // namespace testing_support

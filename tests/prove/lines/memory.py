@@ -13,6 +13,7 @@ import trials  # noqa: E402
 
 TARGETS = ("lparams_agent", "lparams_server", "lparamsctl", "failing_memory")
 MODULE_TEST = "tests/module/module_test"
+SLIPS = "tests/slips.so"
 COMMANDS, START, RECOVERY, END, CLIENT = 0.45, 0.2, 0.15, 0.1, 0.1  # of the time
 CONTROL_SECONDS = 20
 
@@ -47,25 +48,36 @@ class Memory(Line):
                        made.counts, tuple(f"{find} (seed {context.seed})" for find in made.finds))
 
     def module(self, context, made):
-        """Every allocation of every call of the module, in a process of its test's."""
+        counted, said = self.module_test(context, {})
+        made.counts["the module's calls"] = [counted, counted]
+        if said or not counted:
+            made.finds.append(f"the module: {said}")
+
+    @staticmethod
+    def module_test(context, environment):
+        """Every allocation of every call of the module, in a process of its test's: returns how
+        many failed, and what the test said if it does not pass."""
         build = context.build("release-32", "module_test", "lparams_server")
         done = context.run([os.path.join(build, MODULE_TEST),
-                            "--gtest_filter=ExceptionsWithoutMemory.*"])
+                            "--gtest_filter=ExceptionsWithoutMemory.*"],
+                           env=dict(os.environ, **environment))
         counted = re.findall(r"^(.+): (\d+) allocations failed$", done.stdout, re.M)
-        total = sum(int(count) for _, count in counted)
-        made.counts["the module's calls"] = [total, total]
-        if done.returncode != 0 or not total:
-            made.finds.append(f"the module: {done.stdout[-2000:]}")
+        return (sum(int(count) for _, count in counted),
+                done.stdout[-2000:] if done.returncode != 0 else "")
 
     def controls(self, context):
         build = context.build("release-32", *TARGETS, "slips")
-        return [self.control(build, context, *fault) for fault in (
+        made = [self.control(build, context, *fault) for fault in (
             ("keep-memory", "each client costs 16 KiB for ever", "bytes are kept"),
             ("unchecked-memory", "what malloc() gives is not looked at", "the agent ended with"),
             ("keep-lock", "a lock is held on after there was no memory", "not served"))]
+        _, said = self.module_test(context, {"LD_PRELOAD": os.path.join(build, SLIPS),
+                                             "SLIP": "keep-lock-at-throw"})
+        return made + [Control("the module holds a lock on when it throws", "isAnyLocked" in said,
+                               "its test fails" if said else "its test passes")]
 
     def control(self, build, context, slip, name, word):
-        made = trials.Trials(build, context, os.path.join(build, "tests/slips.so"), {"SLIP": slip})
+        made = trials.Trials(build, context, os.path.join(build, SLIPS), {"SLIP": slip})
         made.enough = 1
         try:
             made.commands(CONTROL_SECONDS)

@@ -20,7 +20,7 @@ class SoakLine(Line):
     TRIED = ("16 clients: writes with revisions, saves, applies, watches; the agent is killed at "
              "random moments, and started again")
     WANTED = "0 lost acknowledged saves, 0 lost updates, events complete and in order, flat memory"
-    MINUTES = 10
+    MINUTES = 30
     BUILDS = {"release-32": TARGETS}
     SHORT = True
 
