@@ -168,6 +168,18 @@ TEST(BridgeNotice, IsRefusedIfItsChangesAreMoreThanThereMayBe) {
   EXPECT_FALSE(decodeMessage(body(encode(Message(notice)))));
 }
 
+TEST(BridgeNotice, NumbersOfWhatHasHappenedAndOfChanges) {
+  const Notice::What happened[] = {
+      Notice::Written,          Notice::WrittenInPart,    Notice::Saved,
+      Notice::NothingToSave,    Notice::NotSaved,         Notice::Refused,
+      Notice::DegradationBegan, Notice::DegradationEnded, Notice::AgentEnds};
+  for (int number = 1; const auto what : happened) EXPECT_EQ(what, number++);
+  const NoticedChange::Kind kinds[] = {NoticedChange::Value, NoticedChange::UserAdded,
+                                       NoticedChange::UserRemoved, NoticedChange::UserOrder,
+                                       NoticedChange::LongValue};
+  for (int number = 1; const auto kind : kinds) EXPECT_EQ(kind, number++);
+}
+
 TEST(BridgeReply, IsRefusedIfItsTextIsLongerThanItsFrame) {
   for (const char* length : {"01 00 00 00", "FC FF FF FF", "FF FF FF FF"}) {
     EXPECT_FALSE(decodeMessage(
@@ -177,10 +189,11 @@ TEST(BridgeReply, IsRefusedIfItsTextIsLongerThanItsFrame) {
 }
 
 TEST(BridgeReply, NumbersOfTheReasons) {
-  const Reason inOrder[] = {Reason::None,           Reason::ModuleRefused, Reason::NotAuthorised,
-                            Reason::MalformedInput, Reason::NoSuchModule,  Reason::MalformedFrame,
-                            Reason::ModuleFailed,   Reason::ReplyTooLarge, Reason::IllegalValue,
-                            Reason::Conflict,       Reason::SaveRefused,   Reason::NoSuchCommand};
+  const Reason inOrder[] = {
+      Reason::None,         Reason::ModuleRefused,  Reason::NotAuthorised, Reason::MalformedInput,
+      Reason::NoSuchModule, Reason::MalformedFrame, Reason::ModuleFailed,  Reason::ReplyTooLarge,
+      Reason::IllegalValue, Reason::Conflict,       Reason::SaveRefused,   Reason::NoSuchCommand,
+      Reason::Busy};
   for (uint32_t number = 0; number < std::size(inOrder); ++number) {
     EXPECT_EQ(static_cast<uint32_t>(inOrder[number]), number);
   }

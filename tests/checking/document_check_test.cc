@@ -73,7 +73,20 @@ TEST(DocumentCheck, TellsMoreThanAHundredMistakes) {
   EXPECT_EQ(check(text).remarks.size(), 1000u);
 }
 
+TEST(DocumentCheck, CountsWhatItLeavesOut) {
+  const Checked checked = check("IKE=1\nno assignment\nLOG=1\n", 2);
+  EXPECT_EQ(checked.remarks.size(), 2u);
+  EXPECT_EQ(checked.leftOut, 1u);
+}
+
+TEST(DocumentCheck, ShowsTheFirstTwoHundredBytesOfAValue) {
+  EXPECT_THAT(linesOf("IKE.IKE_PORT=" + std::string(201, '7')),
+              ElementsAre("1:1: error: IKE.IKE_PORT: \"" + std::string(200, '7') +
+                          "\" is not a whole number from 1 to 65535"));
+}
+
 TEST(DocumentCheck, LooksAtTextsAndUsersAsAWriteDoes) {
+  EXPECT_THAT(linesOf("POLICY.PSK_NAME=" + std::string(65'536, 'x')), IsEmpty());
   std::string text = "POLICY.PSK_NAME=" + std::string(65'537, 'x') + "\n";
   for (int i = 0; i < 4097; ++i) text += "USERS[u" + std::to_string(i) + "].PMP_TIMEOUT=20\n";
   EXPECT_THAT(linesOf(text),

@@ -55,6 +55,16 @@ TEST(Document, LinesNameValuesAndUsers) {
   EXPECT_THAT(usersIn(document), ElementsAre("5:1 bob", "6:1 a].b=c"));
 }
 
+TEST(Document, AUsersNameInLinesEndsWhereAParameterIsNamed) {
+  const Document document = read(
+      "USERS[a=b].AZ_09=x\nUSERS[c=d].A@=x\nUSERS[e=f].A[=x\nUSERS[g=h].A/=x\n"
+      "USERS[i=j].A:=x\nUSERS[k=l].a=x\n");
+  std::vector<std::string> names;
+  for (const Value& value : document.values) names.push_back(value.name);
+  EXPECT_THAT(names, ElementsAre("USERS[a=b].AZ_09", "USERS[c", "USERS[e", "USERS[g", "USERS[i",
+                                 "USERS[k"));
+}
+
 TEST(Document, SettingsFileNamesOnlyWhatItHolds) {
   const Document document = read(
       "/ROOT=\n    /IKE=\n        IKE_PORT=501\n        CRL_PROCESSING=crl_enable\n    end=\n"

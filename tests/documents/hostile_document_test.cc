@@ -18,15 +18,17 @@ std::string repeated(const std::string& piece, size_t count) {
 }
 
 TEST(HostileDocument, OfTooManyBytesIsNotRead) {
-  const Document document = read(std::string(MAX_SIZE + 1, '{'));
+  constexpr size_t LARGEST = 16 * 1024 * 1024;
+  const Document document = read(std::string(LARGEST + 1, '{'));
   ASSERT_EQ(document.mistakes.size(), 1U);
   EXPECT_EQ(document.mistakes[0].text, "the document is larger than 16 MiB");
+  EXPECT_EQ(read(std::string(LARGEST, ' ')).mistakes.at(0).text, "the document is empty");
 }
 
 TEST(HostileDocument, OfManyMistakesTellsTheFirst) {
   const Document document = read(repeated("x\n", 100'000));
   EXPECT_EQ(document.mistakeCount, 100'000U);
-  EXPECT_EQ(document.mistakes.size(), Document::KEPT_MISTAKES);
+  EXPECT_EQ(document.mistakes.size(), 100U);
 }
 
 TEST(HostileDocument, MayNestAsDeepAsItLikes) {

@@ -74,6 +74,7 @@ TEST(MarkupDepth, OfTexts) {
       {"<a><!DOCTYPE [<b>", 1},
       {"<!DOCTYPE", 0},
       {"</a></a><a/>", 1},
+      {"</><a/>", 1},
       {"<a></b></c><d><e/></d>", 2},
   };
   for (const auto& row : rows) EXPECT_EQ(markupDepth(row.text), row.depth) << inQuotes(row.text);

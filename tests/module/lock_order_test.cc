@@ -94,6 +94,10 @@ TEST_F(LockOrder, TheRootsIsTakenLastForTheSnapshot) {
   recordTakings();
   EXPECT_TRUE(root().load(&log));
   EXPECT_EQ(locksTaken().back(), &root());
+
+  recordTakings();
+  EXPECT_FALSE(root().isChanged());
+  EXPECT_EQ(locksTaken().back(), &root());
 }
 
 TEST_F(LockOrder, NothingIsHeldAfterwards) {

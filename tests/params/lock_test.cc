@@ -1,5 +1,5 @@
 // Which operations hold which lock, and for how long.
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <functional>
 #include <future>
@@ -8,7 +8,9 @@
 
 #include "lparams/params/enum_param.h"
 #include "lparams/params/line_string_param.h"
+#include "lparams/params/mask_param.h"
 #include "lparams/params/numeric_param.h"
+#include "tests/module/lock_calls.h"
 #include "tests/params/variant_tables.h"
 #include "tests/support/lock_probe.h"
 #include "tests/support/param_forms.h"
@@ -50,6 +52,7 @@ class LockTest : public testing::Test {
   BoolParam flag{group, "FLAG", true};
   UIntParam count{group, "COUNT", Default{1}, Range{0, 9}};
   EnumParam enumeration{group, "ENUM", 1, FLAGS};
+  MaskParam mask{group, "MASK", 1, FLAGS};
   StStParam line{group, "LINE", ""};
   QcdSParam secret{group, "SECRET", ""};
   SimpleParam<std::string, 6> word{group, "WORD", "word"};
@@ -75,6 +78,20 @@ TEST_F(LockTest, LoadHoldsTheParametersLockFromItsFirstToItsLastCharacter) {
     param->load(is);
     EXPECT_TRUE(alwaysLocked) << param->name;
     EXPECT_FALSE(isLocked(*param)) << param->name;
+  }
+}
+
+TEST_F(LockTest, WriteAndReadTakeTheParametersLock) {
+  for (Param* param : group.fileParams) {
+    std::string bytes;
+    CommandStreamOut out{bytes};
+    host::recordTakings();
+    EXPECT_TRUE(param->write(out));
+    EXPECT_THAT(host::locksTaken(), testing::ElementsAre(param));
+    CommandStreamIn in(bytes);
+    host::recordTakings();
+    EXPECT_TRUE(param->read(in));
+    EXPECT_THAT(host::locksTaken(), testing::ElementsAre(param));
   }
 }
 

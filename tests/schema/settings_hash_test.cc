@@ -2,11 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <set>
 #include <sstream>
 
 #include "lparams/values/values.h"
 #include "tests/catalogue/expected_groups.h"
+#include "tests/module/lock_calls.h"
 #include "text/hash.h"
 
 namespace schema {
@@ -85,6 +87,21 @@ TEST(SettingsHash, IsTheSameHoweverAFileSpellsTheValues) {
   Catalogue settings;
   EXPECT_NE(hashOfFile(plain), settingsHashOf(settings));
   EXPECT_EQ(hashOfFile(plain), hashOfFile(other));
+}
+
+TEST(SettingsHash, TakesTheLockOfEachGroupBeforeThoseOfItsParameters) {
+  Catalogue settings;
+  const USER_t* const user = settings.userList.append();
+  host::recordTakings();
+  (void)settingsHashOf(settings);
+  const auto taken = host::locksTaken();
+  const auto positionOf = [&](const basekit::ObjectLevelLockable* lock) {
+    return std::ranges::find(taken, lock) - taken.begin();
+  };
+  for (const ParamGroup* group : settings.groups()) {
+    const ParamGroup* const members = group == settings.USERS ? user : group;
+    EXPECT_LT(positionOf(group), positionOf(members->fileParams.front())) << group->name;
+  }
 }
 
 // Whoever computes it without this code gets the same.

@@ -1,10 +1,14 @@
 // What becomes of the settings of earlier versions: the tables of old names and values.
 #include <gmock/gmock.h>
 
+#include <algorithm>
+
 #include "tests/catalogue/expected_groups.h"
 #include "tests/module/loaded_module.h"
+#include "tests/module/lock_calls.h"
 #include "tests/support/recording_load_log.h"
 
+using testing::Contains;
 using testing::IsEmpty;
 
 namespace host {
@@ -140,6 +144,24 @@ TEST_F(LegacyImport, OverwritesTheIdentityWhenThePolicyComesFromServers) {
   EXPECT_TRUE(root().load(&log));
   EXPECT_EQ(policy().PMP_AUTH.value, PMPAUTH_SIG);
   EXPECT_EQ(policy().PMP_IDDATA.value, "");
+}
+
+TEST_F(LegacyImport, AssignsEachValueUnderItsParametersLock) {
+  writeFile(directory.path + "localsettings.xml",
+            settings(userModule(param("LOCAL_CERT_FOR_PM_SUBJECT", "CN=gate") +
+                                param("POLICY_SOURCE_TYPE", "1") + param("POLICY_SOURCE", "s")) +
+                     ikeModule(param("ike_nat_t_policy", "2"))));
+  testing_support::RecordingLoadLog log;
+  recordTakings();
+  EXPECT_TRUE(root().load(&log));
+  auto taken = locksTaken();
+  taken.erase(std::ranges::find(taken, &root()), taken.end());  // those of the snapshot
+  using Locks = std::initializer_list<basekit::ObjectLevelLockable*>;
+  for (auto* lock : Locks{&policy().LOCAL_CERT_SUBJECT, &policy().SYSTEM_LSP_SOURCE,
+                          &policy().PMP_SERVERS, &policy().PMP_AUTH, &policy().PMP_IDTYPE,
+                          &policy().PMP_IDDATA, &root().IKE->NATT_POLICY}) {
+    EXPECT_THAT(taken, Contains(lock));
+  }
 }
 
 TEST_F(LegacyImport, TakesTheLastTypeAndTheLastSourceOfAModule) {

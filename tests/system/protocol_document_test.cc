@@ -9,6 +9,11 @@
 #include <vector>
 
 #include "agent/bridge/limits.h"
+#include "bridge/apply.h"
+#include "bridge/history.h"
+#include "bridge/named_values.h"
+#include "editing/record_check.h"
+#include "lparams/values/values.h"
 #include "tests/support/readable_bytes.h"
 #include "tests/system/system_test.h"
 
@@ -64,26 +69,38 @@ std::vector<Message> exampleOf(const std::string& document) {
 
 TEST(ProtocolDocument, StatesTheLimits) {
   using std::to_string;
-  const auto mebibytes = [](size_t bytes) { return to_string(bytes / agent::MEBIBYTE) + " MiB"; };
+  // In the largest unit that tells it to the byte.
+  const auto size = [](size_t bytes) {
+    if (bytes % agent::MEBIBYTE == 0) return to_string(bytes / agent::MEBIBYTE) + " MiB";
+    return bytes % 1024 == 0 ? to_string(bytes / 1024) + " KiB" : to_string(bytes) + " bytes";
+  };
   const auto& sessions = agent::SESSION_LIMITS;
   const auto& memory = agent::MEMORY_LIMITS;
   const std::string rows[] = {
-      "| frame, either way | " + mebibytes(bridge::MAX_FRAME_SIZE) + " |",
+      "| frame, either way | " + size(bridge::MAX_FRAME_SIZE) + " |",
+      "| output of a reply | " + size(bridge::MAX_FRAME_SIZE) + " less " +
+          size(bridge::MAX_FRAME_SIZE - bridge::MAX_REPLY_OUTPUT) + " |",
       "| sessions | " + to_string(sessions.all) + "; of one user " + to_string(sessions.oneUser) +
           " |",
-      "| requests and replies under way, of all sessions | " + mebibytes(memory.all) +
-          "; of one user " + mebibytes(memory.oneUser) + " |",
+      "| requests and replies under way, of all sessions | " + size(memory.all) + "; of one user " +
+          size(memory.oneUser) + " |",
       "the last " + to_string(sessions.all - sessions.others) + " sessions and " +
-          mebibytes(memory.all - memory.others) + " are\ntheirs alone.",
-      "at most " + to_string(memory.free / 1024) + " KiB are not counted",
+          size(memory.all - memory.others) + " are\ntheirs alone.",
+      "at most " + size(memory.free) + " are not counted",
       "taking a reply | " + to_string(agent::CLIENT_TIMEOUT.count()) +
           " s, while the agent stops " + to_string(agent::CLIENT_TIMEOUT_AT_STOP.count()) +
           " s; noticed up to " + to_string(agent::CLOCK_TICK.count()) + " s later |",
       "leaves " + to_string(agent::MAX_PENDING) + " events and notices, or " +
-          to_string(agent::MAX_PENDING_EVENTS / 1024) + " KiB of them, untaken is closed",
-      "changes, at most " + to_string(bridge::MAX_NOTICED_CHANGES / 1024) + " KiB",
+          size(agent::MAX_PENDING_EVENTS) + " of them, untaken is closed",
+      "changes, at most " + size(bridge::MAX_NOTICED_CHANGES) + " |",
       "a parameter with a value of over " + to_string(bridge::MAX_NOTICED_VALUE) + " bytes",
       "cut off after " + to_string(bridge::MAX_NOTICED_TEXT) + " bytes",
+      "text (" + size(LPARAMS::Server::MAX_TEXT_SIZE) + "), the number of users (`--max-users`, " +
+          to_string(LPARAMS::Server::MAX_USERS) + ")",
+      "would have (" + size(editing::RecordCheck::MAX_SETTINGS_TEXT) + ")",
+      "at most " + to_string(bridge::MAX_NAMED_ITEMS) + " names or steps",
+      "unsigned, at most " + to_string(bridge::MAX_CONFIRM_SECONDS) + "; 0 if they stay",
+      "a string of at most " + to_string(bridge::MAX_SAVE_MESSAGE) + " bytes, which counts",
   };
   const std::string document = sourceFile(DOCUMENT);
   for (const std::string& row : rows) EXPECT_NE(document.find(row), std::string::npos) << row;

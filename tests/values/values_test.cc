@@ -1,12 +1,13 @@
 #include "lparams/values/values.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <string>
 #include <typeinfo>
 
 #include "lparams/catalogue/catalogue.h"
 #include "lparams/values/visit.h"
+#include "tests/module/lock_calls.h"
 
 namespace LPARAMS::Server {
 namespace {
@@ -70,6 +71,19 @@ TEST(Values, OnlyLegalTextIsStored) {
   EXPECT_TRUE(setValue(ike.PERSISTENT_SA, "True"));
   EXPECT_TRUE(ike.PERSISTENT_SA.value);
   EXPECT_FALSE(setValue(ike.PERSISTENT_SA, "2"));
+}
+
+TEST(Values, AreLookedAtAndStoredUnderTheParametersLock) {
+  IKE_t ike;
+  host::recordTakings();
+  EXPECT_TRUE(isLegal(ike.IKE_PORT));
+  EXPECT_THAT(host::locksTaken(), testing::ElementsAre(&ike.IKE_PORT));
+  host::recordTakings();
+  EXPECT_EQ(valueText(ike.IKE_PORT), "500");
+  EXPECT_THAT(host::locksTaken(), testing::ElementsAre(&ike.IKE_PORT));
+  host::recordTakings();
+  EXPECT_TRUE(setValue(ike.IKE_PORT, "501"));
+  EXPECT_THAT(host::locksTaken(), testing::ElementsAre(&ike.IKE_PORT));
 }
 
 TEST(Values, OneParameterIsASecret) {

@@ -66,6 +66,9 @@ TEST_F(Documents, ListEveryExitStatus) {
     statuses.insert(std::to_string(status));
   }
   EXPECT_EQ(all(document("operations.md"), "\n\\| ([0-9]+) \\|"), statuses);
+  // The help also has those that stand apart in the document.
+  statuses.insert({std::to_string(programs::EXIT_DIFFERS), std::to_string(programs::EXIT_CHANGED)});
+  EXPECT_EQ(all(programs::EXIT_STATUSES, "\n +([0-9]+)  "), statuses);
 }
 
 }  // namespace
