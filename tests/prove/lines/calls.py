@@ -47,6 +47,8 @@ class Calls(Line):
         made.try_all(parts, SHORT_SECONDS if context.short else AGENT * context.seconds)
         made.try_all(commands, SHORT_SECONDS if context.short else CLIENT * context.seconds)
         quick = ("--quick",) if context.short or context.seconds < LITTLE else ()
+        if context.short:
+            quick += ("--part", "4")
         counts = crash_runs.crash_test(context, build, "--kinds", ",".join(KINDS), *quick)
         disk = crash_runs.outcome(context, counts, KINDS)
         tried = (f"{made.counts['hit']} of {made.counts['points']} disturbances of agent and client, "
