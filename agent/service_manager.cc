@@ -30,7 +30,8 @@ long long number(const char* name) {
 void notifyServiceManager(std::string_view state) {
   const std::string_view path = environment("NOTIFY_SOCKET");
   sockaddr_un address{};
-  if (path.empty() || path.size() >= sizeof address.sun_path) return;
+  // The longest needs no zero behind it, unix(7).
+  if (path.empty() || path.size() > sizeof address.sun_path) return;
   address.sun_family = AF_UNIX;
   std::memcpy(address.sun_path, path.data(), path.size());
   if (path.front() == '@') address.sun_path[0] = '\0';  // an abstract name

@@ -15,21 +15,33 @@ namespace {
 
 using std::chrono::microseconds;
 
-TEST(ServiceManagerTest, HearsOnAnAbstractSocket) {
-  const std::string name = "lparams-test-" + std::to_string(::getpid());
+/// What a manager at the abstract name hears.
+std::string heardAt(const std::string& name) {
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
-  (void)name.copy(&address.sun_path[1], name.size());
+  (void)name.copy(&address.sun_path[1], sizeof address.sun_path - 1);
   const int manager = ::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-  ASSERT_EQ(::bind(manager, reinterpret_cast<const sockaddr*>(&address),
+  EXPECT_EQ(::bind(manager, reinterpret_cast<const sockaddr*>(&address),
                    static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + 1 + name.size())),
             0);
   (void)::setenv("NOTIFY_SOCKET", ("@" + name).c_str(), 1);
   notifyServiceManager("READY=1");
   std::array<char, 100> buffer{};
   const ssize_t size = ::recv(manager, buffer.data(), buffer.size(), MSG_DONTWAIT);
-  EXPECT_EQ(std::string(buffer.data(), static_cast<size_t>(std::max<ssize_t>(size, 0))), "READY=1");
   (void)::close(manager);
+  return {buffer.data(), static_cast<size_t>(std::max<ssize_t>(size, 0))};
+}
+
+TEST(ServiceManagerTest, HearsOnAnAbstractSocket) {
+  std::string name = "lparams-test-" + std::to_string(::getpid());
+  EXPECT_EQ(heardAt(name), "READY=1");
+  name.resize(107, 'x');
+  EXPECT_EQ(heardAt(name), "READY=1") << "the longest name";
+}
+
+TEST(ServiceManagerTest, HearsNothingOnASocketThatThereCannotBe) {
+  (void)::setenv("NOTIFY_SOCKET", ("/" + std::string(108, 'x')).c_str(), 1);
+  notifyServiceManager("READY=1");
 }
 
 TEST(ServiceManagerTest, HearsOfTheAgentAtHalfOfItsLimit) {
