@@ -262,7 +262,6 @@ bool SettingsKeeper::saveDurably() {
   {
     const MutexLock turn(writeTurn_);
     text = currentText();
-    refuseUnreadable(text);
     review(text);
   }
   // The shadow copy first: from here on the new settings are safe, whatever becomes of the file.
@@ -304,10 +303,7 @@ bool SettingsKeeper::saveDurably() {
 bool SettingsKeeper::replaceSettings(const std::string& text, std::string& report) {
   const MutexLock turn(writeTurn_);
   std::string now = currentText();
-  if (now != text) {
-    refuseUnreadable(now);
-    review(now);
-  }
+  if (now != text) review(now);
   if (onDisk_ != text) forgetSnapshot();  // it may hold them, and the file does not
   try {
     if (!server_.save(&report)) return false;
@@ -321,8 +317,10 @@ bool SettingsKeeper::replaceSettings(const std::string& text, std::string& repor
   return true;
 }
 
-/// Tells what a start would find in the text that is to be saved. REQUIRES: the write turn.
+/// Tells what a start would find in the text that is to be saved. Throws if none would accept it.
+/// REQUIRES: the write turn.
 void SettingsKeeper::review(const std::string& text) {
+  refuseUnreadable(text);
   reviewed_ = reviewReread(server_, text, maxUsers_);
   logFindings(Level::Warning, reviewed_, state().findings);
 }
