@@ -6,7 +6,6 @@
 #include <unistd.h>
 
 #include <charconv>
-#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <string_view>
@@ -46,12 +45,8 @@ int option(int descriptor, int name) {
 std::string pathOf(int descriptor) {
   sockaddr_un address{};
   socklen_t size = sizeof address;
-  if (::getsockname(descriptor, reinterpret_cast<sockaddr*>(&address), &size) != 0 ||
-      size <= offsetof(sockaddr_un, sun_path)) {
-    return {};
-  }
-  const size_t length = size - offsetof(sockaddr_un, sun_path);
-  return {address.sun_path, ::strnlen(address.sun_path, length)};
+  (void)::getsockname(descriptor, reinterpret_cast<sockaddr*>(&address), &size);
+  return {address.sun_path, ::strnlen(address.sun_path, sizeof address.sun_path)};
 }
 
 }  // namespace
