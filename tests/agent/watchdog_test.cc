@@ -6,6 +6,7 @@
 #include <asio/post.hpp>
 #include <atomic>
 #include <future>
+#include <memory>
 #include <optional>
 #include <thread>
 #include <utility>
@@ -69,6 +70,36 @@ TEST_F(WatchdogTest, IsSilentOnceItIsStopped) {
   const int before = count();
   std::this_thread::sleep_for(20ms);
   EXPECT_EQ(count(), before);
+}
+
+TEST_F(WatchdogTest, StopsWithoutBeingWaitedFor) {
+  // A look lives as long as the thread that looks.
+  auto look = std::make_shared<std::promise<void>>();
+  std::future<void> thread = look->get_future();
+  watchdog_.emplace(
+      io_, [look] {}, 1h, [] {});
+  look.reset();
+  watchdog_->stop();
+  EXPECT_EQ(thread.wait_for(30s), std::future_status::ready);
+}
+
+TEST_F(WatchdogTest, TellsOnceOfManyLooksThatTheContextSleptThrough) {
+  std::promise<void> wakeUp;
+  asio::post(io_, [&] { wakeUp.get_future().wait(); });
+  std::atomic<int> looks = 0;
+  std::atomic<int> told = 0;
+  watchdog_.emplace(
+      io_,
+      [&] {
+        ++looks;
+        looks.notify_all();
+      },
+      1ms, [&] { ++told; });
+  for (int now = looks; now < 5; now = looks) looks.wait(now);
+  watchdog_.reset();
+  wakeUp.set_value();
+  (void)count();
+  EXPECT_EQ(told, 1);
 }
 
 }  // namespace

@@ -34,5 +34,13 @@ TEST_F(SettingsHashesTest, AreNotMadeAnewUntilSomebodyWrites) {
   EXPECT_NE(hashes_.running(), before);
 }
 
+TEST_F(SettingsHashesTest, AreOfSavedSettingsThatAreMadeOnceASave) {
+  const auto before = saved_.current();
+  EXPECT_EQ(saved_.current(), before);
+  (void)set({{bridge::Change::Set, "LOG.WALL_ON", "0"}});
+  save();
+  EXPECT_NE(saved_.current(), before);
+}
+
 }  // namespace
 }  // namespace agent

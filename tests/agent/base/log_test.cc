@@ -6,11 +6,14 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <functional>
 #include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
+
+#include "tests/module/failing_allocation.h"
 
 using testing::HasSubstr;
 using testing::MatchesRegex;
@@ -142,6 +145,45 @@ TEST(Log, NeverWaitsForASocketEither) {
   log(Level::Info, "to nobody");
   (void)::dup2(before, STDERR_FILENO);
   for (const int file : {before, ends[1]}) (void)::close(file);
+}
+
+TEST(Log, WritesEachLineToASocketOnce) {
+  int ends[2];
+  ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends), 0);
+  const int before = ::dup(STDERR_FILENO);
+  (void)::dup2(ends[1], STDERR_FILENO);
+  errno = ENOTSOCK;  // of an earlier call
+  log(Level::Info, "one");
+  log(Level::Info, "two");
+  (void)::dup2(before, STDERR_FILENO);
+  char bytes[1000];
+  const ssize_t size = ::recv(ends[0], bytes, sizeof bytes, MSG_DONTWAIT);
+  for (const int file : {before, ends[0], ends[1]}) (void)::close(file);
+  EXPECT_EQ(std::string(bytes, static_cast<size_t>(std::max<ssize_t>(size, 0))),
+            "lparams_agent: info: one\nlparams_agent: info: two\n");
+}
+
+TEST(Log, WritesAMessageWithoutItsFieldsWhereThereIsNoMemory) {
+  const std::string line = "lparams_agent: error: it failed (no memory for the rest of the line)\n";
+  EXPECT_EQ(written([] {
+              host::failAllocation(1);
+              log(Level::Error, "it failed", {{"key", "value"}});
+            }),
+            line);
+  logForJournal();
+  EXPECT_EQ(written([] {
+              host::failAllocation(1);
+              log(Level::Error, "it failed", {{"key", "value"}});
+            }),
+            "<3>" + line);
+}
+
+TEST(Log, TellsWhatItCannotCountForWantOfMemory) {
+  EXPECT_EQ(written([] {
+              host::failAllocation(1);
+              EXPECT_TRUE(logOften(Level::Error, "it failed", {{"key", "value"}}));
+            }),
+            "lparams_agent: error: it failed key=value\n");
 }
 
 TEST(Log, WhatIsCausedOftenIsToldOnceASecondWithACount) {

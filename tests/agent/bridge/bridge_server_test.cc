@@ -1,6 +1,7 @@
 #include "agent/bridge/bridge_server.h"
 
 #include <gmock/gmock.h>
+#include <pthread.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 
@@ -72,6 +73,19 @@ TEST(BridgeServer, TurnsAClientAwayForWhomThereIsNoThread) {
     server.stop();
     io.run();
   });
+}
+
+// In 32 bit all of them together have to leave room in the address space.
+TEST(BridgeServer, GivesEachSessionAStackOfOneMebibyte) {
+  const host::TempDirectory directory;
+  ServedModule served;
+  ASSERT_EQ(refusalOf(served, directory.path + "agent.sock"), "");
+  pthread_attr_t attributes;
+  size_t size = 0;
+  ASSERT_EQ(::pthread_getattr_default_np(&attributes), 0);
+  ASSERT_EQ(::pthread_attr_getstacksize(&attributes, &size), 0);
+  (void)::pthread_attr_destroy(&attributes);
+  EXPECT_EQ(size, 1'048'576u);
 }
 
 TEST(BridgeServer, RemovesItsSocketAtTheEnd) {

@@ -69,8 +69,8 @@ TEST_F(ChangedNamesTest, TellUsersApartByTheirNames) {
 }
 
 TEST_F(ChangedNamesTest, ShowAUsersNameSoThatItIsNothingElse) {
-  EXPECT_EQ(usersAfter({"a],[b", std::string(50, 'x')}),
-            R"(["a],[b"] added,[)" + std::string(40, 'x') + "...] added");
+  EXPECT_EQ(usersAfter({"a],[b", "c d", std::string(50, 'x')}),
+            R"(["a],[b"] added,["c d"] added,[)" + std::string(40, 'x') + "...] added");
 }
 
 TEST_F(ChangedNamesTest, NameOnlyTheFirstOfMany) {

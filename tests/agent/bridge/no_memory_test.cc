@@ -58,6 +58,8 @@ using agent_testing::adminRecord;
 using agent_testing::RawClient;
 using bridge::Reply;
 
+const std::string NO_MEMORY = "there is no memory for the request or its reply; try again";
+
 class NoMemory : public testing::TestWithParam<int> {
  protected:
   NoMemory() { ownThread = true; }
@@ -69,7 +71,7 @@ class NoMemory : public testing::TestWithParam<int> {
 
   /// What a client may do; ends early where the agent closes the session. Returns whether it had
   /// all its replies.
-  bool useAll() const {
+  bool useAll() {
     const RawClient client(socket_);
     if (!client.greet()) return false;
     const bridge::Request requests[] = {
@@ -85,12 +87,16 @@ class NoMemory : public testing::TestWithParam<int> {
       do {
         message = client.receive();
         if (!message) return false;
+        const auto* const reply = std::get_if<Reply>(&*message);
+        if (reply != nullptr && reply->text == NO_MEMORY) wasTold_ = true;
       } while (!std::holds_alternative<Reply>(*message));
     }
     return true;
   }
 
   Reply readAdmin() { return module_.read("ADMIN"); }
+
+  bool wasTold_ = false;  // a client
 
   const agent_testing::ScratchDirectory directory_;
   const std::string socket_ = directory_.at("socket");
@@ -125,6 +131,7 @@ TEST_P(NoMemory, NothingEndsButTheSession) {
     while (server_.sessions() > 0) std::this_thread::yield();
   }
   EXPECT_GT(first, 30) << "so many allocations were there to fail";
+  EXPECT_TRUE(wasTold_ || GetParam() > 0) << "there was memory for that";
 }
 
 }  // namespace

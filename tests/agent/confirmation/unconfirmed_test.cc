@@ -6,6 +6,7 @@
 #include <string>
 
 #include "agent/state/sealed_text.h"
+#include "inspection/settings_completeness.h"
 #include "tests/agent/state/scratch_directory.h"
 
 namespace agent {
@@ -25,6 +26,11 @@ std::string problemOf(const std::string& file) {
   } catch (const std::runtime_error& error) {
     return error.what();
   }
+}
+
+TEST(Unconfirmed, HasRoomForTwoOfTheLargestTexts) {
+  EXPECT_EQ(MAX_UNCONFIRMED_SIZE, 34'603'008u);
+  EXPECT_GT(MAX_UNCONFIRMED_SIZE, 2 * inspection::MAX_SETTINGS_SIZE + encode(Unconfirmed()).size());
 }
 
 TEST(Unconfirmed, ReadsWhatItWrites) { EXPECT_EQ(decodeUnconfirmed(encode(changes())), changes()); }

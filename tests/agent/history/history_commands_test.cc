@@ -3,12 +3,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "agent/save_hook.h"
 #include "bridge/bytes.h"
 #include "bridge/history.h"
+#include "inspection/settings_completeness.h"
 #include "tests/agent/access/named_access.h"
 
 namespace agent {
@@ -118,6 +121,28 @@ TEST_F(HistoryCommandsOf, SayWhatIsNotThere) {
   EXPECT_EQ(reply.result, 1);
   EXPECT_EQ(reply.text, "revision 1 is left out: its checksum does not fit");
   EXPECT_EQ(reply.output, "");
+}
+
+TEST_F(HistoryCommandsOf, ASaveWithoutASessionIsTheAgentsOwn) {
+  (void)set({{bridge::Change::Set, "IKE.IKE_PORT", "501"}});
+  EXPECT_EQ(server().saveHook("LPARAMS"), 1);
+  EXPECT_EQ(list(root_).at(0).number, 2u);
+  EXPECT_EQ(list(root_).at(0).program, "lparams_agent");
+  directory_.write(agent_testing::SETTINGS, "edited");
+  EXPECT_EQ(server().saveHook("LPARAMS"), 0);
+}
+
+// A file of so many bytes is whole, and its values and their names are more than a reply takes.
+TEST_F(HistoryCommandsOf, SayWhichRevisionDoesNotFitAReply) {
+  std::string text = agent_testing::exampleSettings();
+  const std::string user = "        /USER=\n            NAME=zoe\n            LSP_FILE=";
+  const std::string rest = "\n        end=\n";
+  const size_t room = inspection::MAX_SETTINGS_SIZE - text.size() - user.size() - rest.size();
+  text.insert(text.rfind("    end=\nend=\n"), user + std::string(room, 'x') + rest);
+  ASSERT_EQ(history_.saved({}, {}, std::make_shared<const std::string>(std::move(text))), 2u);
+  const bridge::Reply reply = revision(root_, 2);
+  EXPECT_EQ(reply.reason, Reason::ReplyTooLarge);
+  EXPECT_EQ(reply.text, "revision 2 does not fit a frame");
 }
 
 TEST_F(HistoryCommandsOf, GiveNoSecretToWhoMayNotWrite) {

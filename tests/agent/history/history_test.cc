@@ -99,6 +99,13 @@ TEST_F(HistoryOf, IsBoundedInBytes) {
   EXPECT_THAT(open(50, 1).numbers(), ElementsAre(8)) << "the newest stays";
 }
 
+TEST_F(HistoryOf, HasRoomForJustTheBytesThatItMayTake) {
+  scratch_.write("history.1", "12345");
+  scratch_.write("history.2", "67890");
+  EXPECT_THAT(open(50, 10).numbers(), ElementsAre(1, 2));
+  EXPECT_THAT(open(50, 9).numbers(), ElementsAre(2));
+}
+
 TEST_F(HistoryOf, TakesWhatAStartFindsForARevisionOfTheAgent) {
   open().found(settings(500));
   history_->found(nullptr);
@@ -183,11 +190,17 @@ TEST_F(HistoryOf, TellsNoMoreChangesThanItHasRoomFor) {
                      std::string(size, 'x') + "\n        end=\n");
     return std::make_shared<const std::string>(large);
   };
+  // The change has a name of 19 bytes, and one of the value before.
+  constexpr size_t MOST = 1'048'576 - 20;
   (void)history_->saved({}, {}, with(1));
-  (void)history_->saved({}, {}, with(2 * 1024 * 1024));
-  EXPECT_TRUE(history_->read(2)->head.changes.empty());
-  EXPECT_EQ(history_->read(2)->head.changesLeftOut, 1u);
-  EXPECT_EQ(history_->read(2)->text, *with(2 * 1024 * 1024));
+  (void)history_->saved({}, {}, with(MOST));
+  EXPECT_EQ(history_->read(2)->head.changes.size(), 1u);
+  EXPECT_EQ(history_->read(2)->head.changesLeftOut, 0u);
+  (void)history_->saved({}, {}, with(1));
+  (void)history_->saved({}, {}, with(MOST + 1));
+  EXPECT_TRUE(history_->read(4)->head.changes.empty());
+  EXPECT_EQ(history_->read(4)->head.changesLeftOut, 1u);
+  EXPECT_EQ(history_->read(4)->text, *with(MOST + 1));
 }
 
 // What a later part of a revision fails with must not undo an earlier one twice.

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <sys/stat.h>
 
+#include <ctime>
 #include <filesystem>
 #include <stdexcept>
 
@@ -204,6 +205,22 @@ TEST(Recovery, FilesBecomeTheAgentsAlone) {
   }
 }
 
+TEST(Recovery, FilesThatAreTheAgentsAloneAreLeftAsTheyAre) {
+  const Row files("W--");
+  struct stat before {};
+  struct stat after {};
+  ASSERT_EQ(::chmod(files.directory.at(SETTINGS).c_str(), 0600), 0);
+  ASSERT_EQ(::stat(files.directory.at(SETTINGS).c_str(), &before), 0);
+  timespec now{};
+  do {
+    (void)::clock_gettime(CLOCK_REALTIME_COARSE, &now);  // the clock of a file's times
+  } while (now.tv_sec == before.st_ctim.tv_sec && now.tv_nsec == before.st_ctim.tv_nsec);
+  (void)prepareStart(files.state, false);
+  ASSERT_EQ(::stat(files.directory.at(SETTINGS).c_str(), &after), 0);
+  EXPECT_EQ(after.st_ctim.tv_sec, before.st_ctim.tv_sec);
+  EXPECT_EQ(after.st_ctim.tv_nsec, before.st_ctim.tv_nsec);
+}
+
 TEST(Recovery, WhatIsKeptIsNeverOverwritten) {
   const Row files("-W-");
   for (const std::string damage : {"one", "two", "three"}) {
@@ -299,6 +316,15 @@ TEST_F(LegacyRecovery, ADocumentThatIsTooLargeIsKeptWhole) {
   directory_.write("localsettings.xml", "<newer/>");
   EXPECT_TRUE(keepLegacySettings(state_));
   EXPECT_EQ(directory_.text("localsettings.xml.importing"), "<newer/>");
+  EXPECT_TRUE(directory_.textOfOnly("localsettings.xml.imported-") == large);
+}
+
+TEST_F(LegacyRecovery, ADocumentOfTheLargestSizeIsKeptOnce) {
+  const std::string large(1'048'576, ' ');
+  directory_.write("localsettings.xml.imported-20260101T000000Z", large);
+  directory_.write("localsettings.xml.importing", large);
+  directory_.write("localsettings.xml", "<newer/>");
+  EXPECT_TRUE(keepLegacySettings(state_));
   EXPECT_TRUE(directory_.textOfOnly("localsettings.xml.imported-") == large);
 }
 

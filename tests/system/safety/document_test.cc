@@ -4,6 +4,8 @@
 #include <iterator>
 #include <regex>
 #include <set>
+#include <string>
+#include <vector>
 
 #include "programs/exit_status.h"
 #include "tests/system/safety/agent_test.h"
@@ -12,6 +14,7 @@ namespace safety {
 namespace {
 
 using testing::Contains;
+using testing::ElementsAre;
 using testing::HasSubstr;
 
 class Documents : public AgentTest {
@@ -55,6 +58,26 @@ TEST_F(Documents, NameNoOptionThatIsNotThere) {
   for (const std::string& option : named) {
     EXPECT_NE(help.find(option + " "), std::string::npos) << option;
   }
+}
+
+TEST_F(Documents, StateHowManyRevisionsAreKept) {
+  const auto kept = all(runAgent({"--help"}).output, "--history [^\n]*=([0-9]+)\n");
+  ASSERT_EQ(kept.size(), 1U);
+  EXPECT_THAT(document("operations.md"),
+              HasSubstr("The newest " + *kept.begin() + " are kept\n(`--history`)"));
+}
+
+// Of the help, and of the manual page that is made of it.
+TEST_F(Documents, ListTheAgentsOptionsInAnOrderThatStays) {
+  const std::string help = runAgent({"--help"}).output;
+  const std::regex option("\n  (?:-h,)?(--[a-z-]+)");
+  std::vector<std::string> options;
+  for (std::sregex_iterator match(help.begin(), help.end(), option), end; match != end; ++match) {
+    options.push_back((*match)[1].str());
+  }
+  EXPECT_THAT(options, ElementsAre("--help", "--version", "--state-dir", "--socket", "--module",
+                                   "--admin-group", "--max-users", "--history", "--accept-any",
+                                   "--allow-defaults", "--save-on-exit", "--journal"));
 }
 
 TEST_F(Documents, ListEveryExitStatus) {
