@@ -261,6 +261,34 @@ TEST_F(ConfirmationOf, TellsOfADamagedFile) {
   expectApplied(LONG, {port("501")});
 }
 
+TEST_F(ConfirmationOf, GoesOnWaitingIfItCannotBeMadeDurable) {
+  expectApplied(LONG, {port("501")});
+  const std::string changes = directory_.text(UNCONFIRMED);
+  const std::filesystem::path path = directory_.at(UNCONFIRMED);
+  std::filesystem::remove(path);
+  std::filesystem::create_directory(path);
+  const bridge::Reply reply = confirmation_->confirm(root_);
+  EXPECT_EQ(reply.reason, Reason::SaveRefused);
+  EXPECT_THAT(reply.text, testing::StartsWith("the changes could not be confirmed durably: "));
+  EXPECT_TRUE(isWaiting());
+  std::filesystem::remove(path);
+  directory_.write(UNCONFIRMED, changes);
+  EXPECT_EQ(confirmation_->confirm(root_).result, 1);
+  EXPECT_FALSE(isWaiting());
+}
+
+TEST_F(ConfirmationOf, TakesNoLongerMessageThanASave) {
+  const std::string longest(4096, 'm');
+  const auto with = [&](const std::string& message) {
+    return apply(root_, {0, false, message, {{}, {port("501")}}});
+  };
+  const bridge::Reply reply = with(longest + "m");
+  EXPECT_EQ(reply.reason, Reason::IllegalValue);
+  EXPECT_EQ(reply.text, "a message of 4097 bytes is too long; expected at most 4096");
+  EXPECT_EQ(running("IKE.IKE_PORT"), "500");
+  EXPECT_EQ(with(longest).result, 1);
+}
+
 TEST_F(ConfirmationOf, SaysThatASaveFailed) {
   directory_.write(SETTINGS, "edited");
   const bridge::Reply reply = apply(LONG, {port("501")}, true);

@@ -145,6 +145,14 @@ TEST_F(HistoryCommandsOf, SayWhichRevisionDoesNotFitAReply) {
   EXPECT_EQ(reply.text, "revision 2 does not fit a frame");
 }
 
+TEST_F(HistoryCommandsOf, SayThatNothingWasEverSaved) {
+  directory_.remove("history.1");
+  History none{kept_.directory(), 50};
+  std::string input;
+  bridge::put(input, uint64_t{1});
+  EXPECT_EQ(HistoryCommands(none).read(root_, input).text, "there is no revision 1, nor another");
+}
+
 TEST_F(HistoryCommandsOf, GiveNoSecretToWhoMayNotWrite) {
   (void)set({{bridge::Change::Set, "IKE.QCD_SECRET", "s3cret"}});
   (void)saveAs("");

@@ -17,6 +17,16 @@ TEST_F(Client, SetChangesGroupsTogetherAndTellsHow) {
   EXPECT_THAT(host::readFile(settingsPath), HasSubstr("DPD_IDLE_TIME=50\n"));
 }
 
+TEST_F(Client, SetTellsWhatItHasChangedThoughItWasNotSaved) {
+  host::writeFile(settingsPath, "edited");
+  const Outcome outcome = ctl({"set", "--save", "IKE.IKE_PORT=501"});
+  EXPECT_EQ(outcome.exitCode, 74);
+  EXPECT_EQ(outcome.out, "IKE.IKE_PORT: 500 -> 501   (not saved)\n");
+  EXPECT_THAT(outcome.err, HasSubstr("lparamsctl save --force"));
+  EXPECT_EQ(json::parse(ctl({"set", "--save", "--json", "IKE.IKE_PORT=502"}).out)["saved"], false);
+  EXPECT_EQ(out({"get", "IKE.IKE_PORT"}), "502\n");
+}
+
 TEST_F(Client, SetTellsAllMistakesAndWritesNothing) {
   EXPECT_EQ(ctl({"set", "IKE.EXCHANGE_TIMEOUT=120", "IKE.IKE_PROT=1", "IKE.NATT_PORT=0"}),
             failed(65,
