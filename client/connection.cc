@@ -66,7 +66,7 @@ class Connection::Stream {
 
   /// False if nobody reads any more what is written to the descriptor.
   bool waitForInput(int output) {
-    std::array<pollfd, 2> waiting = {{{socket_.native_handle(), POLLIN, 0}, {output, 0, 0}}};
+    std::array waiting = {pollfd{socket_.native_handle(), POLLIN, 0}, pollfd{output, 0, 0}};
     while (::poll(waiting.data(), waiting.size(), -1) < 0) {
       if (errno != EINTR) fail("cannot be waited for: " + std::system_category().message(errno));
     }

@@ -52,7 +52,7 @@ class Slip:
 def masked(text):
     """The text with blanks in the place of comments, literals of characters and preprocessor lines."""
     pattern = re.compile(
-        r'//[^\n]*|/\*.*?\*/|R"(\w*)\(.*?\)\1"|"(?:\\.|[^"\\\n])*"|(?<![0-9A-Za-z_])\'(?:\\.|[^\'\\\n])+\''
+        r'//[^\n]*|/\*.*?\*/|R"([^ ()\\\n]*)\(.*?\)\1"|"(?:\\.|[^"\\\n])*"|(?<![0-9A-Za-z_])\'(?:\\.|[^\'\\\n])+\''
         r"|^[ \t]*#(?:[^\n]*\\\n)*[^\n]*", re.S | re.M)
     return pattern.sub(lambda match: re.sub(r"[^\n]", " ", match.group()), text)
 
@@ -116,6 +116,9 @@ LOCK = re.compile(r"(?:const )?[\w:]*(?:Lock|lock_guard|scoped_lock|unique_lock|
                   r"(?:<[^;]*>)? \w+[({].*;$", re.S)
 GUARD = re.compile(r"if \([^;]*\) (?:return|throw|continue|break)\b.*;$", re.S)
 ASSIGNMENT = re.compile(r"[\w.:>\-\[\]]+ [+\-|&]?= .*;$", re.S)
+OPTION = re.compile(r'(?:app|command)\.add_\w+\("|add[A-Z]\w*\(command\b')
+POSITIONAL = re.compile(r'command\.add_option\("(?!-)')
+BUFFER = re.compile(r"(?:array<char, |\bchar \w+\[)[^;\n]*$")
 
 
 def is_call(statement):
@@ -133,6 +136,12 @@ def independent(first, second):
     """Whether two assignments are to different things that the other one does not look at."""
     targets = [ASSIGNMENT.match(one) and one.split(" ")[0] for one in (first, second)]
     return all(targets) and targets[0] not in second and targets[1] not in first
+
+
+def in_any_order(first, second):
+    """Whether two options of a command line are added: their order is that of the help alone."""
+    both = first, second
+    return all(OPTION.match(one) for one in both) and not all(POSITIONAL.match(one) for one in both)
 
 
 def find(path, text):
@@ -161,7 +170,9 @@ def find(path, text):
         pair = mask[first.begin:first.end], mask[second.begin:second.end]
         movable = all(is_call(one) or (ASSIGNMENT.match(one) and not NO_CALL.match(one))
                       for one in pair)
-        if movable and not independent(*pair) and mask[first.end:second.begin].isspace():
+        words = text[first.begin:first.end], text[second.begin:second.end]
+        if (movable and not independent(*pair) and not in_any_order(*words)
+                and mask[first.end:second.begin].isspace()):
             between = text[first.end:second.begin]
             yield (SWAPPED_ORDER, first.begin, second.end,
                    text[second.begin:second.end] + between + text[first.begin:first.end])
@@ -172,7 +183,9 @@ def find(path, text):
             yield OFF_BY_ONE, *match.span(), others[match.group()]
     for match in re.finditer(r"(?<![\w.'])(?:0[xX][0-9A-Fa-f']+|[0-9][0-9']*)(?=[uUlL]*\b)", mask):
         number = int(match.group().replace("'", ""), 0 if "x" in match.group().lower() else 10)
-        if number > 1:
+        line_begin = mask.rfind("\n", 0, match.start()) + 1
+        # That a buffer has a byte more, nobody can notice.
+        if number > 1 and not BUFFER.search(mask[line_begin:match.start()]):
             yield WRONG_CONSTANT, *match.span(), str(number + 1)
 
 

@@ -68,6 +68,29 @@ class Slips(unittest.TestCase):
         self.assertEqual(self.of(slips.WRONG_CONSTANT), [
             ("16'384", "16385"), ("3", "4"), ("2", "3"), ("3", "4"), ("4", "5")])
 
+    def test_nothing_in_a_literal_is_a_slip(self):
+        source = """constexpr const char* NOTES =
+    R"~(Exit status: 64
+f(); )" 65)~";
+const char* const what = "66";
+"""
+        self.assertEqual(slips.slips_of("a/b.cc", source), [])
+
+    def test_the_size_of_a_buffer_is_no_slip(self):
+        source = "char digits[64];\nstd::array<char, 16 * 1024> chunk{};\nchar f(int x = 7);\n"
+        self.assertEqual([slip.before for slip in slips.slips_of("a/b.cc", source)], ["7"])
+
+    def test_options_may_be_in_any_order_but_two_positional_ones(self):
+        flag, first, second = ('command.add_flag("--x", x, "X");',
+                               'command.add_option("FIRST", first)->required();',
+                               'command.add_option("SECOND", second);')
+        for pair, swaps in (((flag, first), 0), ((first, "addJson(command, json);"), 0),
+                            ((first, second), 1), ((flag, "f();"), 1)):
+            source = "void add() {\n  " + "\n  ".join(pair) + "\n}\n"
+            found = [slip for slip in slips.slips_of("a/b.cc", source)
+                     if slip.kind == slips.SWAPPED_ORDER]
+            self.assertEqual(len(found), swaps, pair)
+
     def test_neighbours_change_places_if_that_makes_a_difference(self):
         self.assertEqual(self.of(slips.SWAPPED_ORDER), [
             ('b.close();\n    log("f(); 77");', 'log("f(); 77");\n    b.close();'),
