@@ -110,6 +110,8 @@ TEST(NoticeReport, ShowsATimeThatIsNoneAsNone) {
   Notice notice = noticeOf(Notice::Saved);
   notice.time = UINT64_MAX;
   EXPECT_EQ(linesOf(notice, ""), std::string("- saved") + BY);
+  notice.time = 253'402'300'800'000;
+  EXPECT_EQ(linesOf(notice, ""), std::string("- saved") + BY) << "in the year 10000";
   notice.time = 253'402'300'799'999;
   EXPECT_EQ(linesOf(notice, ""), std::string("9999-12-31T23:59:59.999Z saved") + BY);
 }

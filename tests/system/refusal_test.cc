@@ -93,6 +93,25 @@ TEST_F(Refusal, OfASocketPathThatIsTooLong) {
   expectRefusal(UNAVAILABLE, "socket  cannot be used", {{"--socket", ""}});
 }
 
+// The agent makes paths whole, but for one that fits only as it was given.
+TEST_F(Refusal, IsNotOfASocketPathThatIsShortEnoughAsItWasGiven) {
+  const auto before = std::filesystem::current_path();
+  const std::string place = std::filesystem::canonical(directory.path).string() + "/";
+  for (const size_t length : {107, 108}) {
+    const std::string deep = place + std::string(length - 2 - place.size(), 'd');
+    std::filesystem::create_directory(deep);
+    std::filesystem::permissions(deep, std::filesystem::perms::owner_all);
+    std::filesystem::current_path(deep);
+    start({{"--socket", "s"}});
+    EXPECT_TRUE(BridgeClient("s").greet());
+    EXPECT_TRUE(lineWith(agent->logLines(), {"listening"})
+                    .ends_with("socket=" + (length == 107 ? deep + "/s" : "s")))
+        << agent->log();
+    stop();
+  }
+  std::filesystem::current_path(before);
+}
+
 TEST_F(Refusal, OfASocketWhoseDirectoryCannotBeMade) {
   const std::string path = directory.path + "missing/deeper/agent.sock";
   expectRefusal(UNAVAILABLE, "socket " + path + " cannot be made: ", {{"--socket", path}});
