@@ -2,6 +2,7 @@
 
 ORDER = ("fuzz", "memory", "calls", "power", "rot", "races", "locks", "mutants", "coverage",
          "hostile", "soak", "static")
+MOST_SHOWN = 160  # characters of what a control has found
 
 
 def rank(name):
@@ -10,6 +11,12 @@ def rank(name):
 
 def minutes(seconds):
     return f"{seconds / 60:.1f}"
+
+
+def shown(text):
+    """In one cell."""
+    text = " ".join(text.split())
+    return text if len(text) <= MOST_SHOWN else text[:MOST_SHOWN] + "..."
 
 
 def last_line(text):
@@ -24,7 +31,7 @@ def rows(results):
             yield name, made["state"], minutes(made["seconds"]), last_line(made["result"])
         for control in made.get("controls", ()):
             state = "found" if control["found"] else "not found"
-            yield name, state, minutes(made["seconds"]), f"{control['name']}: {control['how']}"
+            yield name, state, minutes(made["seconds"]), f"{control['name']}: {shown(control['how'])}"
 
 
 def print_table(results):

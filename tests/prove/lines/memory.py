@@ -9,6 +9,9 @@ from line import Control, Line, Outcome
 FOLDER = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 sys.path.insert(0, os.path.join(FOLDER, "shortage"))
 
+import starved_client  # noqa: E402
+import starved_life  # noqa: E402
+import starved_sessions  # noqa: E402
 import trials  # noqa: E402
 
 TARGETS = ("lparams_agent", "lparams_server", "lparamsctl", "failing_memory")
@@ -32,11 +35,11 @@ class Memory(Line):
         made = trials.Trials(context.build("release-32", *TARGETS), context)
         seconds = 0 if context.short else context.seconds
         try:
-            made.commands(COMMANDS * seconds)
-            made.starts(trials.START, START * seconds)
-            made.starts(trials.RECOVERY, RECOVERY * seconds)
-            made.ends(END * seconds)
-            made.client(CLIENT * seconds)
+            starved_sessions.Sessions(made).go(COMMANDS * seconds)
+            starved_life.starts(made, starved_life.START, START * seconds)
+            starved_life.starts(made, starved_life.RECOVERY, RECOVERY * seconds)
+            starved_life.ends(made, END * seconds)
+            starved_client.applies(made, CLIENT * seconds)
         finally:
             made.close()
         if not context.short:  # it is among the tests
@@ -80,7 +83,7 @@ class Memory(Line):
         made = trials.Trials(build, context, os.path.join(build, SLIPS), {"SLIP": slip})
         made.enough = 1
         try:
-            made.commands(CONTROL_SECONDS)
+            starved_sessions.Sessions(made).go(CONTROL_SECONDS)
         finally:
             made.close()
         named = [find for find in made.finds if word in find]
