@@ -58,6 +58,25 @@ TEST_F(SocketGroupTest, IsTheOneThatTheSettingsName) {
   EXPECT_EQ(group_->problem(), "group \"no such group\": the system knows no such group");
 }
 
+TEST_F(SocketGroupTest, IsToldOfWhenSomethingHasChanged) {
+  const auto toldWhenNamed = [this](const std::string& group) {
+    testing::internal::CaptureStderr();
+    name(group);
+    const std::string log = testing::internal::GetCapturedStderr();
+    const size_t begin = log.find("the administrators' group ");
+    return begin == std::string::npos ? "" : log.substr(begin, log.find(" socket=") - begin);
+  };
+  serve("0750");
+  const std::string own = ::getgrgid(::getegid())->gr_name;
+  (void)toldWhenNamed(own);
+  EXPECT_EQ(toldWhenNamed(own), "");
+  const std::string lost = "the administrators' group cannot reach the socket";
+  EXPECT_EQ(toldWhenNamed("no such group"), lost);
+  EXPECT_EQ(toldWhenNamed("no such group"), "");
+  EXPECT_EQ(toldWhenNamed("none either"), lost);
+  EXPECT_EQ(toldWhenNamed(own), "the administrators' group can reach the socket");
+}
+
 TEST_F(SocketGroupTest, CannotEnterAPrivateDirectory) {
   serve("0700");
   const std::string own = ::getgrgid(::getegid())->gr_name;
