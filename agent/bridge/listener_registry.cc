@@ -30,12 +30,9 @@ class ListenerRegistry::Call {
  public:
   Call(ListenerRegistry& registry, Entry& entry) REQUIRES(registry.mutex_)
       : registry_(registry), entry_(entry) {
-    ++entry_.running;
+    registry.begin(entry);
   }
-  ~Call() {
-    const MutexLock lock(registry_.mutex_);
-    if (--entry_.running == 0 && entry_.removed) registry_.idle_.notifyAll();
-  }
+  ~Call() { registry_.endCall(entry_); }
   Call(const Call&) = delete;
   Call& operator=(const Call&) = delete;
 
@@ -92,12 +89,11 @@ void ListenerRegistry::forEachListener(Visit visit) {
       ++entry;
       continue;
     }
-    ++entry->running;  // it stays in the list
+    begin(*entry);
     lock.unlock();
     tell(*entry->listener, visit);
     lock.lock();
-    const auto told = entry++;
-    if (--told->running == 0 && told->removed) idle_.notifyAll();
+    end(*entry++);
   }
 }
 

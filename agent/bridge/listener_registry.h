@@ -55,7 +55,16 @@ class ListenerRegistry {
   class Call;
 
   template <typename Visit>
-  void forEachListener(Visit visit);
+  void forEachListener(Visit visit) REQUIRES(telling_);
+
+  void begin(Entry& entry) REQUIRES(mutex_) { ++entry.running; }  // it stays in the list
+  void end(Entry& entry) REQUIRES(mutex_) {
+    if (--entry.running == 0 && entry.removed) idle_.notifyAll();
+  }
+  void endCall(Entry& entry) {
+    const MutexLock lock(mutex_);
+    end(entry);
+  }
 
   Mutex telling_;  // held while listeners are told of a session; taken before the other
   Mutex mutex_;    // protects also what the entries hold

@@ -385,15 +385,19 @@ bool Confirmation::isOnDisk(const Unconfirmed& changes) {
 
 void Confirmation::resume() {
   std::shared_ptr<Unconfirmed> found;
+  std::string damage;
   try {
     auto file = readFile(path(), MAX_UNCONFIRMED_SIZE);
     if (!file) return;
     found = std::make_shared<Unconfirmed>(decodeUnconfirmed(std::move(*file)));
   } catch (const std::exception& error) {
+    damage = error.what();
+  }
+  if (!found) {
     log(Level::Error, "changes that were not confirmed cannot go back",
-        {{"file", path()}, {"reason", error.what()}});
+        {{"file", path()}, {"reason", damage}});
     const MutexLock lock(mutex_);
-    problem_ = path() + ": " + error.what();
+    problem_ = path() + ": " + damage;
     return;
   }
   const auto most = milliseconds(seconds(found->seconds));

@@ -68,13 +68,9 @@ Author Author::self() { return {::geteuid(), ::getpid(), "lparams_agent"}; }
 
 History::History(const StateDirectory& directory, size_t kept, uint64_t maxSize)
     : directory_(directory), kept_(kept), maxSize_(maxSize) {
-  const MutexLock writing(writing_);
-  {
-    const MutexLock lock(mutex_);
-    addFiles();
-    forgetOld();
-    if (!sizes_.empty()) lastNumber_ = sizes_.rbegin()->first;
-  }
+  addFiles();
+  forgetOld();
+  if (!sizes_.empty()) lastNumber_ = sizes_.rbegin()->first;
   findNewest();
 }
 
@@ -102,17 +98,20 @@ void History::findNewest() {
   std::vector<uint64_t> present = numbers();
   std::ranges::reverse(present);
   for (const uint64_t number : present) {
+    std::string damage;
     try {
       if (auto revision = read(number)) {
         newestText_ = std::make_shared<const std::string>(std::move(revision->text));
-        return;
       }
     } catch (const std::exception& error) {
-      log(Level::Warning, "a revision of the history cannot be used",
-          {{"file", pathOf(number)}, {"reason", error.what()}});
-      const MutexLock lock(mutex_);
-      damage_ = pathOf(number) + ": " + error.what();
+      damage = error.what();
     }
+    if (newestText_) return;
+    if (damage.empty()) continue;
+    log(Level::Warning, "a revision of the history cannot be used",
+        {{"file", pathOf(number)}, {"reason", damage}});
+    const MutexLock lock(mutex_);
+    damage_ = pathOf(number) + ": " + damage;
   }
 }
 
@@ -132,8 +131,10 @@ uint64_t History::saved(const Author& author, const std::string& message,
 /// Returns 0 if it could not be written.
 uint64_t History::write(const Author& author, const std::string& message,
                         const std::shared_ptr<const std::string>& text) {
+  uint64_t number = 0;
+  std::string failure;
   try {
-    const uint64_t number = ++lastNumber_;  // used, whatever becomes of the file
+    number = ++lastNumber_;  // used, whatever becomes of the file
     // Member by member: GCC 12 destroys members twice if a nested initializer throws.
     KeptRevision revision;
     revision.head.number = number;
@@ -154,14 +155,14 @@ uint64_t History::write(const Author& author, const std::string& message,
     newestText_ = text;  // not before: without memory for the size there is no such revision
     writeFailure_.clear();
     forgetOld();
-    return number;
   } catch (const std::exception& error) {
-    log(Level::Error, "the settings are saved, but the history lacks it",
-        {{"reason", error.what()}});
-    const MutexLock lock(mutex_);
-    writeFailure_ = error.what();
-    return 0;
+    failure = error.what();
   }
+  if (failure.empty()) return number;
+  log(Level::Error, "the settings are saved, but the history lacks it", {{"reason", failure}});
+  const MutexLock lock(mutex_);
+  writeFailure_ = std::move(failure);
+  return 0;
 }
 
 void History::forgetOld() {

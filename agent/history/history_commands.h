@@ -26,8 +26,8 @@ class HistoryCommands {
   bridge::Reply read(BridgeSession& session, const std::string& input);
 
  private:
-  const History& history_;
   Mutex reading_;  // held while files are read: there are never many of them in memory
+  const History& history_ GUARDED_BY(reading_);
 };
 
 }  // namespace agent
