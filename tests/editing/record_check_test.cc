@@ -6,9 +6,11 @@
 #include <functional>
 #include <sstream>
 
+#include "editing/standing_values.h"
 #include "lparams/params/enum_param.h"
 #include "tests/agent/bridge/served_module.h"
 #include "tests/support/readable_bytes.h"
+#include "tests/support/waits_for.h"
 
 namespace editing {
 namespace {
@@ -363,6 +365,16 @@ TEST_F(RecordCheckTest, AsManyUsersAsAreTherePass) {
   (void)settings_.userList.append();
   EXPECT_EQ(refusal(testing_support::encodeRecord(settings_.userList)),
             "USERS: 6 entries are too many; expected at most 3");
+}
+
+TEST_F(RecordCheckTest, WhatIsThereIsLookedAtUnderItsLock) {
+  while (settings_.userList.items.size() <= MAX_USERS) (void)settings_.userList.append();
+  const std::string record = testing_support::encodeRecord(settings_.userList);
+  EXPECT_TRUE(testing_support::waitsFor(module_.server().userList,
+                                        [&] { EXPECT_NE(refusal(record), ""); }));
+  for (ParamGroup* group : settings_.groups()) {
+    EXPECT_TRUE(testing_support::waitsFor(*group, [&] { (void)StandingValues(*group); }));
+  }
 }
 
 TEST_F(RecordCheckTest, TellsTheSizeOfTheGroupInTheFile) {

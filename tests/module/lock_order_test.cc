@@ -2,6 +2,7 @@
 // the root's, then the group's.
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <optional>
 
 #include "tests/module/loaded_module.h"
@@ -75,6 +76,18 @@ TEST_F(LockOrder, TheQuestionForChangesHoldsTheRootsAndTheGroupsOnly) {
   EXPECT_TRUE(root().save(nullptr));
   EXPECT_FALSE(root().isChanged());
   EXPECT_THAT(held, ElementsAre("ROOT", "ADMIN"));
+}
+
+TEST_F(LockOrder, TheQuestionForChangesTakesTheRootsForTheSizeTheTextAndTheComparison) {
+  const auto timesTaken = [&] {
+    recordTakings();
+    (void)root().isChanged();
+    const auto taken = locksTaken();
+    return std::ranges::count(taken, &root());
+  };
+  EXPECT_EQ(timesTaken(), 1) << "without a snapshot there is nothing to compare";
+  EXPECT_TRUE(root().save(nullptr));
+  EXPECT_EQ(timesTaken(), 3);
 }
 
 TEST_F(LockOrder, TheRootsIsHeldForItsTextAndItsSnapshotAndNotForTheFile) {

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "tests/agent/access/named_access.h"
+#include "tests/support/waits_for.h"
 
 namespace agent {
 namespace {
@@ -75,6 +76,10 @@ TEST_F(Get, UsersWhoWereSavedAndRemovedHaveNoRunningValue) {
     removed += isBob ? 1 : 0;
   }
   EXPECT_EQ(removed, LPARAMS::Server::USER_t().fileParams.size());
+}
+
+TEST_F(Get, ValuesAndRevisionsAreOfBetweenTwoWrites) {
+  EXPECT_TRUE(testing_support::waitsFor(service_.writeTurn(), [&] { (void)getReply({"LOG"}); }));
 }
 
 TEST_F(Get, TellsAllMistakesAtOnce) {

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "tests/agent/access/named_access.h"
+#include "tests/support/waits_for.h"
 
 namespace agent {
 namespace {
@@ -165,6 +166,13 @@ TEST_F(Set, AStaleRevisionOfAnyGroupIsAConflict) {
   EXPECT_EQ(setReply({{{"IKE", ike}, {"LOG", log}}, steps}).result, 1);
   EXPECT_EQ(setReply({{{"IKE", ike}}, steps}).reason, Reason::Conflict);
   EXPECT_EQ(setReply({{{"FOO", 1}}, steps}).reason, Reason::Conflict);
+}
+
+TEST_F(Set, TakesTurnsWithOtherWrites) {
+  for (const char* port : {"501", "illegal"}) {
+    const bridge::NamedChanges changes = {{}, {{Change::Set, "IKE.IKE_PORT", port}}};
+    EXPECT_TRUE(testing_support::waitsFor(service_.writeTurn(), [&] { (void)setReply(changes); }));
+  }
 }
 
 TEST_F(Set, AStrangerLearnsNothingButThatHeIsOne) {

@@ -5,6 +5,7 @@
 
 #include "platform/command_bridge.h"
 #include "tests/agent/bridge/served_module.h"
+#include "tests/support/waits_for.h"
 
 namespace agent {
 namespace {
@@ -69,6 +70,12 @@ TEST(Authorisation, TheSettingsNameTheGroup) {
   EXPECT_FALSE(isAllowed(member, 0));
   module.server().ADMIN->ADMIN_GROUP.value = "";
   EXPECT_FALSE(isAllowed(member, 0));
+}
+
+TEST(Authorisation, TheGroupsNameIsLookedAtUnderItsLock) {
+  agent_testing::ServedModule module;
+  EXPECT_TRUE(testing_support::waitsFor(module.server().ADMIN->ADMIN_GROUP,
+                                        [&] { (void)module.rules().adminGroup(); }));
 }
 
 TEST(Authorisation, TheCommandLineOutranksTheSettings) {

@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "tests/agent/bridge/served_module.h"
+#include "tests/support/waits_for.h"
 
 namespace agent {
 namespace {
@@ -123,6 +124,13 @@ TEST_F(Service, AStaleWriteIsAConflict) {
   }
   EXPECT_EQ(module_.write(adminRecord(30), 3).result, 1);
   EXPECT_EQ(module_.write(adminRecord(31)).result, 1);  // a plain write stays possible
+}
+
+TEST_F(Service, WritesTakeTurns) {
+  EXPECT_TRUE(testing_support::waitsFor(module_.writeTurn(),
+                                        [&] { (void)module_.write(adminRecord(20)); }));
+  EXPECT_FALSE(
+      testing_support::waitsFor(module_.writeTurn(), [&] { (void)module_.read("ADMIN"); }));
 }
 
 TEST_F(Service, ARefusedValueChangesNothing) {

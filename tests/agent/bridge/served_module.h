@@ -41,6 +41,7 @@ class ServedModule {
   const editing::RecordCheck& check() const { return check_; }
   agent::ChangeTracker& changes() { return changes_; }
   agent::CommandService& service() { return service_; }
+  agent::WriteTurn& writeTurn() { return writeTurn_; }
 
   bridge::Reply read(const std::string& group) { return read(root_, group); }
   bridge::Reply read(BridgeSession& session, const std::string& group) {

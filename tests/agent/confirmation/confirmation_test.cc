@@ -14,6 +14,7 @@
 #include "agent/history/history.h"
 #include "agent/save_hook.h"
 #include "tests/agent/access/named_access.h"
+#include "tests/support/waits_for.h"
 
 namespace agent {
 namespace {
@@ -132,6 +133,19 @@ TEST_F(ConfirmationOf, TakesBackWhatSomebodyElseHasSaved) {
   endTime();
   start();
   EXPECT_TRUE(isInFile("IKE_PORT=500\n"));
+}
+
+TEST_F(ConfirmationOf, IsPlannedBetweenTwoWrites) {
+  EXPECT_TRUE(testing_support::waitsFor(service_.writeTurn(), [&] {
+    EXPECT_EQ(apply(LONG, {port("illegal")}).reason, Reason::IllegalValue);
+  }));
+}
+
+TEST_F(ConfirmationOf, GoesBackBetweenTwoWrites) {
+  expectApplied(LONG, {port("501")});
+  endTime();
+  EXPECT_TRUE(testing_support::waitsFor(service_.writeTurn(), [&] { start(); }));
+  EXPECT_EQ(running("IKE.IKE_PORT"), "500");
 }
 
 TEST_F(ConfirmationOf, LeavesWhatWasChangedAgain) {

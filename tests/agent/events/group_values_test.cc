@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include "tests/agent/events/noticed.h"
+#include "tests/support/waits_for.h"
 
 namespace agent {
 namespace {
@@ -40,6 +41,12 @@ TEST_F(GroupValuesTest, TellOldAndNewOfWhatHasChanged) {
   schedule = "a\nb";
   EXPECT_THAT(changesIn(noticeAfter(settings_.updateGroup, [&] { schedule = "\xFF"; })),
               ElementsAre("1 UPDATE.SCHEDULE: a\nb -> \xFF"));
+}
+
+TEST_F(GroupValuesTest, AreThoseOfOneMoment) {
+  for (LPARAMS::Server::ParamGroup* group : settings_.groups()) {
+    EXPECT_TRUE(testing_support::waitsFor(*group, [&] { (void)GroupValues(*group); }));
+  }
 }
 
 TEST_F(GroupValuesTest, TellUsersApartByTheirNames) {
