@@ -1,4 +1,6 @@
 // check: files, without an agent.
+#include <algorithm>
+
 #include "tests/client/verbs/client_test.h"
 
 namespace system_testing {
@@ -33,6 +35,16 @@ TEST_F(Check, OfFilesThatAreRightPrintsNothing) {
   EXPECT_EQ(client_testing::runClient({"check", "-"}, {.in = "IKE.IKE_PORT=500\n"}), printed(""));
   EXPECT_EQ(client_testing::runClient({"check", "--json", "-"}, {.in = example()}),
             printed("[]\n"));
+}
+
+TEST_F(Check, CountsTheMistakesBeyondAHundredThousand) {
+  std::string text = "IKE.IKE_PORT=500\n";
+  for (int i = 0; i < 100'003; ++i) text += "x\n";
+  const Outcome outcome = client_testing::runClient({"check", file(text)});
+  EXPECT_EQ(outcome.exitCode, 65);
+  EXPECT_EQ(std::ranges::count(outcome.out, '\n'), 100'001);
+  EXPECT_TRUE(outcome.out.ends_with(": error: and 3 more\n"))
+      << outcome.out.substr(0, 100) << outcome.err;
 }
 
 TEST_F(Check, PrintsEveryMistakeInALine) {
