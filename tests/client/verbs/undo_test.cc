@@ -80,6 +80,12 @@ TEST_F(Undo, ResetTakesToTheDefaults) {
   EXPECT_EQ(out({"reset", "--all"}), "nothing to change\n");
 }
 
+TEST_F(Undo, ResetHasNothingToDoWithUsersWhoAreGoneAlready) {
+  (void)out({"user", "del", "alice"});
+  EXPECT_EQ(out({"reset", "USERS"}), "USERS[bob]: removed\n");
+  EXPECT_EQ(out({"reset", "USERS"}), "nothing to change\n");
+}
+
 TEST_F(Undo, NamesAreNeededAndHaveToBeRight) {
   for (const char* verb : {"revert", "reset"}) {
     EXPECT_EQ(ctl({verb}), failed(64, "say what: names of parameters, groups or users, or --all"));
