@@ -183,8 +183,7 @@ void addApply(CLI::App& app, Context& context) {
       .add_option("--remove-user", given->options.absentUsers,
                   "Remove this user, too; may be repeated")
       ->type_name("USER")
-      ->expected(1)
-      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+      ->allow_extra_args(false);
   command
       .add_option("--confirm", given->options.confirm,
                   "Take the changes back unless they are confirmed in time")

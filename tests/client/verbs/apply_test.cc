@@ -364,6 +364,14 @@ TEST_F(ApplySeveral, WhatOnlyAllTogetherCannotBeIsToldToo) {
   EXPECT_EQ(out({"user", "list"}), "alice\nbob\n");
 }
 
+TEST_F(ApplySeveral, WhatAllTogetherCannotBeIsToldWhereItIsNamed) {
+  const std::string first = part("1", "# who comes\nUSERS[eve].PMP_TIMEOUT=7\n");
+  const std::string second = part("2", "USERS[mia].PMP_TIMEOUT=7\n");
+  EXPECT_EQ(ctl({"apply", "--remove-user", "eve", first, second}),
+            failed(65, first + ":2:1: USERS[eve]: named, and to be removed as well\n"
+                               "nothing was written"));
+}
+
 TEST_F(Apply, WhatCouldNotBeSavedIsToldAllTheSame) {
   host::writeFile(settingsPath, "/ROOT=\nend=\n");  // somebody else's change
   const Outcome outcome = apply("IKE.IKE_PORT=501", {"--save", "--diff"});
