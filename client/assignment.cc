@@ -20,7 +20,7 @@ using bridge::Change;
 
 constexpr const char* NO_ASSIGNMENT = "an assignment has no \"=\"; write NAME=VALUE";
 constexpr const char* NOTHING_WRITTEN = "nothing was written";
-constexpr size_t MAX_VALUE_FILE = 1024 * 1024;  // many times the longest text
+constexpr size_t MAX_VALUE = 1024 * 1024;  // bytes read for one; many times the longest text
 
 /// Also tells a read error, which a standard stream takes for the end of its input.
 std::string standardInput() {
@@ -77,7 +77,7 @@ void Assignments::add(const std::string& text, const std::string& owner) {
     value.erase(0, 1);
     commandLine_.push_back(name);
   } else if (value.starts_with('@')) {
-    value = withoutLineEnd(readUserFile(value.substr(1), MAX_VALUE_FILE));
+    value = withoutLineEnd(readUserFile(value.substr(1), MAX_VALUE));
   } else if (!value.empty() && value != LPARAMS::Server::HIDDEN) {
     commandLine_.push_back(name);
   }
@@ -104,8 +104,8 @@ void Assignments::addLines() {
 void Assignments::ask(const std::string& name) {
   Terminal terminal;
   const std::string shown = text::escaped(name);
-  std::string value = terminal.askHidden(shown + ": ");
-  if (value != terminal.askHidden(shown + ", once more: ")) {
+  std::string value = terminal.askHidden(shown + ": ", MAX_VALUE);
+  if (value != terminal.askHidden(shown + ", once more: ", MAX_VALUE)) {
     throw Failure(programs::EXIT_ILLEGAL, shown + ": the two are not the same; " + NOTHING_WRITTEN);
   }
   steps.push_back({Change::Set, name, std::move(value)});

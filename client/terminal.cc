@@ -16,8 +16,6 @@
 namespace client {
 namespace {
 
-constexpr size_t MAX_LINE = 1024 * 1024;
-
 /// Turns the echo off. A signal that would end the program or stop it waits until it is on again.
 class NoEcho {
  public:
@@ -65,10 +63,10 @@ Terminal::Terminal() : terminal_(::open("/dev/tty", O_RDWR | O_NOCTTY | O_CLOEXE
 
 Terminal::~Terminal() { (void)::close(terminal_); }
 
-std::string Terminal::askHidden(const std::string& question) {
+std::string Terminal::askHidden(const std::string& question, size_t limit) {
   const NoEcho silence(terminal_);
   write(question);
-  return readLine(silence.signals());
+  return readLine(silence.signals(), limit);
 }
 
 void Terminal::write(const std::string& text) const {
@@ -80,9 +78,9 @@ void Terminal::write(const std::string& text) const {
   }
 }
 
-std::string Terminal::readLine(int signals) const {
+std::string Terminal::readLine(int signals, size_t limit) const {
   std::string line;
-  for (char c = 0; line.size() < MAX_LINE;) {
+  for (char c = 0; line.size() < limit;) {
     pollfd ready[] = {{terminal_, POLLIN, 0}, {signals, POLLIN, 0}};
     if (::poll(ready, std::size(ready), -1) < 0 && errno == EINTR) continue;
     if (ready[1].revents != 0) break;

@@ -1,6 +1,7 @@
 // The terminal of the user, wherever the standard streams lead.
 #pragma once
 
+#include <cstddef>
 #include <string>
 
 namespace client {
@@ -13,13 +14,14 @@ class Terminal {
   Terminal(const Terminal&) = delete;
   Terminal& operator=(const Terminal&) = delete;
 
-  /// Asks for a line that is not to be seen. Throws Failure at the end of the input.
-  std::string askHidden(const std::string& question);
+  /// Asks for a line that is not to be seen, of less than `limit` bytes. Throws Failure at the end
+  /// of the input.
+  std::string askHidden(const std::string& question, size_t limit);
 
  private:
   void write(const std::string& text) const;
   /// Ends also when `signals`, unless it is -1, can be read from.
-  std::string readLine(int signals) const;
+  std::string readLine(int signals, size_t limit) const;
 
   const int terminal_;
 };

@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <optional>
 #include <system_error>
@@ -123,11 +122,9 @@ std::string readWhole(int file, const std::string& path, size_t limit) {
 
 /// Where the path's links lead to; the path itself if there is nothing yet.
 std::string resolved(const std::string& path) {
-  char* const found = ::realpath(path.c_str(), nullptr);
-  if (found == nullptr) return path;
-  std::string result = found;
-  std::free(found);
-  return result;
+  std::error_code missing;
+  const auto found = std::filesystem::canonical(path, missing);
+  return missing ? path : found.string();
 }
 
 }  // namespace

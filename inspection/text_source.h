@@ -2,7 +2,6 @@
 #pragma once
 
 #include <istream>
-#include <locale>
 #include <streambuf>
 #include <string_view>
 
@@ -13,7 +12,6 @@ class TextSource final : public std::istream {
  public:
   explicit TextSource(std::string_view text) : std::istream(nullptr), buffer_(text) {
     rdbuf(&buffer_);
-    imbue(std::locale::classic());
   }
 
   /// The offset of the next byte.
