@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "schema/schema.h"
+
 namespace client {
 namespace {
 
@@ -13,6 +15,16 @@ TEST(EditText, RemarksStandAboveTheirLinesAndGoAgain) {
   EXPECT_EQ(withoutRemarks(marked), text);
   EXPECT_EQ(withoutRemarks(""), "");
   EXPECT_EQ(withRemarks("", {{{}, "it is empty"}}), "#! it is empty\n");
+}
+
+TEST(EditText, HasNoLinesOfUsersWhoWereRemoved) {
+  const CatalogueView catalogue(schema::ownSchema());
+  const bridge::NamedValues values{
+      .values = {{.name = "USERS[ann].PMP_TIMEOUT", .saved = "20", .byDefault = "10"},
+                 {.name = "USERS[bob].PMP_TIMEOUT", .running = "30", .byDefault = "10"}}};
+  const std::string text = editableText(values, catalogue, false);
+  EXPECT_EQ(text.find("ann"), std::string::npos);
+  EXPECT_TRUE(text.ends_with("\nUSERS[bob].PMP_TIMEOUT=30\n")) << text;
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 namespace client_testing {
 namespace {
 
+using testing::EndsWith;
 using testing::HasSubstr;
 using testing::MatchesRegex;
 using testing::Not;
@@ -50,6 +51,16 @@ TEST(ClientCommandLine, EveryCommandHasHelp) {
     EXPECT_THAT(outcome.out, HasSubstr("Usage: lparamsctl"));
     EXPECT_EQ(outcome.err, "");
   }
+}
+
+TEST(ClientCommandLine, HelpHasTheDefaultsOfTheGeneralOptions) {
+  const std::string help = runClient({"--help"}).out;
+  EXPECT_THAT(help, HasSubstr("--socket PATH=/run/lparams/agent.sock "));
+  EXPECT_THAT(help, HasSubstr("--timeout SECONDS:INT in [1 - 86400]=30\n"));
+}
+
+TEST(ClientCommandLine, HelpOfACommandEndsWithItsNotes) {
+  EXPECT_THAT(runClient({"show", "--help"}).out, EndsWith("\n  lparamsctl show --secrets IKE\n"));
 }
 
 TEST(ClientCommandLine, ExamplesAreLegal) {
@@ -146,6 +157,7 @@ TEST(ClientCommandLine, WrongUsageIsOneLine) {
       {{"show", "--frobnicate"}, "The following argument was not expected: --frobnicate"},
       {{"show", "a\nb", "c\nd"}, "The following argument was not expected: c\\x0ad"},
       {{"show", "A.B", "C.D=1"}, "The following argument was not expected: C.D"},
+      {{"status", "--json", "--metrics"}, "--metrics excludes --json"},
       {{"save", "--timeout", "0"}, "--timeout: Value 0 not in range 1 to 86400"},
       {{"diff", "--revision", "0"}, "--revision: Value 0 not in range 1 to 9223372036854775807"},
       {{"rollback", "-1"}, "REVISION: Value -1 not in range 1 to 9223372036854775807"},

@@ -90,5 +90,13 @@ TEST_F(Names, OneThatIsNotThereGetsASuggestion) {
   }
 }
 
+// They are looked for among all names, and a request may hold any number of mistakes.
+TEST_F(Names, OnlyTheFirstTenThatAreNotThereGetASuggestion) {
+  for (int i = 0; i < 10; ++i) {
+    EXPECT_EQ(parameters_.find("UPDTE").problem, "UPDTE: no such parameter; did you mean UPDATE?");
+  }
+  EXPECT_EQ(parameters_.find("UPDTE").problem, "UPDTE: no such parameter");
+}
+
 }  // namespace
 }  // namespace editing

@@ -10,7 +10,7 @@ namespace {
 TEST(ShownName, IsWhatHasTheFormOfAName) {
   for (const std::string name :
        {"IKE.QCD_SECRET", "ike.port2", "USERS[bob].NAME", "USERS[0]", "USERS[a=b [x]].NAME",
-        "USERS[bob]NAME", "USERS[bob", "IKE[3].PORT", "NOTES", ""}) {
+        "USERS[bob]NAME", "USERS[bob", "IKE[3].PORT", "IKE[0].PORT", "A0.Z9", "NOTES", ""}) {
     EXPECT_EQ(shownName(name), name);
   }
 }

@@ -89,6 +89,12 @@ TEST_F(Client, SetTakesValuesFromFilesAndTheStandardInput) {
   EXPECT_EQ(out({"get", "IKE.QCD_SECRET"}), "s3cret\n");
   EXPECT_EQ(ctl({"set", "UPDATE.PATH=@/nonexistent"}),
             failed(74, "cannot read /nonexistent: No such file or directory"));
+  host::writeFile(file, std::string(1'048'576, 'x'));
+  EXPECT_THAT(ctl({"set", "UPDATE.PATH=@" + file}).err,
+              HasSubstr("a text of 1048576 bytes is too long; expected at most 65536\n"));
+  host::writeFile(file, std::string(1'048'577, 'x'));
+  EXPECT_EQ(ctl({"set", "UPDATE.PATH=@" + file}),
+            failed(78, file + " is larger than 1048576 bytes"));
   EXPECT_EQ(ctlWith("x", {"set", "UPDATE.PATH=@-", "-"}),
             failed(64, "the standard input can be given only once"));
 }
@@ -115,7 +121,7 @@ TEST_F(Client, SetWarnsOfSecretsOnTheCommandLine) {
 }
 
 TEST_F(Client, SetTakesTextsThatDoNotShowWhatTheyAreOnlyIfAsked) {
-  const char* const texts[] = {"\xff", "a\xc2\x85", "a\xe2\x80\xae"};
+  const char* const texts[] = {"\xff", "\x80", "a\xc2\x85", "a\xe2\x80\xae"};
   for (const std::string text : texts) {
     EXPECT_THAT(ctl({"set", "UPDATE.PATH=" + text}).err,
                 HasSubstr(" does not show what it is; --bytes takes it all the same"));
@@ -125,7 +131,8 @@ TEST_F(Client, SetTakesTextsThatDoNotShowWhatTheyAreOnlyIfAsked) {
     EXPECT_EQ(out({"get", "UPDATE.PATH"}), text + "\n");
     EXPECT_EQ(out({"set", "UPDATE.PATH=" + text}).find("UPDATE.PATH: \""), 0U) << "it may stay";
   }
-  (void)out({"set", "UPDATE.PATH=d\xc3\xa9j\xc3\xa0 vu"});
+  EXPECT_EQ(out({"set", "UPDATE.PATH=d\xc3\xa9j\xc3\xa0"}),
+            "UPDATE.PATH: \"a\\xe2\\x80\\xae\" -> d\xc3\xa9j\xc3\xa0   (not saved)\n");
 }
 
 TEST_F(Client, SetAsJsonIsOneDocument) {

@@ -16,6 +16,14 @@ TEST_F(Client, ShowMakesACommentOfWhatCouldNotBeTakenBack) {
   EXPECT_EQ(ctl({"show", "UPDTE"}), failed(65, "UPDTE: no such parameter; did you mean UPDATE?"));
 }
 
+TEST_F(Client, ShowLeavesOutUsersWhoWereRemovedAndAreStillSaved) {
+  (void)out({"user", "del", "alice"});
+  EXPECT_THAT(out({"show", "USERS"}), HasSubstr("USERS[bob].NAME=bob\n"));
+  EXPECT_THAT(out({"show"}), Not(HasSubstr("alice")));
+  (void)out({"user", "del", "bob"});
+  EXPECT_EQ(out({"show", "USERS"}), "# USERS (no entries)\n");
+}
+
 TEST_F(Client, ShowAsJsonHidesSecretsTillTheyAreAskedFor) {
   setLines({"IKE.QCD_SECRET=s3cret"});
   EXPECT_EQ(json::parse(out({"show", "IKE", "--json"}))["IKE"]["QCD_SECRET"], nullptr);
