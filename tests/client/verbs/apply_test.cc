@@ -2,6 +2,8 @@
 
 #include "bridge/named_values.h"
 #include "tests/client/verbs/client_test.h"
+#include "tests/module/child_process.h"
+#include "tests/support/another_user.h"
 
 namespace system_testing {
 namespace {
@@ -317,6 +319,20 @@ TEST_F(ApplySeveral, ADirectoryIsItsFilesInTheOrderOfTheirNames) {
   (void)part(".50.conf", "nonsense");
   EXPECT_EQ(ctl({"apply", parts}), printed("2 changes made, not saved\n"));
   EXPECT_EQ(out({"get", "IKE.IKE_PORT", "LOG.WALL_ON"}), "503\n1\n");
+}
+
+TEST_F(ApplySeveral, ADirectoryThatCannotBeListedIsAnError) {
+  if (const auto reason = testing_support::whyRightsStay(); !reason.empty()) {
+    GTEST_SKIP() << reason;
+  }
+  ASSERT_EQ(chmod(directory.path.c_str(), 0755), 0);
+  ASSERT_EQ(chmod(parts.c_str(), 0), 0);
+  host::runInChild([&] {
+    testing_support::dropRights();
+    EXPECT_EQ(ctl({"apply", "--exclusive", parts}),
+              failed(74, "cannot read " + parts + ": Permission denied"));
+  });
+  ASSERT_EQ(chmod(parts.c_str(), 0700), 0);
 }
 
 TEST_F(ApplySeveral, AnEmptyDirectoryWantsNothing) {
