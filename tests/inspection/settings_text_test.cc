@@ -11,6 +11,10 @@
 namespace inspection {
 namespace {
 
+TEST(SettingsText, MayBeginInTheLineOfItsHead) {
+  EXPECT_EQ(settingsIn("/ROOT=/IKE=\nIKE_PORT=501\nend=\nend=\n")->IKE->IKE_PORT.value, 501);
+}
+
 TEST(SettingsText, WhatALoadOfItReportsIsNoFindingOfATextThatIsInspectedMeanwhile) {
   LPARAMS::Server::Catalogue defaults;
   const std::string whole = textOf(defaults);
