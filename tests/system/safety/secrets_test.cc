@@ -119,7 +119,7 @@ TEST_F(Secrets, OfADamagedFileAreNotReported) {
       {SECRET_LINE, "QCD_SECRET " + SECRET + "\n"},
       {SECRET_LINE, "QCD_SECRET: " + SECRET + "\n"},
       {SECRET_LINE, "QCD_SECRET=a\n" + SECRET + "\n"},
-      {"QCD_SECRET", "/QCD_SECRET"},
+      {"QCD_SECRET", "/QCD_SECRETS"},  // the name of no value, and so a block
       {"        /USER=", "        QCD_SECRET=" + SECRET + "\n        /USER="},
   };
   for (const auto& [from, to] : edits) {
