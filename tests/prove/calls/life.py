@@ -182,7 +182,9 @@ class Life:
         client.close()
 
     def file_value(self):
-        text = read_files(self.state).get(SETTINGS, b"")
+        """Of the file; of the shadow copy where a save could not put the file in its place."""
+        files = read_files(self.state)
+        text = files.get(SETTINGS) or unsealed(files.get(SHADOW_COPY, b""))
         found = re.search(rb"\bEXCHANGE_TIMEOUT=(\d+)", text)
         return int(found[1]) if found else None
 
