@@ -1,11 +1,12 @@
 #include "inspection/settings_completeness.h"
 
-#include <istream>
+#include <algorithm>
 #include <vector>
 
 #include "inspection/text_source.h"
 #include "lparams/catalogue/catalogue.h"
 #include "lparams/params/block_reader.h"
+#include "lparams/params/text_reader.h"
 
 namespace inspection {
 namespace {
@@ -75,7 +76,10 @@ Incompleteness incompleteness(std::string_view text) {
     } else if (block != nullptr || (member == nullptr && key.namesBlock)) {
       open.push_back(block);
     } else {
-      if (member != nullptr && isNumber(*member)) source >> std::ws;
+      if (member != nullptr && isNumber(*member)) {
+        const size_t number = text.find_first_not_of(WHITE_SPACE, source.position());
+        source.moveTo(std::min(number, text.size()));
+      }
       reader.skipValue();
     }
   }

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <locale>
+#include <vector>
+
 #include "tests/agent/state/scratch_directory.h"
 #include "tests/support/readable_bytes.h"
 
@@ -71,6 +74,7 @@ TEST(SettingsCompleteness, TellsWhatIsMissing) {
       {"/ROOT=\nend", "1 of its blocks are not closed"},
       {"/ROOT=\nEND=\n", "1 of its blocks are not closed"},
       {"/ROOT=\nend =\n", "1 of its blocks are not closed"},
+      {"\xEF\xBB\xBF/ROOT=\n/IKE=\nIKE_PORT=\n", "2 of its blocks are not closed"},
       {"/ROOT=\n/IKE=\nIKE_PORT=\nend=\nend=\n", "1 of its blocks are not closed"},
       {"/ROOT=\n/IKE=\nDPD_ENABLED=\r\n\vend=\nend=\n", "1 of its blocks are not closed"},
       {"/ROOT=\n/USERS=\n/USER=\nPMP_TIMEOUT=\nend=\nend=\nend=\n",
@@ -87,6 +91,23 @@ TEST(SettingsCompleteness, TellsWhatIsMissing) {
   for (const auto& row : rows) {
     EXPECT_EQ(incompleteBecause(row.text), row.reason) << testing_support::inQuotes(row.text);
   }
+}
+
+/// A locale in which "x" is white space.
+std::locale withAnotherSpace() {
+  static std::vector<std::ctype_base::mask> table(std::ctype<char>::classic_table(),
+                                                  std::ctype<char>::classic_table() + 256);
+  table['x'] |= std::ctype_base::space;
+  return {std::locale::classic(), new std::ctype<char>(table.data())};
+}
+
+TEST(SettingsCompleteness, IsTheSameInEveryLocale) {
+  const std::string missing = "/ROOT=\n/IKE=\nIKE_PORT=\nx\n1\nend=\nend=\n";
+  const std::string reason = incompleteBecause(missing);
+  const std::locale before = std::locale::global(withAnotherSpace());
+  EXPECT_EQ(incompleteBecause(missing), reason);
+  std::locale::global(before);
+  EXPECT_EQ(reason, "1 of its blocks are not closed");
 }
 
 TEST(SettingsCompleteness, EveryCutIsSeen) {
