@@ -88,7 +88,7 @@ void ClientConnection::waitUntilWritable() {
               {"uid", peer_.uid},
               {"pid", peer_.pid},
               {"program", peer_.program}});
-    interrupt();
+    sendQueue_.close();
   }
 }
 
@@ -101,7 +101,7 @@ void ClientConnection::watchClock() {
       logOften(
           Level::Warning, "session closed: the client does not go on with what it has begun",
           {{"uid", self->peer_.uid}, {"pid", self->peer_.pid}, {"program", self->peer_.program}});
-      self->interrupt();
+      self->sendQueue_.close();
     }
     self->watchClock();
   }));
@@ -285,7 +285,7 @@ bool ClientConnection::watch() {
   SendQueue::Outcome outcome{};
   watch_ = service_.events().watch(
       {.tell = [this](const std::string& frame) { postEvent([&] { return frame; }); },
-       .lose = [this] { interrupt(); }},
+       .lose = [this] { sendQueue_.close(); }},
       [&] { outcome = post(bridge::encode(done)); });
   return settle(outcome);
 }
@@ -319,12 +319,10 @@ SendQueue::Outcome ClientConnection::post(std::string frame, SendQueue::Kind kin
   } catch (const std::bad_alloc&) {
     logOften(Level::Error, "session closed: no memory for what its client does not take",
              {{"uid", peer_.uid}, {"pid", peer_.pid}, {"program", peer_.program}});
-    interrupt();
   }
   if (outcome == SendQueue::Outcome::Overflow) {
     logOften(Level::Warning, "session closed: the client does not take its events",
              {{"uid", peer_.uid}, {"pid", peer_.pid}, {"program", peer_.program}});
-    interrupt();
   }
   return outcome;
 }
@@ -333,13 +331,7 @@ SendQueue::Outcome ClientConnection::post(std::string frame, SendQueue::Kind kin
 void ClientConnection::postEvent(const std::function<std::string()>& frame) noexcept try {
   (void)post(frame(), SendQueue::Kind::Event);
 } catch (const std::bad_alloc&) {
-  interrupt();
-}
-
-/// Ends whatever the connection's thread waits for from the client.
-void ClientConnection::interrupt() {
   sendQueue_.close();
-  (void)::shutdown(socket_, SHUT_RDWR);
 }
 
 }  // namespace agent

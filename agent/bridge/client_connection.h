@@ -77,7 +77,6 @@ class ClientConnection : public std::enable_shared_from_this<ClientConnection> {
   // On any.
   SendQueue::Outcome post(std::string frame, SendQueue::Kind kind = SendQueue::Kind::Reply);
   void postEvent(const std::function<std::string()>& frame) noexcept;
-  void interrupt();
 
   asio::io_context& io_;
   const int socket_;

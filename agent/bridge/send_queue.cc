@@ -98,6 +98,7 @@ void SendQueue::close() {
 
 void SendQueue::closeLocked() {
   closed_ = true;
+  (void)::shutdown(socket_, SHUT_RDWR);
   frames_.clear();
   eventBytes_ = 0;
   written_.notifyAll();

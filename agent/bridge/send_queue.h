@@ -13,8 +13,10 @@
 namespace agent {
 
 /// Writes frames to a client's socket in the order in which they are sent, and keeps what the
-/// socket does not take. Thread-safe; nothing but waitUntilWritten() waits for the client. Its lock
-/// is the innermost: nobody is called while it is held but `onBacklog`.
+/// socket does not take. What the socket never will take closes the queue, and with it the
+/// connection: neither side waits for what does not come. Thread-safe; nothing but
+/// waitUntilWritten() waits for the client. Its lock is the innermost: nobody is called while it is
+/// held but `onBacklog`.
 class SendQueue {
  public:
   using Clock = std::chrono::steady_clock;
@@ -43,7 +45,8 @@ class SendQueue {
   /// Returns when nothing is left to be written; false if that is because it was closed.
   bool waitUntilWritten();
 
-  /// Drops what is left, and what is sent from now on.
+  /// Drops what is left, and what is sent from now on. Whoever reads from the socket, here or at
+  /// the client, finds its end behind what has arrived.
   void close();
 
   /// Since when the client has taken nothing although there is something; empty if there is not.

@@ -13,6 +13,7 @@
 #include "agent/bridge/bridge_server.h"
 #include "agent/bridge/limits.h"
 #include "tests/agent/bridge/raw_client.h"
+#include "tests/agent/bridge/send_calls.h"
 #include "tests/agent/bridge/served_module.h"
 #include "tests/agent/state/scratch_directory.h"
 
@@ -87,6 +88,24 @@ TEST_F(ClientConnection, AnotherVersionIsToldTheRightOne) {
     const RawClient client(socket_);
     client.send(bridge::encodeHello(version));
     EXPECT_EQ(client.readToEnd(), bridge::encodeHello(1));
+  }
+}
+
+TEST_F(ClientConnection, AHelloThatCannotBeSentEndsTheSession) {
+  agent_testing::failNextSend(ENOBUFS);
+  const RawClient client(socket_);
+  EXPECT_FALSE(client.greet());
+}
+
+TEST_F(ClientConnection, AnEventThatCannotBeSentEndsTheSession) {
+  const RawClient& writer = newClient();
+  for (const bridge::Request& request : {bridge::Request(bridge::Subscription{}),
+                                         bridge::Request(bridge::AgentCommand{"watch", ""})}) {
+    const RawClient& told = newClient();
+    EXPECT_EQ(told.exchange(request), (Reply{.result = 1}));
+    agent_testing::failNextSend(ENOMEM);
+    EXPECT_EQ(writer.exchange(bridge::Command{13, 0, adminRecord(20)}).result, 1);
+    EXPECT_FALSE(told.receive()) << "it would wait for ever";
   }
 }
 

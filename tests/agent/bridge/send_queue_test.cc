@@ -4,26 +4,23 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <future>
 #include <string>
 
 #include "agent/bridge/limits.h"
+#include "tests/agent/bridge/send_calls.h"
 
 namespace agent {
 namespace {
 
 using Outcome = SendQueue::Outcome;
 
-/// Every other write is interrupted, and the socket takes little of each.
-bool g_disturbed = false;
-
 class SendQueueTest : public testing::Test {
  protected:
   ~SendQueueTest() override {
-    g_disturbed = false;
+    agent_testing::disturbSends(false);
     (void)::close(sockets_[0]);
     closeClient();
   }
@@ -31,6 +28,13 @@ class SendQueueTest : public testing::Test {
   void closeClient() {
     if (sockets_[1] >= 0) (void)::close(sockets_[1]);
     sockets_[1] = -1;
+  }
+
+  /// Whether both ends of the connection know that it has ended. Does not wait.
+  bool hasEnded() const {
+    char byte = 0;
+    return ::recv(sockets_[0], &byte, 1, MSG_DONTWAIT) == 0 &&
+           ::recv(sockets_[1], &byte, 1, MSG_DONTWAIT) == 0;
   }
 
   /// What the client finds in the socket.
@@ -120,7 +124,7 @@ TEST_F(SendQueueTest, KeepsOnlySoManyBytesOfEvents) {
 }
 
 TEST_F(SendQueueTest, LosesNothingToInterruptedAndShortWrites) {
-  g_disturbed = true;
+  agent_testing::disturbSends(true);
   std::string sent = fill();
   for (int i = 0; i < 20; ++i) {
     const std::string frame(5000, static_cast<char>('A' + i));
@@ -180,6 +184,28 @@ TEST_F(SendQueueTest, TakesNothingOnceItIsClosed) {
   EXPECT_EQ(taken(), "");
 }
 
+TEST_F(SendQueueTest, WhatTheSystemDoesNotSendEndsTheConnection) {
+  agent_testing::failNextSend(ENOBUFS);
+  EXPECT_EQ(sendQueue_.send("one"), Outcome::Closed);
+  EXPECT_TRUE(hasEnded());
+}
+
+TEST_F(SendQueueTest, ARestThatTheSystemDoesNotSendEndsTheConnection) {
+  (void)fill();
+  (void)taken();
+  EXPECT_FALSE(hasEnded());
+  agent_testing::failNextSend(ENOMEM);
+  sendQueue_.writeMore();
+  EXPECT_TRUE(hasEnded());
+}
+
+TEST_F(SendQueueTest, TooMuchThatIsUntakenEndsTheConnection) {
+  (void)fill();
+  while (sendQueue_.send("x") == Outcome::Pending) continue;
+  (void)taken();
+  EXPECT_TRUE(hasEnded());
+}
+
 TEST_F(SendQueueTest, IsClosedWhenTheClientIsGone) {
   closeClient();
   EXPECT_EQ(sendQueue_.send("one"), Outcome::Closed);
@@ -196,18 +222,3 @@ TEST_F(SendQueueTest, IsClosedWhenTheClientGoesBeforeItHasTakenAll) {
 
 }  // namespace
 }  // namespace agent
-
-// Found before the one of the library: the executable defines it.
-#pragma GCC visibility push(default)
-extern "C" ssize_t send(int socket, const void* bytes, size_t size, int flags) {
-  static int calls = 0;
-  if (agent::g_disturbed) {
-    if (++calls % 2 == 0) {
-      errno = EINTR;
-      return -1;
-    }
-    size = std::min<size_t>(size, 777);
-  }
-  return ::sendto(socket, bytes, size, flags, nullptr, 0);
-}
-#pragma GCC visibility pop
