@@ -11,6 +11,7 @@
 
 #include "lparams/module_objects.h"
 #include "tests/module/lock_calls.h"
+#include "tests/support/mutex_of.h"
 
 namespace agent {
 namespace {
@@ -56,8 +57,9 @@ TEST(SettingsLocks, OneThatIsStuckIsWaitedForAndNoOtherIsHeldMeanwhile) {
       for (const NamedLock& other : moduleLocks()) {
         if (other.lock == stuck) continue;
         // A look that has not come so far holds one for a moment.
-        while (pthread_mutex_trylock(host::mutexOf(*other.lock)) != 0) continue;
-        (void)pthread_mutex_unlock(host::mutexOf(*other.lock));
+        pthread_mutex_t& mutex = testing_support::mutexOf(*other.lock);
+        while (pthread_mutex_trylock(&mutex) != 0) continue;
+        (void)pthread_mutex_unlock(&mutex);
       }
     }
     looked.get();

@@ -67,10 +67,6 @@ std::vector<basekit::ObjectLevelLockable*> locksTaken() {
 
 int attributesLeft() { return attributes; }
 
-pthread_mutex_t* mutexOf(basekit::ObjectLevelLockable& lock) {
-  return reinterpret_cast<pthread_mutex_t*>(&lock);
-}
-
 }  // namespace host
 
 #pragma GCC visibility push(default)

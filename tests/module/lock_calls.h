@@ -35,7 +35,4 @@ std::vector<basekit::ObjectLevelLockable*> locksTaken();
 /// Mutex attributes that were created and not destroyed again.
 int attributesLeft();
 
-/// The mutex of the lock.
-pthread_mutex_t* mutexOf(basekit::ObjectLevelLockable& lock);
-
 }  // namespace host

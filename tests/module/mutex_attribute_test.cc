@@ -9,6 +9,7 @@
 #include "tests/module/loaded_module.h"
 #include "tests/module/lock_calls.h"
 #include "tests/module/scripted_document.h"
+#include "tests/support/mutex_of.h"
 #include "tests/support/recording_load_log.h"
 
 using testing::HasSubstr;
@@ -19,7 +20,7 @@ namespace {
 
 /// What the owner of the lock gets when it tries to take it once more.
 int resultOfTakingTwice(basekit::ObjectLevelLockable& lock) {
-  pthread_mutex_t* mutex = mutexOf(lock);
+  pthread_mutex_t* mutex = &testing_support::mutexOf(lock);
   EXPECT_EQ(pthread_mutex_lock(mutex), 0);
   const int result = pthread_mutex_trylock(mutex);
   if (result == 0) pthread_mutex_unlock(mutex);

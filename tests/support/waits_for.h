@@ -7,14 +7,9 @@
 #include <thread>
 
 #include "agent/base/mutex.h"
-#include "platform/lockable.h"
+#include "tests/support/mutex_of.h"
 
 namespace testing_support {
-
-inline pthread_mutex_t& mutexOf(basekit::ObjectLevelLockable& object) {
-  static_assert(sizeof object == sizeof(pthread_mutex_t), "the mutex is the object's only field");
-  return reinterpret_cast<pthread_mutex_t&>(object);
-}
 
 inline pthread_mutex_t& mutexOf(agent::Mutex& mutex) {
   static_assert(sizeof mutex == sizeof(pthread_mutex_t), "a std::mutex is one of these");
