@@ -8,6 +8,10 @@ from typing import NamedTuple
 MODULE = 13
 WRITE, READ, SAVE = 0, 1, 2
 FORCE = 2
+NOTICE = 131
+# What a notice tells of.
+WRITTEN, WRITTEN_IN_PART, SAVED, NOTHING_TO_SAVE, NOT_SAVED = 1, 2, 3, 4, 5
+DEGRADED, AGENT_ENDS = 7, 9
 GROUPS = ("IKE", "LOG", "UPDATE", "POLICY", "ADMIN", "USERS")
 DEADLINE = 30  # seconds; only to end a hung agent
 
@@ -22,6 +26,23 @@ class Reply(NamedTuple):
 
 def block(data):
     return struct.pack("<I", len(data)) + data
+
+
+def module_command(number, record=b"", flags=0):
+    return struct.pack("<BBiiQ", 1, flags, MODULE, number, 0) + record
+
+
+def agent_command(name, data=b""):
+    return b"\x04" + block(name.encode()) + data
+
+
+def assignment(name, value, revision=None):
+    """What set, try and apply take. `revision`: the one that the group of the name has to have."""
+    revisions = struct.pack("<I", 0)
+    if revision is not None:
+        group = name.partition(".")[0].partition("[")[0]
+        revisions = struct.pack("<I", 1) + block(group.encode()) + struct.pack("<Q", revision)
+    return revisions + b"\1" + block(name.encode()) + block(value.encode())
 
 
 class BridgeClient:
@@ -63,15 +84,21 @@ class BridgeClient:
         return json.loads(self.exchange(struct.pack("<B", 2)).output)
 
     def command(self, number, record=b"", flags=0):
-        return self.exchange(struct.pack("<BBiiQ", 1, flags, MODULE, number, 0) + record)
+        return self.exchange(module_command(number, record, flags))
+
+    def ask(self, name, data=b""):
+        return self.exchange(agent_command(name, data))
 
     def exchange(self, request):
         self.socket.sendall(block(request))
-        frame = self.receive(struct.unpack("<I", self.receive(4))[0])
+        frame = self.receive_frame()
         result, reason, revision, length = struct.unpack_from("<iIQI", frame, 1)
         text_begin = 1 + struct.calcsize("<iIQI")
         return Reply(result, frame[text_begin:text_begin + length].decode(),
                      frame[text_begin + length:], revision, reason)
+
+    def receive_frame(self):
+        return self.receive(struct.unpack("<I", self.receive(4))[0])
 
     def receive(self, size):
         data = b""

@@ -151,8 +151,7 @@ class Life:
         """What the agent serves."""
         try:
             client = self.agent.connect()
-            reply = client.exchange(session.agent_command(
-                "get", block(session.NAME.encode())))
+            reply = client.ask("get", block(session.NAME.encode()))
             client.read_all()
             client.close()
         except OSError as error:

@@ -2,17 +2,9 @@
 
 import struct
 
-from bridge_client import block
+from bridge_client import NOTHING_TO_SAVE, NOTICE, SAVED, assignment, block
 
 NAME = "IKE.EXCHANGE_TIMEOUT"
-
-
-def agent_command(name, data=b""):
-    return b"\x04" + block(name.encode()) + data
-
-
-def step(value):
-    return bytes(4) + b"\1" + block(NAME.encode()) + block(str(value).encode())
 
 
 class Told:
@@ -22,6 +14,7 @@ class Told:
         self.running = self.saved = value
         self.maybe = {value}  # what may run
         self.maybe_saved = {value}  # what the files may hold
+        self.saves = 0  # acknowledged
         self.wordless = []
 
     def good(self, what, reply):
@@ -32,16 +25,24 @@ class Told:
 
 def change(client, told, value):
     told.maybe.add(value)
-    if told.good("set", client.exchange(agent_command("set", step(value)))):
+    if told.good("set", client.ask("set", assignment(NAME, str(value)))):
         told.running = value
         told.maybe = {value}
 
 
 def save(client, told, note=b"a note"):
     told.maybe_saved |= told.maybe
-    if told.good("save", client.exchange(agent_command("save", b"\0" + block(note)))):
+    if told.good("save", client.ask("save", b"\0" + block(note))):
         told.saved = told.running
         told.maybe_saved = set(told.maybe)
+        told.saves += 1
+
+
+def hear_of_saves(watcher, count):
+    """Waits until the watcher has been told of so many."""
+    while count > 0:
+        frame = watcher.receive_frame()
+        count -= frame[0] == NOTICE and frame[1] in (SAVED, NOTHING_TO_SAVE)
 
 
 def converse(connect, told):
@@ -49,7 +50,7 @@ def converse(connect, told):
     watcher = client = None
     try:
         watcher = connect()
-        watcher.exchange(agent_command("watch"))
+        watcher.ask("watch")
         client = connect()
         told.good("status", client.exchange(b"\x02"))
         told.good("read", client.command(1, block(b"IKE")))
@@ -60,18 +61,20 @@ def converse(connect, told):
         change(client, told, 101)
         save(client, told)
         told.maybe |= {102}
-        if told.good("apply", client.exchange(
-                agent_command("apply", struct.pack("<IB", 600, 0) + block(b"") + step(102)))):
+        if told.good("apply", client.ask(
+                "apply", struct.pack("<IB", 600, 0) + block(b"") + assignment(NAME, "102"))):
             told.running, told.maybe = 102, {101, 102}
-        if told.good("confirm", client.exchange(agent_command("confirm"))):
+        if told.good("confirm", client.ask("confirm")):
             told.maybe = {102}
         for command in ("schema", "get", "history"):
-            told.good(command, client.exchange(agent_command(command)))
-        told.good("revision", client.exchange(agent_command("revision", struct.pack("<Q", 1))))
+            told.good(command, client.ask(command))
+        told.good("revision", client.ask("revision", struct.pack("<Q", 1)))
         change(client, told, 103)
         told.maybe_saved |= told.maybe
         if told.good("module's save", client.save()):
             told.saved, told.maybe_saved = told.running, set(told.maybe)
+            told.saves += 1
+        hear_of_saves(watcher, told.saves)
     finally:
         for one in (client, watcher):
             if one:

@@ -5,7 +5,7 @@ import subprocess
 
 from agent_process import Hung
 from bridge_client import block
-from every_request import NAME, SAVES, agent_command
+from every_request import NAME, SAVES
 from recovery_check import read_files, unsealed
 from scenarios import SETTINGS, SHADOW_COPY
 
@@ -38,7 +38,7 @@ def what_is_lost(client, state, said):
     """Of a save."""
     files = read_files(state)
     acknowledged = not isinstance(said, OSError) and said.result == 1
-    value = client.exchange(agent_command("get", block(NAME.encode()))).output
+    value = client.ask("get", block(NAME.encode())).output
     running = re.search(rb"TIMEOUT.....(\d+)", value, re.S).group(1)
     held = re.search(rb"\bEXCHANGE_TIMEOUT=(\d+)", files[SETTINGS]).group(1)
     if acknowledged and held != running:

@@ -2,7 +2,7 @@
 
 import struct
 
-from bridge_client import block
+from bridge_client import READ, SAVE, WRITE, agent_command, assignment, block, module_command
 
 NAME = "IKE.EXCHANGE_TIMEOUT"
 STATUS = b"\x02"
@@ -10,34 +10,27 @@ SUBSCRIBE = b"\x03"
 SAVES = ("module's save", "save", "apply, saved")
 
 
-def agent_command(name, data=b""):
-    return b"\x04" + block(name.encode()) + data
-
-
-def module_command(number, data=b""):
-    return struct.pack("<BBiiQ", 1, 0, 13, number, 0) + data
-
-
-def step(value):
-    return bytes(4) + b"\1" + block(NAME.encode()) + block(value.encode())
+def some_value(number):
+    """Of the parameter that the requests change."""
+    return str(10 + number % 500)
 
 
 def requests(record, number):
     """Every request that there is. `number`: makes some of them change something each time."""
-    value = str(10 + number % 500)
+    step = assignment(NAME, some_value(number))
     return {
-        "read": module_command(1, block(b"IKE")),
-        "write": module_command(0, block(b"ADMIN") + struct.pack("<I", number % 80000) + record[4:]),
-        "module's save": module_command(2),
+        "read": module_command(READ, block(b"IKE")),
+        "write": module_command(WRITE, block(b"ADMIN") + struct.pack("<I", number % 80000) + record[4:]),
+        "module's save": module_command(SAVE),
         "status": STATUS,
         "subscribe": SUBSCRIBE,
         "schema": agent_command("schema"),
         "get": agent_command("get"),
-        "set": agent_command("set", step(value)),
-        "try": agent_command("try", step(value)),
+        "set": agent_command("set", step),
+        "try": agent_command("try", step),
         "watch": agent_command("watch"),
-        "apply": agent_command("apply", struct.pack("<IB", 600, 0) + block(b"") + step(value)),
-        "apply, saved": agent_command("apply", struct.pack("<IB", 0, 1) + block(b"x") + step(value)),
+        "apply": agent_command("apply", struct.pack("<IB", 600, 0) + block(b"") + step),
+        "apply, saved": agent_command("apply", struct.pack("<IB", 0, 1) + block(b"x") + step),
         "confirm": agent_command("confirm"),
         "save": agent_command("save", b"\0" + block(b"a note")),
         "history": agent_command("history"),

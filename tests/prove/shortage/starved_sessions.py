@@ -3,7 +3,8 @@
 import time
 
 from afterwards import what_is_wrong
-from every_request import SAVES, agent_command, requests, step
+from bridge_client import assignment
+from every_request import NAME, SAVES, requests, some_value
 
 MOST_GROWTH = 16384  # bytes of a command over all of its trials: the history may grow
 PATIENCE = 10  # seconds
@@ -75,9 +76,9 @@ class Sessions:
             if what == "confirm":
                 client.exchange(requests(self.record, value)["apply"])
             elif what.startswith("apply"):
-                client.exchange(agent_command("confirm"))
+                client.ask("confirm")
             elif what in SAVES:
-                client.exchange(agent_command("set", step(str(10 + value % 500))))
+                client.ask("set", assignment(NAME, some_value(value)))
             if number:
                 self.memory.begin(number, for_good)
             return client.exchange(requests(self.record, value)[what])

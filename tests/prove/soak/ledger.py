@@ -6,7 +6,7 @@ all the time."""
 
 import threading
 
-import store
+from bridge_client import AGENT_ENDS, DEGRADED, NOT_SAVED, WRITTEN, WRITTEN_IN_PART
 
 COUNTERS = ("LOG.MAX_LOG_SIZE", "POLICY.PMP_TIMEOUT", "UPDATE.CHECK_UPDATE_INTERVAL",
             "USERS[counter].PMP_TIMEOUT")
@@ -90,10 +90,10 @@ class Witness:
         self.ledger.notices += 1
         if self.ended:
             self.ledger.complain("a notice came after that of the end")
-        self.ended = notice.what == store.ENDS
-        if notice.what in (store.NOT_SAVED, store.WRITTEN_IN_PART, store.DEGRADED):
+        self.ended = notice.what == AGENT_ENDS
+        if notice.what in (NOT_SAVED, WRITTEN_IN_PART, DEGRADED):
             self.ledger.complain(f"a notice of trouble: {notice}")
-        if notice.what != store.WRITTEN:
+        if notice.what != WRITTEN:
             return
         name = GROUPS[notice.group]
         change = notice.changes.get(name)

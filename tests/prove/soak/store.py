@@ -3,12 +3,9 @@
 import struct
 from typing import NamedTuple, Optional
 
-from bridge_client import BridgeClient, block
+from bridge_client import NOTICE, BridgeClient, assignment, block
 
 CONFLICT = 9  # a reason
-NOTICE = 131
-WRITTEN, WRITTEN_IN_PART, SAVED, NOTHING_TO_SAVE, NOT_SAVED = 1, 2, 3, 4, 5
-DEGRADED, ENDS = 7, 9
 RUNNING, SAVED_VALUE, DEFAULT, BEFORE = 1, 2, 4, 16
 PARAMETER = 1
 
@@ -67,7 +64,7 @@ class Store:
         self.client.close()
 
     def ask(self, name, data=b""):
-        reply = self.client.exchange(b"\x04" + block(name.encode()) + data)
+        reply = self.client.ask(name, data)
         if reply.result != 1 and reply.reason != CONFLICT:
             raise Refused(f"{name}: {reply.text}")
         return reply
@@ -81,13 +78,13 @@ class Store:
 
     def set(self, name, value, revision=None):
         """The new revision of the group. None: somebody else was there before."""
-        reply = self.ask("set", steps(name, value, revision))
+        reply = self.ask("set", assignment(name, value, revision))
         return None if reply.result != 1 else revision_in(reply)
 
     def apply(self, name, value, seconds):
         """False: others have written meanwhile, or other changes wait."""
         return self.ask("apply", struct.pack("<IB", seconds, 0) + block(b"") +
-                        steps(name, value)).result == 1
+                        assignment(name, value)).result == 1
 
     def confirm(self):
         """False: nothing waits any more."""
@@ -101,7 +98,7 @@ class Store:
 
     def notice(self):
         """The next one."""
-        frame = self.client.receive(struct.unpack("<I", self.client.receive(4))[0])
+        frame = self.client.receive_frame()
         parts = Parts(frame)
         if parts.number("B") != NOTICE:
             raise Refused(f"no notice: {frame!r}")
@@ -115,14 +112,6 @@ class Store:
             if kind == PARAMETER:
                 changes[name] = value
         return Notice(what, revision, group, text, changes)
-
-
-def steps(name, value, revision=None):
-    group = name.partition(".")[0].partition("[")[0].encode()
-    revisions = struct.pack("<I", 0)
-    if revision is not None:
-        revisions = struct.pack("<I", 1) + block(group) + struct.pack("<Q", revision)
-    return revisions + b"\1" + block(name.encode()) + block(value.encode())
 
 
 def revision_in(reply):
