@@ -70,7 +70,7 @@ class Locks(Line):
         build_recorder(context)
         source = os.path.join(LOCKS, "planted.cc")
         program = os.path.join(context.scratch, "planted")
-        done = context.run(["g++", "-std=c++20", "-g", "-o", program, source])
+        done = context.run(["g++", "-m32", "-std=c++20", "-g", "-o", program, source])
         if done.returncode != 0:
             raise CannotRun(done.stdout)
         found, _ = record(context, [program])

@@ -11,6 +11,7 @@ WRAPPER = re.compile(
     r"^(?:__gthread_|std::|agent::Mutex(?:Lock)?::|basekit::ObjectLevelLockable::Lock::|"
     r"__interceptor_|\?\?)")
 FOREIGN = re.compile(r"/usr/|/tests/(?!prove/locks/planted)")  # not the products
+OF_THE_LIBRARY = re.compile(r"/libstdc\+\+\.so")  # its code is in there; wrappers are in the products
 BASES = {"LPARAMS::Server::ParamGroup"}  # the products have only objects of classes derived from them
 LOCKED = re.compile(r"[lL]ock\w*(?:<[^;]*?>)? \w+[({](?:\*?this->)?([^,;]*?)[)}];")
 
@@ -98,6 +99,8 @@ class Graph:
 
     def name(self, lock, symbols, lines):
         object_, *frames = lock.split("|")
+        if frames and OF_THE_LIBRARY.search(frames[0]):
+            return None  # such as the one around the locale of the process
         places = [symbols.place(frame) for frame in frames]
         for (function, place) in places:
             if not WRAPPER.match(function):

@@ -1,4 +1,7 @@
-// Takes two locks, now one first and now the other.
+// Takes two locks, now one first and now the other; and has the C++ library take one of its own,
+// which is nobody's business.
+#include <istream>
+#include <locale>
 #include <mutex>
 
 class Planted {
@@ -22,4 +25,6 @@ int main() {
   Planted planted;
   planted.forth();
   planted.back();
+  std::locale::global(std::locale(std::locale(), new std::numpunct<char>));
+  const std::istream asks_for_it(nullptr);
 }
