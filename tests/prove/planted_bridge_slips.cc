@@ -3,6 +3,7 @@
 //   keep-memory       each client that comes costs 16 KiB for ever
 //   one-at-a-time     sessions wait for each other when they receive
 //   interrupted       a receive that a signal interrupts is taken for the session's end
+//   stay-open         a session that is to end stays open
 //   unchecked-memory  they take memory then, and do not look whether they got it
 //   keep-lock         they take a lock then, and keep it when there is no memory
 #include <sys/socket.h>
@@ -42,6 +43,10 @@ int close(int descriptor) {
     return shutdown(descriptor, SHUT_RDWR);
   }
   return next<int(int)>("close")(descriptor);
+}
+
+int shutdown(int socket, int how) noexcept {
+  return slips("stay-open") ? 0 : next<int(int, int)>("shutdown")(socket, how);
 }
 
 int accept4(int listener, sockaddr* address, socklen_t* size, int flags) {

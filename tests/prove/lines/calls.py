@@ -64,6 +64,7 @@ class Calls(Line):
         return made + [self.control(build, context, *fault) for fault in (
             ("short-write", "a short write is taken for a whole one", [life.SESSION], ("write",)),
             ("interrupted", "an interrupted receive ends the session", [life.SESSION], ("recv",)),
+            ("stay-open", "what cannot be sent leaves the session open", [life.SESSION], ("send",)),
             ("deaf-output", "the client takes failed writes for good ones",
              ["client get", "client backup"], ("write", "writev")))]
 
