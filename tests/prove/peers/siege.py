@@ -20,6 +20,7 @@ from recording import record
 BYSTANDER = os.path.join(os.path.dirname(os.path.abspath(__file__)), "bystander.py")
 CROWD = 300
 FEWEST = 2000  # mutated sessions, however little time there is
+OTHERS = 30  # seconds that the other peers take
 SOME = 40
 MOST_TIMES = 10  # the quiet 99th percentile
 NOISE = 500  # microseconds; a quiet 99th percentile below is that of a lucky moment
@@ -135,7 +136,7 @@ class Ordeal:
     def may_go_on(self, number):
         self.context.say_some(f"{number} mutated sessions")
         return (number < FEWEST or number % 100 != 0 or self.context.short
-                or self.context.left() > 60)
+                or self.context.left() > OTHERS)
 
     def stretch(self, name, task, *arguments):
         self.finds += [f"{name}: {wrong}" for wrong in at_low_priority(task, *arguments)]
