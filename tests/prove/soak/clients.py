@@ -5,7 +5,7 @@ import time
 
 from bridge_client import BridgeClient
 from ledger import APPLIED, COUNTERS
-from store import Store
+from store import Store, Unchanged
 
 CONFIRM_SECONDS = 1
 PAUSE = 0.01
@@ -33,7 +33,10 @@ def add_one(ledger, store, name, careless):
     value, revision = store.get(name)
     wanted = int(value) + 1
     ledger.try_write(name, wanted)
-    made = store.set(name, str(wanted), None if careless else revision)
+    try:
+        made = store.set(name, str(wanted), None if careless else revision)
+    except Unchanged:
+        return ledger.complain(f"lost updates of {name}: it was {wanted} already")
     if made is None:
         ledger.conflict()
     else:

@@ -14,6 +14,10 @@ class Refused(Exception):
     """The agent has said no; says why."""
 
 
+class Unchanged(Exception):
+    """The value was there already."""
+
+
 class Value(NamedTuple):
     running: Optional[str] = None
     saved: Optional[str] = None
@@ -77,7 +81,7 @@ class Store:
         return parts.value().running, revisions[name.partition(".")[0].partition("[")[0]]
 
     def set(self, name, value, revision=None):
-        """The new revision of the group. None: somebody else was there before."""
+        """The new revision of the group. None: somebody else was there before. Raises Unchanged."""
         reply = self.ask("set", assignment(name, value, revision))
         return None if reply.result != 1 else revision_in(reply)
 
@@ -116,7 +120,10 @@ class Store:
 
 def revision_in(reply):
     parts = Parts(reply.output)
-    if parts.number("I") != 1:
+    groups = parts.number("I")
+    if groups == 0:
+        raise Unchanged
+    if groups != 1:
         raise Refused(f"a write of one group made others: {reply.output!r}")
     parts.string()
     return parts.number("Q")
