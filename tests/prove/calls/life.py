@@ -163,6 +163,8 @@ class Life:
         """Undisturbed again."""
         if told.wordless:
             raise Wrong(f"without a word: {', '.join(told.wordless)} failed")
+        if self.gentle and told.refused:
+            raise Wrong(f"it was noticed: {', '.join(told.refused)} failed")
         value = self.value()
         if value not in told.maybe:
             raise Wrong(f"{told.running} was acknowledged, {value} is served")

@@ -39,8 +39,9 @@ class Rounds:
     def directory(self):
         return tempfile.mkdtemp(prefix="", dir=self.context.scratch)
 
-    def try_all(self, parts, seconds, only=None, most=None):
-        """`parts`: of the agent's life, and "client COMMAND". `only`: names of calls."""
+    def try_all(self, parts, seconds, only=None):
+        """`parts`: of the agent's life, and "client COMMAND". `only`: calls and effects, as (name,
+        effect)."""
         end = time.monotonic() + seconds
         points = [point for point in FOUND if point.part in parts and not only]
         points += self.points(parts, only)
@@ -48,7 +49,7 @@ class Rounds:
             def work(point):
                 if time.monotonic() < end and len(self.finds) < self.enough:
                     self.attempt(point)
-            list(pool.map(work, points[:most]))
+            list(pool.map(work, points))
         for agent in self.agents:
             agent.kill()
 
@@ -61,7 +62,8 @@ class Rounds:
             if part not in (life.SESSION, life.STOP):
                 seen = disturbance.of_the_program(seen)
             found.update(disturbance.points_of(part, seen))
-        groups = [points for (_, name, _), points in found.items() if not only or name in only]
+        groups = [points for (_, name, effect), points in found.items()
+                  if not only or (name, effect) in only]
         self.counts["points"] += sum(map(len, groups))
         random = self.context.random
         for points in groups:

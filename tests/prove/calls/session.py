@@ -16,8 +16,11 @@ class Told:
         self.maybe_saved = {value}  # what the files may hold
         self.saves = 0  # acknowledged
         self.wordless = []
+        self.refused = []  # with the words
 
     def good(self, what, reply):
+        if reply.result != 1:
+            self.refused.append(f"{what} ({reply.text})")
         if reply.result != 1 and not reply.text:
             self.wordless.append(what)
         return reply.result == 1

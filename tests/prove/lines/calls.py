@@ -10,6 +10,7 @@ FOLDER = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 sys.path.append(os.path.join(FOLDER, "calls"))
 
 import agent_process  # noqa: E402
+import errnos  # noqa: E402
 import life  # noqa: E402
 import rounds  # noqa: E402
 
@@ -21,7 +22,6 @@ SHORT_SECONDS = 2
 SHORT_PARTS = 1  # of the agent's life and of the client's commands
 AGENT, CLIENT = 0.4, 0.15  # of the time
 LITTLE = 240  # seconds, in which not everything can be tried
-CONTROL_CALLS = 40
 
 
 class Calls(Line):
@@ -62,15 +62,18 @@ class Calls(Line):
         made = [crash_runs.control(context, "deaf", "errors of writes are taken for success",
                                    "--kinds", "error", "--only", "settings, save")]
         return made + [self.control(build, context, *fault) for fault in (
-            ("short-write", "a short write is taken for a whole one", [life.SESSION], ("write",)),
-            ("interrupted", "an interrupted receive ends the session", [life.SESSION], ("recv",)),
-            ("stay-open", "what cannot be sent leaves the session open", [life.SESSION], ("send",)),
+            ("short-write", "a short write is taken for a whole one", [life.SESSION],
+             {("write", errnos.SHORT)}),
+            ("interrupted", "an interrupted receive ends the session", [life.SESSION],
+             {("recv", "error=EINTR")}),
+            ("stay-open", "what cannot be sent leaves the session open", [life.SESSION],
+             {("send", "error=ENOBUFS"), ("send", "error=EPIPE")}),
             ("deaf-output", "the client takes failed writes for good ones",
-             ["client get", "client backup"], ("write", "writev")))]
+             ["client get", "client backup"], {("write", "error=EIO"), ("writev", "error=EIO")}))]
 
-    def control(self, build, context, slip, name, parts, calls):
+    def control(self, build, context, slip, name, parts, only):
         made = rounds.Rounds(build, context, {"LD_PRELOAD": os.path.join(build, crash_runs.SLIPS),
                                               "SLIP": slip})
-        made.try_all(parts, context.seconds, calls, CONTROL_CALLS)
+        made.try_all(parts, context.seconds, only)
         return Control(name, bool(made.finds), made.finds[0].replace("\n", " ")[:200] if made.finds
                        else f"nothing in {made.counts['hit']} calls")
