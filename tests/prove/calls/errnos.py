@@ -99,6 +99,8 @@ def effects(name, arguments):
     # What a call with these arguments cannot give.
     if name in ("close", "read") and is_socket(arguments):
         errors = []
+    if name == "write" and re.match(r"([3-9]|\d\d+)<(anon_inode|pipe)", arguments):
+        errors = []  # to itself, of a signal or another thread's work: never full, never closed
     if name in ("fcntl", "fcntl64") and "F_DUPFD" not in arguments:
         errors = []
     if name == "epoll_ctl" and not re.search("EPOLL_CTL_ADD, [0-9]+<(socket|UNIX)", arguments):
