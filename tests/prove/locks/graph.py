@@ -79,11 +79,8 @@ def expression(place, lines):
     """What the source at FILE:LINE locks."""
     file, _, line = place.rpartition(":")
     if file not in lines:
-        try:
-            with open(file, encoding="utf-8") as source:
-                lines[file] = source.read().splitlines()
-        except OSError:
-            lines[file] = []
+        with open(file, encoding="utf-8") as source:
+            lines[file] = source.read().splitlines()
     number = int(line) if line.isdigit() else 0
     text = lines[file][number - 1] if 0 < number <= len(lines[file]) else ""
     found = LOCKED.search(text)
