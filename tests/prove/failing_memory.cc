@@ -52,7 +52,12 @@ Shortage* shortage() {
 /// (nss/nss_database.c).
 constinit thread_local bool looksForGroup = false;
 
+/// The first allocation of a process is the reserve that the C++ library makes for exceptions
+/// (libsupc++/eh_alloc.cc): without it a throw without memory ends the process without a reason.
+constinit std::atomic<bool> reserve = true;
+
 bool fails() {
+  if (reserve.exchange(false)) return false;
   Shortage* const now = shortage();
   if (now == nullptr || looksForGroup) return false;
   int32_t left = now->left;

@@ -47,12 +47,13 @@ class Trials:
         self.finds.append(f"{what}, allocation {number} fails {how}: {text}")
 
     def chosen(self, what, count, seconds):
-        """Of so many allocations those that are tried, all over the whole, until the time is over; a
-        few in any case."""
+        """Of so many allocations those that are tried, the first one and then all over the whole,
+        until the time is over; a few in any case."""
         totals = self.counts.setdefault(what, [0, 0])
         totals[1] += count
         end = time.monotonic() + seconds
-        for tried, number in enumerate(self.context.random.sample(range(1, count + 1), count)):
+        others = self.context.random.sample(range(2, count + 1), count - 1)
+        for tried, number in enumerate([1, *others]):
             if tried >= FEW and time.monotonic() > end:
                 return
             totals[0] += 1
